@@ -1,0 +1,54 @@
+#pragma once
+
+#include "item.h"
+#include "xmlparser.h"
+
+#include <QHash>
+#include <QList>
+#include <QSet>
+
+namespace ZAT16 {
+
+/// Reads a definitions file into an Item tree, keeping the document type declaration, comments
+/// and blank lines as items so that the file can be saved again in the author's layout.
+class Parser : public XmlParser
+{
+public:
+    Parser();
+    ~Parser() override;
+
+    using XmlParser::parse;
+
+    /// Empties the sets, deletes the root and forgets the document type declaration.
+    void clear();
+    /// Hands the tree of the last parse to the caller; the parser no longer owns it.
+    Item *takeRoot();
+
+    Item *root = nullptr; ///< the tree of the last parse, owned until taken
+    QSet<unsigned int> tagCodes; ///< tag codes seen in this parse
+    QSet<QString> tagNames; ///< tag names seen in this parse
+    QString dtd; ///< document type declaration seen in this parse
+
+protected:
+    bool parser() override;
+
+    bool parseElements(Item *parent);
+    bool addElement(Item *parent, ItemType type);
+    bool parseElementAttributes(ItemData *data);
+    bool parseBool(const QString &attributeName);
+    bool checkForNewline(Item *parent);
+    void appendNewline(Item *parent);
+    void trimNewlines(Item *item);
+    void storeComment(Item *parent);
+    void appendComment(Item *parent, Item *comment);
+
+private:
+    // What the list being read holds so far, for the duplicate number and name warnings.
+    struct Siblings {
+        QSet<quint64> ids;
+        QSet<QString> names;
+    };
+    QList<Siblings> m_siblings;
+};
+
+} // namespace ZAT16

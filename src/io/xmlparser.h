@@ -1,0 +1,73 @@
+#pragma once
+
+#include <QString>
+#include <QXmlStreamReader>
+
+#include <memory>
+
+class QIODevice;
+
+/// A streaming XML pull reader with diagnostics that carry the source name, line and column.
+/// It reads a file or a buffer, can keep or drop comments and whitespace, skips unknown elements
+/// up to a nesting limit, and collects warnings. A subclass supplies the grammar in parser().
+class XmlParser : public QXmlStreamReader
+{
+public:
+    enum ReadMode {
+        SkipCommentsAndWhitespace = 0,
+        KeepCommentsAndWhitespace = 1,
+    };
+
+    XmlParser();
+    virtual ~XmlParser();
+    XmlParser(const XmlParser &) = delete;
+    XmlParser &operator=(const XmlParser &) = delete;
+
+    /// Reads the file at `path` and runs the grammar. On an open failure the error is
+    /// "Failed to open input file".
+    bool parse(const QString &path);
+    /// Reads `data` and runs the grammar; messages name the source "data".
+    bool parse(const QByteArray &data);
+
+    /// Next token; processing instructions are always skipped, comments and whitespace-only
+    /// text only in SkipCommentsAndWhitespace mode.
+    TokenType readNext(ReadMode mode);
+    /// Skips the rest of the current element. More than 100 nested levels fail.
+    bool skipElement();
+    /// Text content of a simple element, or a null string (with an error unless it was empty).
+    QString readCharacters();
+
+    /// Stops parsing with `message`, prefixed by the current token's name in parentheses.
+    void raiseError(const QString &message);
+    /// Records a warning; parsing goes on.
+    void raiseWarning(const QString &message);
+
+    void raiseUnexpectedEndError();
+    void raiseEndElementExpectedError();
+    void raiseStartElementExpectedError();
+    void raiseUnexpectedCharactersWarning();
+    void raiseUnexpectedElementWarning(const QString &expected);
+
+    QString formatError(const QString &message) const;
+    QString formatWarning(const QString &message) const;
+    /// The error of the last parse in the diagnostic format.
+    QString formatError() const;
+    /// kind + ": " + file name + ", Line L, Column C:\n  " + message.
+    QString formatEW(const QString &kind, const QString &message) const;
+
+    static QString tokenName(TokenType type);
+
+    QString fileName; ///< the path, or "data" for a buffer
+    bool verbose = false; ///< trace tokens and warnings with qDebug
+    QString warnings; ///< every warning so far, each followed by "\n"
+    int depth = 0; ///< nesting depth of skipElement()
+
+protected:
+    /// The grammar, run once the input is set up.
+    virtual bool parser() = 0;
+    /// Receives every warning; the default appends it to `warnings`.
+    virtual void warning(const QString &text);
+
+private:
+    std::unique_ptr<QIODevice> m_input;
+};

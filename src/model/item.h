@@ -1,0 +1,104 @@
+#pragma once
+
+#include "tagcodes.h"
+
+#include <QFlags>
+#include <QList>
+#include <QString>
+
+namespace ZAT16 {
+
+/// Kind of an item in the definitions tree; each kind is one element of the definitions file.
+enum ItemType : int {
+    Invalid = -1,
+    Root = 0, ///< "zat16", the whole file
+    Tag = 1, ///< "tag"; `id` is its 16-bit tag code
+    Enums = 2, ///< "enums", the enumeration list of a tag
+    Enum = 3, ///< "enum", one enumeration value
+    Bits = 4, ///< "bits", the bit list of a tag
+    Bit = 5, ///< "bit", one bit; `id` is the bit number
+};
+
+/// The data of one item, without its place in the tree.
+struct ItemData {
+    ItemType type = Invalid;
+    quint64 id = 0; ///< tag code, enumeration value or bit number
+    QString name;
+    QString comment; ///< for the root: the document type declaration of the file
+    DisplayMode display;
+    bool hasId = false;
+    bool secure = false;
+
+    bool operator==(const ItemData &other) const;
+    bool operator!=(const ItemData &other) const { return !(*this == other); }
+
+    /// Formats `value` with this record's own display mode (no inheritance).
+    QString formatNumber(unsigned long long value) const;
+};
+
+/// One node of the definitions tree. An item owns its children; comments and blank lines of the
+/// file are kept as childless items without name and id.
+class Item : public ItemData
+{
+public:
+    enum CollisionFlag {
+        NameCollision = 1,
+        IdCollision = 2,
+    };
+    Q_DECLARE_FLAGS(CollisionFlags, CollisionFlag)
+
+    Item();
+    explicit Item(const ItemData &data);
+    ~Item();
+    Item(const Item &) = delete;
+    Item &operator=(const Item &) = delete;
+
+    QList<Item *> children;
+    Item *parent = nullptr;
+
+    /// Deletes every child and resets the item's own data. The child list keeps its (dangling)
+    /// entries; nothing calls this on a tree that is used afterwards.
+    void clear();
+
+    Item *child(int row);
+    const Item *child(int row) const;
+    /// Removes the child at `row` from the list and returns it; its `parent` is left as it is.
+    Item *takeChild(int row);
+    void removeChild(int row);
+    void insertChildBefore(int row, Item *item);
+    void appendChild(Item *item);
+    int row() const;
+
+    /// Higher types first: a tag's bit list before its enumeration list, blank lines last.
+    /// The sort is stable, so the author's order among equal types is kept.
+    void sortChildrenByType();
+
+    /// Row of the first child other than `but` that has an id equal to `id`, or -1.
+    int findBut(unsigned int id, const Item *but) const;
+    /// Row of the first child other than `but` whose name equals `name`, or -1.
+    int findBut(const QString &name, const Item *but) const;
+    /// Name and id collisions with the siblings of this item.
+    CollisionFlags findCollision() const;
+    /// Number of values when the children with an id form the run 0,1,2,... or 1,2,3,...; else 0.
+    int enumCount() const;
+    /// For a tag: its first child of the given type.
+    Item *findInTagByItemType(ItemType type) const;
+
+    bool isNewline() const;
+    bool isComment() const;
+    bool isValid(ItemType type) const;
+
+    /// The display mode in effect: the nearest one set, walking up from this item.
+    const DisplayMode &displayMode() const;
+    QString formatId() const;
+
+    /// The type the parent of an item of the given type must have.
+    static ItemType matchingParentType(ItemType type);
+
+    /// Debugging output of the subtree to standard error.
+    void dump(int indent);
+};
+
+Q_DECLARE_OPERATORS_FOR_FLAGS(Item::CollisionFlags)
+
+} // namespace ZAT16
