@@ -1,0 +1,200 @@
+#include "xmlparser.h"
+
+#include <QBuffer>
+#include <QDebug>
+#include <QFile>
+
+XmlParser::XmlParser() = default;
+
+XmlParser::~XmlParser()
+{
+    setDevice(nullptr);
+}
+
+bool XmlParser::parse(const QString &path)
+{
+    depth = 0;
+    auto file = std::make_unique<QFile>(path);
+    if (!file->open(QIODevice::ReadOnly | QIODevice::Text)) {
+        // Forget an earlier input, so that the message carries no stale name or position.
+        setDevice(nullptr);
+        m_input.reset();
+        fileName = QString();
+        raiseError(QStringLiteral("Failed to open input file"));
+        return false;
+    }
+    setDevice(file.get());
+    m_input = std::move(file);
+    fileName = path;
+    return parser();
+}
+
+bool XmlParser::parse(const QByteArray &data)
+{
+    depth = 0;
+    auto buffer = std::make_unique<QBuffer>();
+    buffer->setData(data);
+    buffer->open(QIODevice::ReadOnly | QIODevice::Text);
+    setDevice(buffer.get());
+    m_input = std::move(buffer);
+    fileName = QStringLiteral("data");
+    return parser();
+}
+
+QXmlStreamReader::TokenType XmlParser::readNext(ReadMode mode)
+{
+    TokenType type;
+    for (;;) {
+        type = QXmlStreamReader::readNext();
+        if (type == ProcessingInstruction)
+            continue;
+        if (mode == SkipCommentsAndWhitespace && (type == Comment || (type == Characters && isWhitespace())))
+            continue;
+        break;
+    }
+    if (verbose) {
+        qDebug("tt=%s name=\"%s\" text=\"%s\"",
+               qPrintable(tokenName(type)),
+               qPrintable(name().toString()),
+               qPrintable(text().toString()));
+    }
+    return type;
+}
+
+bool XmlParser::skipElement()
+{
+    if (++depth > 100) {
+        raiseError(QStringLiteral("File too deeply nested"));
+        return false;
+    }
+    for (;;) {
+        switch (readNext(SkipCommentsAndWhitespace)) {
+        case StartElement:
+            if (!skipElement())
+                return false;
+            break;
+        case EndElement:
+            --depth;
+            return true;
+        case NoToken:
+        case Invalid:
+            --depth;
+            return false;
+        default:
+            break;
+        }
+    }
+}
+
+QString XmlParser::readCharacters()
+{
+    const QString element = name().toString();
+    const TokenType type = QXmlStreamReader::readNext();
+    if (type == EndElement)
+        return QString();
+    if (type != Characters) {
+        raiseError(QLatin1String("Characters for <") + element + QLatin1String("> element expected."));
+        return QString();
+    }
+    const QString result = text().toString();
+    if (readNext(SkipCommentsAndWhitespace) == EndElement)
+        return result;
+    raiseError(QLatin1String("End of <") + element + QLatin1String("> element expected."));
+    return QString();
+}
+
+void XmlParser::raiseError(const QString &message)
+{
+    if (device())
+        QXmlStreamReader::raiseError(QLatin1Char('(') + tokenName(tokenType()) + QLatin1String(") ") + message);
+    else
+        QXmlStreamReader::raiseError(message);
+}
+
+void XmlParser::raiseWarning(const QString &message)
+{
+    const QString text = formatWarning(message);
+    if (verbose)
+        qDebug("%s", qPrintable(text));
+    warning(text);
+}
+
+void XmlParser::raiseUnexpectedEndError()
+{
+    raiseError(QStringLiteral("Unexpected end of document"));
+}
+
+void XmlParser::raiseEndElementExpectedError()
+{
+    raiseError(QStringLiteral("End element expected."));
+}
+
+void XmlParser::raiseStartElementExpectedError()
+{
+    raiseError(QStringLiteral("Start of element expected."));
+}
+
+void XmlParser::raiseUnexpectedCharactersWarning()
+{
+    raiseWarning(QStringLiteral("Unexpected characters encountered"));
+}
+
+void XmlParser::raiseUnexpectedElementWarning(const QString &expected)
+{
+    QString message = QLatin1String("Unexpected element <") + name().toString() + QLatin1String(">.");
+    if (!expected.isEmpty())
+        message += QLatin1String(" Expected ") + expected + QLatin1Char('.');
+    raiseWarning(message);
+}
+
+QString XmlParser::formatError(const QString &message) const
+{
+    return formatEW(QStringLiteral("Error"), message);
+}
+
+QString XmlParser::formatWarning(const QString &message) const
+{
+    return formatEW(QStringLiteral("Warning"), message);
+}
+
+QString XmlParser::formatError() const
+{
+    return formatError(errorString());
+}
+
+QString XmlParser::formatEW(const QString &kind, const QString &message) const
+{
+    QString text = kind + QLatin1String(": ");
+    if (!fileName.isEmpty())
+        text += fileName + QLatin1String(", ");
+    if (device()) {
+        text += QLatin1String("Line ") + QString::number(lineNumber()) + QLatin1String(", Column ")
+            + QString::number(columnNumber()) + QLatin1String(":\n  ");
+    }
+    return text + message;
+}
+
+QString XmlParser::tokenName(TokenType type)
+{
+    static const char *const names[] = {
+        "NoToken",
+        "Invalid",
+        "StartDocument",
+        "EndDocument",
+        "StartElement",
+        "EndElement",
+        "Characters",
+        "Comment",
+        "DTD",
+        "EntityReference",
+        "ProcessingInstruction",
+    };
+    if (type >= 0 && type <= 10)
+        return QString::fromLatin1(names[type]);
+    return QString::number(int(type));
+}
+
+void XmlParser::warning(const QString &text)
+{
+    warnings += text + QLatin1Char('\n');
+}

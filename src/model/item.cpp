@@ -1,0 +1,240 @@
+#include "item.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace ZAT16 {
+
+bool ItemData::operator==(const ItemData &other) const
+{
+    return type == other.type && id == other.id && name == other.name && comment == other.comment
+        && display.mode == other.display.mode && display.digits == other.display.digits && hasId == other.hasId
+        && secure == other.secure;
+}
+
+QString ItemData::formatNumber(unsigned long long value) const
+{
+    return ZAT16::formatNumber(value, display);
+}
+
+Item::Item() = default;
+
+Item::Item(const ItemData &data)
+    : ItemData(data)
+{
+}
+
+Item::~Item()
+{
+    qDeleteAll(children);
+}
+
+void Item::clear()
+{
+    qDeleteAll(children);
+    static_cast<ItemData &>(*this) = ItemData();
+}
+
+// Negative rows give null as well: item views probe indexes like (-1, 0).
+Item *Item::child(int row)
+{
+    return row >= 0 && row < children.size() ? children.at(row) : nullptr;
+}
+
+const Item *Item::child(int row) const
+{
+    return row >= 0 && row < children.size() ? children.at(row) : nullptr;
+}
+
+Item *Item::takeChild(int row)
+{
+    if (row < 0 || row >= children.size())
+        return nullptr;
+    return children.takeAt(row);
+}
+
+void Item::removeChild(int row)
+{
+    delete takeChild(row);
+}
+
+void Item::insertChildBefore(int row, Item *item)
+{
+    item->parent = this;
+    children.insert(row, item);
+}
+
+void Item::appendChild(Item *item)
+{
+    item->parent = this;
+    children.append(item);
+}
+
+int Item::row() const
+{
+    return parent ? int(parent->children.indexOf(const_cast<Item *>(this))) : 0;
+}
+
+void Item::sortChildrenByType()
+{
+    std::stable_sort(children.begin(), children.end(), [](const Item *a, const Item *b) { return a->type > b->type; });
+}
+
+int Item::findBut(unsigned int id, const Item *but) const
+{
+    for (int i = 0; i < children.size(); ++i) {
+        const Item *c = children.at(i);
+        if (c != but && c->hasId && c->id == quint64(id))
+            return i;
+    }
+    return -1;
+}
+
+int Item::findBut(const QString &name, const Item *but) const
+{
+    for (int i = 0; i < children.size(); ++i) {
+        const Item *c = children.at(i);
+        if (c != but && c->name == name)
+            return i;
+    }
+    return -1;
+}
+
+Item::CollisionFlags Item::findCollision() const
+{
+    CollisionFlags flags;
+    if (!parent)
+        return flags;
+    for (const Item *sibling : parent->children) {
+        if (sibling == this)
+            continue;
+        if (hasId && sibling->hasId && sibling->id == id)
+            flags |= IdCollision;
+        if (!name.isEmpty() && sibling->name == name)
+            flags |= NameCollision;
+    }
+    return flags;
+}
+
+int Item::enumCount() const
+{
+    int count = 0;
+    quint64 next = 0;
+    for (const Item *c : children) {
+        if (!c->hasId)
+            continue;
+        if (count == 0) {
+            const quint32 first = quint32(c->id);
+            if (first > 1)
+                return 0;
+            next = quint64(first) + 1;
+        } else {
+            if (c->id != next)
+                return 0;
+            ++next;
+        }
+        ++count;
+    }
+    return count;
+}
+
+Item *Item::findInTagByItemType(ItemType type) const
+{
+    if (this->type != Tag)
+        return nullptr;
+    for (Item *c : children) {
+        if (c->type == type)
+            return c;
+    }
+    return nullptr;
+}
+
+bool Item::isNewline() const
+{
+    return children.isEmpty() && !hasId && name.isEmpty() && comment.isEmpty()
+        && (type == Tag || type == Enum || type == Bit);
+}
+
+bool Item::isComment() const
+{
+    return type != Root && children.isEmpty() && !hasId && name.isEmpty() && !comment.isEmpty();
+}
+
+bool Item::isValid(ItemType type) const
+{
+    if (!hasId)
+        return false;
+    if (name.isEmpty())
+        return type == Enum && this->type == Enum;
+    if (type == Invalid)
+        return this->type == Tag || this->type == Enum || this->type == Bit;
+    return this->type == type;
+}
+
+const DisplayMode &Item::displayMode() const
+{
+    for (const Item *item = this; item; item = item->parent) {
+        if (item->display.mode != 0)
+            return item->display;
+    }
+    return display;
+}
+
+QString Item::formatId() const
+{
+    if (type == Tag)
+        return tag2hex(quint32(id));
+    return ZAT16::formatNumber(id, displayMode());
+}
+
+ItemType Item::matchingParentType(ItemType type)
+{
+    switch (type) {
+    case Tag:
+        return Root;
+    case Enums:
+    case Bits:
+        return Tag;
+    case Enum:
+        return Enums;
+    case Bit:
+        return Bits;
+    default:
+        return Invalid;
+    }
+}
+
+void Item::dump(int indent)
+{
+    const QByteArray local = name.toLocal8Bit();
+    const char *n = local.constData();
+    const unsigned long long value = id;
+    std::fprintf(stderr, "%*s%3d ", indent, "", row());
+    switch (type) {
+    case Root:
+        std::fprintf(stderr, "Root\n");
+        break;
+    case Tag:
+        std::fprintf(stderr, "Tag: %s = 0x%04llX\n", n, value);
+        break;
+    case Enums:
+        std::fprintf(stderr, "Enums\n");
+        break;
+    case Enum:
+        std::fprintf(stderr, "Enum: %s = 0x%04llX\n", n, value);
+        break;
+    case Bits:
+        std::fprintf(stderr, "Bits\n");
+        break;
+    case Bit:
+        std::fprintf(stderr, "Bit: %s = 0x%04llX\n", n, value);
+        break;
+    default:
+        std::fprintf(stderr, "%u: %s = 0x%04llX\n", unsigned(type), n, value);
+        break;
+    }
+    for (Item *c : children)
+        c->dump(indent + 2);
+}
+
+} // namespace ZAT16

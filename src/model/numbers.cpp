@@ -1,0 +1,104 @@
+#include "numbers.h"
+
+namespace Numbers {
+
+int cton(int c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'A' && c <= 'Z')
+        return c - 'A' + 10;
+    if (c >= 'a' && c <= 'z')
+        return c - 'a' + 10;
+    return -1;
+}
+
+unsigned int atoi(const char *text, unsigned int length, unsigned int base)
+{
+    if (!text)
+        return 0xFFFFFFFFu;
+    unsigned int value = 0;
+    for (unsigned int i = 0; i < length; ++i) {
+        const int digit = cton(static_cast<unsigned char>(text[i]));
+        if (digit < 0 || unsigned(digit) >= base)
+            return 0xFFFFFFFFu;
+        value = value * base + unsigned(digit);
+    }
+    return value;
+}
+
+namespace {
+
+// Shared by the 32- and 64-bit forms: the arithmetic wraps in the width of T.
+template<typename T>
+T parse(const void *data, unsigned int length, bool *ok)
+{
+    bool dummy;
+    if (!ok)
+        ok = &dummy;
+    *ok = false;
+    const char *p = static_cast<const char *>(data);
+    if (length == 0 || !p) {
+        *ok = true;
+        return 0;
+    }
+    const char *end = p + length;
+    bool negative = false;
+    if (*p == '+' || *p == '-') {
+        negative = *p == '-';
+        ++p;
+    }
+    unsigned int base = 10;
+    if (end - p >= 2 && p[0] == '0') {
+        if (p[1] == 'x' || p[1] == 'X') {
+            base = 16;
+            p += 2;
+        } else if (p[1] == 'b') {
+            base = 2;
+            p += 2;
+        }
+    }
+    T value = 0;
+    for (; p < end; ++p) {
+        const int digit = cton(static_cast<unsigned char>(*p));
+        if (digit < 0 || unsigned(digit) >= base)
+            return 0;
+        value = T(value * base + T(digit));
+    }
+    *ok = true;
+    return negative ? T(T(0) - value) : value;
+}
+
+} // namespace
+
+quint64 to64(const void *data, unsigned int length, bool *ok)
+{
+    return parse<quint64>(data, length, ok);
+}
+
+quint64 to64(const QByteArray &text, bool *ok)
+{
+    return parse<quint64>(text.constData(), unsigned(text.size()), ok);
+}
+
+quint64 to64(const QString &text, bool *ok)
+{
+    return to64(text.toUtf8(), ok);
+}
+
+quint32 to32(const void *data, unsigned int length, bool *ok)
+{
+    return parse<quint32>(data, length, ok);
+}
+
+quint32 to32(const QByteArray &text, bool *ok)
+{
+    return parse<quint32>(text.constData(), unsigned(text.size()), ok);
+}
+
+quint32 to32(const QString &text, bool *ok)
+{
+    return to32(text.toUtf8(), ok);
+}
+
+} // namespace Numbers
