@@ -1,0 +1,176 @@
+#include "writercpp.h"
+
+#include "codetext.h"
+#include "item.h"
+#include "taglisting.h"
+
+namespace ZAT16 {
+
+void WriterCpp::writeFixed(const char *text)
+{
+    m_text += outerIndent;
+    m_text += QLatin1String(text);
+}
+
+void WriterCpp::writeEntry(const QString &name, const QString &value)
+{
+    m_text += QLatin1Char('\n');
+    m_text += outerIndent;
+    m_text += innerIndent;
+    m_text += QLatin1String("    ");
+    const qsizetype start = m_text.size();
+    m_text += name;
+    m_text += nameSuffix;
+    CodeText::padFrom(m_text, start, 50 - innerIndent.size());
+    m_text += QLatin1String(" = ");
+    m_text += value;
+    m_text += QLatin1Char(',');
+}
+
+void WriterCpp::writeTag(const Item *tag)
+{
+    writeEntry(tag->name, tag2hex(quint32(tag->id)));
+}
+
+bool WriterCpp::writeDefinitions(const Item *root)
+{
+    m_text.clear();
+    const bool standardFrame = prologue.isEmpty() && epilogue.isEmpty();
+    if (standardFrame)
+        m_text += QLatin1String("#ifndef ZAT16_ENUMS_H  /* Automagically generated -- do not edit */\n"
+                                "#define ZAT16_ENUMS_H\n\n");
+    else
+        m_text += prologue;
+
+    writeFixed("namespace ZAT16 {\n\n");
+    writeFixed("  namespace Type {\n");
+    writeFixed("    enum T {\n");
+    for (const char *line : {"      Binary         = 0,\n",
+                             "      Integer        = 1,\n",
+                             "      Bool           = 2,\n",
+                             "      String         = 3,\n",
+                             "      Date           = 4,\n",
+                             "      Time           = 5,\n",
+                             "      DateTime       = 6,\n",
+                             "      BitArray       = 7,\n",
+                             "      NetworkAddress = 9,\n"})
+        writeFixed(line);
+    // The empty lines between the groups carry no indent.
+    m_text += QLatin1Char('\n');
+    for (const char *line : {"      List           = 12,\n",
+                             "      Request        = 13,\n",
+                             "      Answer         = 14,\n",
+                             "      Message        = 15,\n"})
+        writeFixed(line);
+    m_text += QLatin1Char('\n');
+    for (const char *line : {"      ExtPoint       = 0x80,\n",
+                             "      ExtRect        = 0x81,\n",
+                             "      ExtSize        = 0x82,\n"})
+        writeFixed(line);
+    writeFixed("    };\n");
+    writeFixed("  }\n\n");
+    writeFixed("  namespace Cmd {\n");
+    writeFixed("    enum T {");
+
+    const bool hasTags = root && !root->children.isEmpty();
+    const TagListing listing(hasTags ? root : nullptr);
+    m_text.reserve(m_text.size() + (listing.pairs().size() + listing.nested().size() + listing.plain().size()) * 80);
+    for (const QList<const Item *> *pass : {&listing.pairs(), &listing.nested()}) {
+        for (const Item *tag : *pass)
+            writeTag(tag);
+        if (!pass->isEmpty())
+            m_text += QLatin1Char('\n');
+    }
+    writeFixed("    };\n");
+    writeFixed("  }\n\n");
+    writeFixed("  namespace Tag {\n");
+    writeFixed("    enum T {");
+    for (const Item *tag : listing.plain())
+        writeTag(tag);
+    if (!listing.plain().isEmpty())
+        m_text += QLatin1Char('\n');
+    writeFixed("    };\n");
+    writeFixed("  }\n");
+
+    if (hasTags) {
+        for (const Item *tag : root->children) {
+            if (!tag->isValid(Tag))
+                continue;
+            const Item *enums = tag->findInTagByItemType(Enums);
+            if (!enums)
+                continue;
+            const int count = enums->enumCount();
+            bool any = false;
+            for (const Item *value : enums->children) {
+                if (!value->isValid(Enum))
+                    continue;
+                if (!any) {
+                    m_text += QLatin1Char('\n');
+                    writeFixed("  namespace ");
+                    m_text += tag->name;
+                    m_text += QLatin1String(" {\n");
+                    writeFixed("    enum T {");
+                    any = true;
+                }
+                writeEntry(value->name, count ? QString::number(value->id) : value->formatId());
+            }
+            if (!any)
+                continue;
+            m_text += QLatin1Char('\n');
+            writeFixed("    };");
+            if (count) {
+                m_text += QLatin1Char('\n');
+                writeFixed("    enum C {\n");
+                writeFixed("      EnumCount = ");
+                m_text += QString::number(count);
+                // This closing line has never carried the outer indent.
+                m_text += QLatin1String("\n    };");
+            }
+            // The namespace of an enumeration is closed with a semicolon.
+            m_text += QLatin1Char('\n');
+            writeFixed("  };\n");
+        }
+
+        for (const Item *tag : root->children) {
+            if (!tag->isValid(Tag))
+                continue;
+            const Item *bits = tag->findInTagByItemType(Bits);
+            if (!bits || bits->children.isEmpty())
+                continue;
+            const char *format = CodeText::maskFormat(bits);
+            // Bit numbers in <tag>Bits, then masks in a namespace named after the tag itself.
+            for (int group = 0; group < 2; ++group) {
+                bool any = false;
+                for (const Item *bit : bits->children) {
+                    if (!bit->isValid(Bit))
+                        continue;
+                    if (!any) {
+                        m_text += QLatin1Char('\n');
+                        writeFixed("  namespace ");
+                        m_text += tag->name;
+                        m_text += QLatin1String(group == 0 ? "Bits {\n" : " {\n");
+                        writeFixed("    enum T {");
+                        any = true;
+                    }
+                    writeEntry(bit->name, group == 0 ? QString::number(bit->id) : CodeText::maskText(format, bit->id));
+                }
+                if (any) {
+                    m_text += QLatin1Char('\n');
+                    writeFixed("    };\n");
+                    writeFixed("  }\n");
+                }
+            }
+        }
+    }
+
+    writeFixed("}\n");
+    if (standardFrame)
+        m_text += QLatin1String("\n#endif\n");
+    else
+        m_text += epilogue;
+    write(m_text);
+    m_text.clear();
+    return true;
+}
+
+} // namespace ZAT16

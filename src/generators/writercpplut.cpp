@@ -1,0 +1,184 @@
+#include "writercpplut.h"
+
+#include "codetext.h"
+#include "item.h"
+#include "taglisting.h"
+
+namespace ZAT16 {
+
+void WriterCppLut::writeNameLutHeader(const QString &name, int type)
+{
+    m_text += outerIndent;
+    m_text += QLatin1String("  static const NameLookupTable nameLookup");
+    m_text += name;
+    m_text += QLatin1String("[] = {\n");
+    m_text += outerIndent;
+    m_text += QLatin1String("    { \"");
+    m_text += name;
+    m_text += QLatin1String("\", ");
+    m_text += QString::number(type);
+    m_text += QLatin1String(" }, // Name and type of the lookup table");
+}
+
+void WriterCppLut::writeNameValue(const QString &name, const QString &value)
+{
+    m_text += QLatin1Char('\n');
+    m_text += outerIndent;
+    m_text += innerIndent;
+    m_text += QLatin1String("  { ");
+    const qsizetype start = m_text.size();
+    m_text += QLatin1Char('"');
+    m_text += name;
+    m_text += nameSuffix;
+    m_text += QLatin1String("\",");
+    CodeText::padFrom(m_text, start, 50 - innerIndent.size());
+    m_text += QLatin1Char(' ');
+    m_text += value;
+    m_text += QLatin1String(" },");
+}
+
+void WriterCppLut::writeName(const Item *tag)
+{
+    const quint32 code = quint32(tag->id);
+    writeNameValue(tag->name, tag2hex(code));
+    // Codes with 10 or 11 in the type nibble have no type name: the comment stays empty.
+    m_text += QLatin1String(" // ");
+    m_text += typeName(code);
+}
+
+void WriterCppLut::writeTagLutHeader()
+{
+    m_text += outerIndent;
+    m_text += QLatin1String("  static const TagLookupTable tagLookup[] = {");
+}
+
+void WriterCppLut::writeTag(const QString &code, const QString &name)
+{
+    m_text += QLatin1Char('\n');
+    m_text += outerIndent;
+    m_text += innerIndent;
+    m_text += QLatin1String("  { ");
+    m_text += code;
+    m_text += QLatin1String(", ");
+    const qsizetype start = m_text.size();
+    m_text += QLatin1String("nameLookup");
+    m_text += name;
+    CodeText::padFrom(m_text, start, 44 - innerIndent.size());
+    m_text += QLatin1String(" },");
+}
+
+void WriterCppLut::writeTag(const Item *tag)
+{
+    writeTag(tag2hex(quint32(tag->id)), tag->name);
+}
+
+void WriterCppLut::writeLutFooter()
+{
+    m_text += outerIndent;
+    m_text += QLatin1String("    { 0, 0 },\n");
+    m_text += outerIndent;
+    m_text += QLatin1String("  };\n\n");
+}
+
+bool WriterCppLut::writeDefinitions(const Item *root)
+{
+    m_text.clear();
+    const bool standardFrame = prologue.isEmpty() && epilogue.isEmpty();
+    if (standardFrame)
+        m_text += QLatin1String("#ifndef ZAT16_LOOKUP_H  /* Automagically generated -- do not edit */\n"
+                                "#define ZAT16_LOOKUP_H\n\n");
+    else
+        m_text += prologue;
+    m_text += outerIndent;
+    m_text += QLatin1String("namespace ZAT16 {\n\n");
+
+    writeNameLutHeader(QStringLiteral("ToplevelTags"), 0);
+    const bool hasTags = root && !root->children.isEmpty();
+    if (hasTags) {
+        const TagListing listing(root);
+        m_text.reserve((listing.pairs().size() + listing.nested().size() + listing.plain().size()) * 120);
+        for (const QList<const Item *> *pass : {&listing.pairs(), &listing.nested(), &listing.plain()}) {
+            for (const Item *tag : *pass)
+                writeName(tag);
+            if (!pass->isEmpty())
+                m_text += QLatin1Char('\n');
+        }
+    }
+    // Without rows the footer follows the header on the same line.
+    writeLutFooter();
+
+    if (hasTags) {
+        // A tag's enumeration table and bit table share the name "nameLookup" + tag name.
+        for (const Item *tag : root->children) {
+            if (!tag->isValid(Tag))
+                continue;
+            const Item *enums = tag->findInTagByItemType(Enums);
+            if (!enums || enums->children.isEmpty())
+                continue;
+            const int count = enums->enumCount();
+            bool any = false;
+            for (const Item *value : enums->children) {
+                if (!value->isValid(Enum))
+                    continue;
+                if (!any) {
+                    writeNameLutHeader(tag->name, 1);
+                    any = true;
+                }
+                writeNameValue(value->name, count ? QString::number(value->id) : value->formatId());
+            }
+            if (any) {
+                m_text += QLatin1Char('\n');
+                writeLutFooter();
+            }
+        }
+
+        for (const Item *tag : root->children) {
+            if (!tag->isValid(Tag))
+                continue;
+            const Item *bits = tag->findInTagByItemType(Bits);
+            if (!bits || bits->children.isEmpty())
+                continue;
+            bool any = false;
+            for (const Item *bit : bits->children) {
+                if (!bit->isValid(Bit))
+                    continue;
+                if (!any) {
+                    writeNameLutHeader(tag->name, 2);
+                    any = true;
+                }
+                writeNameValue(bit->name, QString::number(bit->id));
+            }
+            if (any) {
+                m_text += QLatin1Char('\n');
+                writeLutFooter();
+            }
+        }
+    }
+
+    writeTagLutHeader();
+    // Three blanks line "~0U" up with the six characters of a tag code.
+    writeTag(QStringLiteral("   ~0U"), QStringLiteral("ToplevelTags"));
+    if (hasTags) {
+        for (const Item *tag : root->children) {
+            if (tag->isValid(Tag) && (tag->findInTagByItemType(Enums) || tag->findInTagByItemType(Bits)))
+                writeTag(tag);
+        }
+        // A tag with a bit list is listed a second time; the table has always been laid out so.
+        for (const Item *tag : root->children) {
+            if (tag->isValid(Tag) && tag->findInTagByItemType(Bits))
+                writeTag(tag);
+        }
+    }
+    m_text += QLatin1Char('\n');
+    writeLutFooter();
+    m_text += QLatin1String("}\n\n");
+    if (standardFrame)
+        m_text += QLatin1String("#endif\n");
+    else
+        m_text += epilogue;
+    write(m_text);
+    m_text.clear();
+    return true;
+}
+
+} // namespace ZAT16

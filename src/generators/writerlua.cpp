@@ -1,0 +1,110 @@
+#include "writerlua.h"
+
+#include "codetext.h"
+#include "item.h"
+#include "taglisting.h"
+
+namespace ZAT16 {
+
+namespace {
+
+constexpr int KeyWidth = 50;
+
+} // namespace
+
+void WriterLua::writeTag(const ItemData &tag)
+{
+    const quint32 code = quint32(tag.id);
+    m_text += QLatin1String("\n  ");
+    CodeText::appendJustified(m_text, tag.name, KeyWidth);
+    m_text += QLatin1String(" = ");
+    m_text += tag2hex(code);
+    m_text += QLatin1Char(',');
+    const QString type = typeName(code);
+    if (!type.isEmpty()) {
+        // The type name is padded too, so short names leave blanks at the end of the line.
+        m_text += QLatin1String("    -- ");
+        CodeText::appendJustified(m_text, type, 8);
+    }
+}
+
+void WriterLua::writeEntry(const QString &key, const QString &value)
+{
+    m_text += QLatin1String("  ");
+    CodeText::appendJustified(m_text, key, KeyWidth);
+    m_text += QLatin1String(" = ");
+    m_text += value;
+    m_text += QLatin1String(",\n");
+}
+
+bool WriterLua::writeDefinitions(const Item *root)
+{
+    m_text.clear();
+    m_text += QLatin1String("\n-- Automagically generated -- do not edit\n\nzat16.lutTag = {");
+    const bool hasTags = root && !root->children.isEmpty();
+    if (hasTags) {
+        const TagListing listing(root);
+        m_text.reserve((listing.pairs().size() + listing.nested().size() + listing.plain().size()) * 80);
+        // Each entry starts its own line, so the "\n" after a pass ends the pass's last line
+        // and the next pass begins with an empty line.
+        for (const QList<const Item *> *pass : {&listing.pairs(), &listing.nested(), &listing.plain()}) {
+            for (const Item *tag : *pass)
+                writeTag(*tag);
+            if (!pass->isEmpty())
+                m_text += QLatin1Char('\n');
+        }
+    }
+    m_text += QLatin1String("}\n\n");
+
+    if (hasTags) {
+        for (const Item *tag : root->children) {
+            if (!tag->isValid(Tag))
+                continue;
+            const Item *enums = tag->findInTagByItemType(Enums);
+            if (!enums)
+                continue;
+            const int count = enums->enumCount();
+            m_text += QLatin1String("zat16.lut");
+            m_text += tag->name;
+            m_text += QLatin1String(" = {\n");
+            for (const Item *value : enums->children) {
+                if (!value->hasId)
+                    continue;
+                const QString number = count ? QString::number(value->id) : value->formatId();
+                if (!value->name.isEmpty()) {
+                    writeEntry(value->name, number);
+                } else if (!value->comment.isEmpty()) {
+                    // A nameless value is keyed by its comment, as a string key that keeps the
+                    // comment's double quotes: ['"comment"'].
+                    writeEntry(QLatin1String("['\"") + value->comment + QLatin1String("\"']"), number);
+                }
+            }
+            m_text += QLatin1String("}\n\n");
+        }
+
+        for (const Item *tag : root->children) {
+            if (!tag->isValid(Tag))
+                continue;
+            const Item *bits = tag->findInTagByItemType(Bits);
+            if (!bits)
+                continue;
+            m_text += QLatin1String("zat16.lutBit");
+            m_text += tag->name;
+            m_text += QLatin1String(" = {\n");
+            for (const Item *bit : bits->children) {
+                if (!bit->hasId)
+                    continue;
+                // 32-bit signed arithmetic: bit 31 is negative and bit 32 wraps round to 1.
+                const qint32 mask = qint32(quint32(1) << (bit->id % 32));
+                writeEntry(bit->name, QString::number(mask));
+            }
+            m_text += QLatin1String("}\n\n");
+        }
+    }
+
+    write(m_text);
+    m_text.clear();
+    return true;
+}
+
+} // namespace ZAT16
