@@ -1,9 +1,14 @@
 // zatgen: reads a definitions file and writes it back in the canonical layout or as generated
 // source, without a display. Exit status: 0 success, 1 bad input, 2 bad usage, 3 an output could
-// not be written.
+// not be written, 4 --check-outputs found an output file that is not up to date.
 
 #include "item.h"
 #include "parser.h"
+#include "writercpp.h"
+#include "writercpplut.h"
+#include "writercs.h"
+#include "writerheader.h"
+#include "writerlua.h"
 #include "writerxml.h"
 
 #include <QCommandLineParser>
@@ -21,6 +26,7 @@ enum ExitStatus {
     BadInput = 1,
     BadUsage = 2,
     WriteFailed = 3,
+    OutOfDate = 4,
 };
 
 void printErr(const QString &text)
@@ -30,21 +36,54 @@ void printErr(const QString &text)
     std::fflush(stderr);
 }
 
-// One kind of output: the option that asks for it and the writer that produces it.
+enum class OutputResult {
+    Written,
+    Unchanged, ///< the file already had this content and was left untouched
+    OutOfDate, ///< only comparing: the file differs or is missing
+    Failed,
+};
+
+// One kind of output: the option that asks for it and the writer that produces it. With
+// `checkOnly` nothing is written; the output is only compared with the file.
 struct OutputKind {
     QString option;
     QString description;
-    std::function<bool(const ZAT16::Item *, const QString &, QString *)> write;
+    std::function<OutputResult(const ZAT16::Item *, const QString &, bool checkOnly, QString *)> produce;
 };
 
+bool fileHasContent(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || file.size() != bytes.size())
+        return false;
+    return file.readAll() == bytes;
+}
+
+// A file whose content would not change is not written at all, so that its modification time
+// stays and a build does not redo what depends on it.
+OutputResult produce(ZAT16::Writer &writer, const ZAT16::Item *root, const QString &path, bool checkOnly,
+                     QString *error)
+{
+    const bool toStdout = path == QLatin1String("-");
+    if (!toStdout) {
+        if (fileHasContent(path, writer.encode(root)))
+            return OutputResult::Unchanged;
+        if (checkOnly)
+            return OutputResult::OutOfDate;
+    } else if (checkOnly) {
+        return OutputResult::Unchanged; // standard output has nothing to compare with
+    }
+    if (writer.write(root, path))
+        return OutputResult::Written;
+    *error = writer.formatError();
+    return OutputResult::Failed;
+}
+
 template<typename W>
-bool writeWith(const ZAT16::Item *root, const QString &path, QString *error)
+OutputResult produceWith(const ZAT16::Item *root, const QString &path, bool checkOnly, QString *error)
 {
     W writer;
-    if (writer.write(root, path))
-        return true;
-    *error = writer.formatError();
-    return false;
+    return produce(writer, root, path, checkOnly, error);
 }
 
 QList<OutputKind> outputKinds()
@@ -52,7 +91,22 @@ QList<OutputKind> outputKinds()
     return {
         {QStringLiteral("xml"),
          QStringLiteral("Save the definitions in the canonical layout to <path> (- for standard output)."),
-         writeWith<ZAT16::WriterXml>},
+         produceWith<ZAT16::WriterXml>},
+        {QStringLiteral("header"),
+         QStringLiteral("Generate the C header of #define macros to <path> (- for standard output)."),
+         produceWith<ZAT16::WriterHeader>},
+        {QStringLiteral("lua"),
+         QStringLiteral("Generate the Lua lookup tables under zat16 to <path> (- for standard output)."),
+         produceWith<ZAT16::WriterLua>},
+        {QStringLiteral("cpp"),
+         QStringLiteral("Generate the C++ header of enumerations to <path> (- for standard output)."),
+         produceWith<ZAT16::WriterCpp>},
+        {QStringLiteral("cpp-lut"),
+         QStringLiteral("Generate the C++ header of name lookup tables to <path> (- for standard output)."),
+         produceWith<ZAT16::WriterCppLut>},
+        {QStringLiteral("cs"),
+         QStringLiteral("Generate the C# enumerations to <path> (- for standard output)."),
+         produceWith<ZAT16::WriterCs>},
     };
 }
 
@@ -70,8 +124,14 @@ int main(int argc, char *argv[])
     cmd.addVersionOption();
     const QCommandLineOption checkOption(QStringLiteral("check"), QStringLiteral("Only read the file and report problems."));
     const QCommandLineOption werrorOption(QStringLiteral("werror"), QStringLiteral("Treat warnings as errors."));
+    const QCommandLineOption checkOutputsOption(
+        QStringLiteral("check-outputs"),
+        QStringLiteral("Write nothing; name every output file whose content differs from what would be generated, "
+                       "and exit with status 4 if there is one. Output files that are up to date are never rewritten, "
+                       "so their modification time stays."));
     cmd.addOption(checkOption);
     cmd.addOption(werrorOption);
+    cmd.addOption(checkOutputsOption);
     const QList<OutputKind> kinds = outputKinds();
     for (const OutputKind &kind : kinds)
         cmd.addOption(QCommandLineOption(kind.option, kind.description, QStringLiteral("path")));
@@ -106,15 +166,25 @@ int main(int argc, char *argv[])
     if (cmd.isSet(checkOption))
         return Success;
 
+    const bool checkOnly = cmd.isSet(checkOutputsOption);
+    bool outOfDate = false;
     for (const OutputKind &kind : kinds) {
         const QStringList paths = cmd.values(kind.option);
         for (const QString &path : paths) {
             QString error;
-            if (!kind.write(root.get(), path, &error)) {
+            switch (kind.produce(root.get(), path, checkOnly, &error)) {
+            case OutputResult::Written:
+            case OutputResult::Unchanged:
+                break;
+            case OutputResult::OutOfDate:
+                printErr(QStringLiteral("zatgen: out of date: %1\n").arg(path));
+                outOfDate = true;
+                break;
+            case OutputResult::Failed:
                 printErr(error + QLatin1Char('\n'));
                 return WriteFailed;
             }
         }
     }
-    return Success;
+    return outOfDate ? OutOfDate : Success;
 }
