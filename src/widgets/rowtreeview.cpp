@@ -1,0 +1,83 @@
+#include "rowtreeview.h"
+
+#include <QStack>
+
+RowTreeView::RowTreeView(QWidget *parent)
+    : QTreeView(parent)
+{
+}
+
+QModelIndex RowTreeView::selectedItem() const
+{
+    QModelIndexList const selected = selectedIndexes();
+    return selected.isEmpty() ? QModelIndex() : selected.first();
+}
+
+void RowTreeView::reset()
+{
+    QTreeView::reset();
+    // The selection model is cleared silently by a reset, so listeners would never hear of it.
+    emit selectionChanged(selectedItem());
+}
+
+void RowTreeView::selectionChanged(QItemSelection const &selected, QItemSelection const &deselected)
+{
+    QTreeView::selectionChanged(selected, deselected);
+    emit selectionChanged(selectedItem());
+}
+
+void RowTreeView::currentChanged(QModelIndex const &current, QModelIndex const &previous)
+{
+    QTreeView::currentChanged(current, previous);
+    emit currentIndexChanged(current, previous);
+}
+
+// Both walks use an explicit stack rather than recursion, so that deep trees cannot exhaust the
+// call stack.
+void RowTreeView::expandSubtree(QModelIndex const &index)
+{
+    QAbstractItemModel const *itemModel = model();
+    if (!itemModel)
+        return;
+    QStack<QModelIndex> pending;
+    pending.push(index);
+    while (!pending.isEmpty()) {
+        QModelIndex const parent = pending.pop();
+        int const rows = itemModel->rowCount(parent);
+        for (int row = 0; row < rows; ++row) {
+            QModelIndex const child = itemModel->index(row, 0, parent);
+            pending.push(child);
+            expand(child);
+        }
+    }
+    expand(index);
+}
+
+void RowTreeView::expandCurrentSubtree()
+{
+    expandSubtree(currentIndex());
+}
+
+void RowTreeView::collapseSubtree(QModelIndex const &index)
+{
+    QAbstractItemModel const *itemModel = model();
+    if (!itemModel)
+        return;
+    collapse(index);
+    QStack<QModelIndex> pending;
+    pending.push(index);
+    while (!pending.isEmpty()) {
+        QModelIndex const parent = pending.pop();
+        int const rows = itemModel->rowCount(parent);
+        for (int row = 0; row < rows; ++row) {
+            QModelIndex const child = itemModel->index(row, 0, parent);
+            pending.push(child);
+            collapse(child);
+        }
+    }
+}
+
+void RowTreeView::collapseCurrentSubtree()
+{
+    collapseSubtree(currentIndex());
+}
