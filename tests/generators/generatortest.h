@@ -1,0 +1,103 @@
+#pragma once
+
+// Helpers shared by the generator tests: trees from definitions text, running a writer into
+// memory, and byte-for-byte comparison that prints a unified diff on a mismatch.
+
+#include "item.h"
+#include "parser.h"
+#include "writer.h"
+
+#include <QByteArray>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <functional>
+#include <memory>
+
+namespace GeneratorTest {
+
+/// The tree of a definitions document; null when it does not parse.
+inline std::unique_ptr<ZAT16::Item> parseDocument(const QByteArray &document)
+{
+    ZAT16::Parser parser;
+    if (!parser.parse(document))
+        return nullptr;
+    return std::unique_ptr<ZAT16::Item>(parser.takeRoot());
+}
+
+/// The tree of the given top-level elements inside a "zat16" element.
+inline std::unique_ptr<ZAT16::Item> tree(const QByteArray &tags)
+{
+    return parseDocument("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<zat16>\n" + tags + "\n</zat16>\n");
+}
+
+/// The tree of a definitions file.
+inline std::unique_ptr<ZAT16::Item> treeFromFile(const QString &path)
+{
+    ZAT16::Parser parser;
+    if (!parser.parse(path))
+        return nullptr;
+    return std::unique_ptr<ZAT16::Item>(parser.takeRoot());
+}
+
+inline QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+inline bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
+}
+
+/// The output of writer W for `root`, after `setup` has set the writer texts.
+template<typename W>
+QByteArray generate(const ZAT16::Item *root, const std::function<void(W &)> &setup = {})
+{
+    W writer;
+    if (setup)
+        setup(writer);
+    return writer.encode(root);
+}
+
+/// `count` blanks, for expected lines whose padding would be unreadable as a literal.
+inline QByteArray blanks(int count)
+{
+    return QByteArray(count, ' ');
+}
+
+/// A unified diff from `expected` to `actual`, with line ends made visible as "$" so that
+/// trailing blanks show.
+inline QByteArray unifiedDiff(const QByteArray &expected, const QByteArray &actual)
+{
+    QTemporaryDir dir;
+    auto visible = [](QByteArray bytes) { return bytes.replace("\n", "$\n"); };
+    const QString expectedPath = dir.filePath(QStringLiteral("expected"));
+    const QString actualPath = dir.filePath(QStringLiteral("actual"));
+    if (!dir.isValid() || !writeFile(expectedPath, visible(expected)) || !writeFile(actualPath, visible(actual)))
+        return "(no diff: temporary files could not be written)\n--- expected\n" + expected + "\n--- actual\n" + actual;
+    QProcess diff;
+    diff.start(QStringLiteral("diff"), {QStringLiteral("-u"), expectedPath, actualPath});
+    if (!diff.waitForFinished(30000))
+        return "(diff did not run)\n--- expected\n" + expected + "\n--- actual\n" + actual;
+    return diff.readAllStandardOutput();
+}
+
+/// Fails the calling test with a readable diff when the bytes differ.
+#define COMPARE_OUTPUT(actual, expected)                                                                       \
+    do {                                                                                                       \
+        const QByteArray actual_ = (actual);                                                                   \
+        const QByteArray expected_ = (expected);                                                               \
+        if (actual_ != expected_)                                                                              \
+            QFAIL(("output differs from the expected text (\"$\" marks line ends):\n"                          \
+                   + GeneratorTest::unifiedDiff(expected_, actual_))                                           \
+                      .constData());                                                                           \
+    } while (false)
+
+} // namespace GeneratorTest
