@@ -14,8 +14,7 @@
 //       A2a
 //   B
 //     B1
-class TestRowTreeView : public QObject
-{
+class TestRowTreeView : public QObject {
     Q_OBJECT
 
 private slots:
@@ -58,8 +57,8 @@ void TestRowTreeView::init()
 {
     m_model = new QStandardItemModel(this);
     new QAbstractItemModelTester(m_model, QAbstractItemModelTester::FailureReportingMode::Fatal, m_model);
-    m_model->appendRow(item("A", {item("A1", {item("A1a"), item("A1b")}), item("A2", {item("A2a")})}));
-    m_model->appendRow(item("B", {item("B1")}));
+    m_model->appendRow(item("A", { item("A1", { item("A1a"), item("A1b") }), item("A2", { item("A2a") }) }));
+    m_model->appendRow(item("B", { item("B1") }));
     m_view = new RowTreeView;
     m_view->setModel(m_model);
     m_view->resize(300, 400);
@@ -75,8 +74,8 @@ void TestRowTreeView::cleanup()
 
 QModelIndex TestRowTreeView::find(QString const &text) const
 {
-    QModelIndexList const found = m_model->match(m_model->index(0, 0), Qt::DisplayRole, text, 1,
-                                                 Qt::MatchExactly | Qt::MatchRecursive);
+    QModelIndexList const found
+        = m_model->match(m_model->index(0, 0), Qt::DisplayRole, text, 1, Qt::MatchExactly | Qt::MatchRecursive);
     return found.isEmpty() ? QModelIndex() : found.first();
 }
 
@@ -92,7 +91,7 @@ QStringList TestRowTreeView::names(QSignalSpy const &spy) const
 QStringList TestRowTreeView::expandedNames() const
 {
     QStringList result;
-    for (char const *name : {"A", "A1", "A1a", "A1b", "A2", "A2a", "B", "B1"}) {
+    for (char const *name : { "A", "A1", "A1a", "A1b", "A2", "A2a", "B", "B1" }) {
         if (m_view->isExpanded(find(name)))
             result << name;
     }
@@ -190,16 +189,16 @@ void TestRowTreeView::expandSubtree()
     m_view->expandSubtree(find("A"));
     // Every descendant first, taken from a stack (the last child pushed is walked first), then
     // the index itself.
-    QCOMPARE(names(spy), QStringList({"A1", "A2", "A2a", "A1a", "A1b", "A"}));
-    QCOMPARE(expandedNames(), QStringList({"A", "A1", "A1a", "A1b", "A2", "A2a"}));
+    QCOMPARE(names(spy), QStringList({ "A1", "A2", "A2a", "A1a", "A1b", "A" }));
+    QCOMPARE(expandedNames(), QStringList({ "A", "A1", "A1a", "A1b", "A2", "A2a" }));
 }
 
 void TestRowTreeView::expandSubtreeOnLeaf()
 {
     QSignalSpy spy(m_view, &QTreeView::expanded);
     m_view->expandSubtree(find("A1b"));
-    QCOMPARE(names(spy), QStringList({"A1b"}));
-    QCOMPARE(expandedNames(), QStringList({"A1b"}));
+    QCOMPARE(names(spy), QStringList({ "A1b" }));
+    QCOMPARE(expandedNames(), QStringList({ "A1b" }));
 }
 
 void TestRowTreeView::expandCurrentSubtree()
@@ -207,19 +206,19 @@ void TestRowTreeView::expandCurrentSubtree()
     m_view->setCurrentIndex(find("A1"));
     QSignalSpy spy(m_view, &QTreeView::expanded);
     m_view->expandCurrentSubtree();
-    QCOMPARE(names(spy), QStringList({"A1a", "A1b", "A1"}));
-    QCOMPARE(expandedNames(), QStringList({"A1", "A1a", "A1b"}));
+    QCOMPARE(names(spy), QStringList({ "A1a", "A1b", "A1" }));
+    QCOMPARE(expandedNames(), QStringList({ "A1", "A1a", "A1b" }));
 }
 
 void TestRowTreeView::collapseSubtree()
 {
     m_view->expandSubtree(QModelIndex());
-    QCOMPARE(expandedNames(), QStringList({"A", "A1", "A1a", "A1b", "A2", "A2a", "B", "B1"}));
+    QCOMPARE(expandedNames(), QStringList({ "A", "A1", "A1a", "A1b", "A2", "A2a", "B", "B1" }));
     QSignalSpy spy(m_view, &QTreeView::collapsed);
     m_view->collapseSubtree(find("A"));
     // The index first, then its descendants in the order of the stack walk.
-    QCOMPARE(names(spy), QStringList({"A", "A1", "A2", "A2a", "A1a", "A1b"}));
-    QCOMPARE(expandedNames(), QStringList({"B", "B1"}));
+    QCOMPARE(names(spy), QStringList({ "A", "A1", "A2", "A2a", "A1a", "A1b" }));
+    QCOMPARE(expandedNames(), QStringList({ "B", "B1" }));
 }
 
 void TestRowTreeView::collapseSubtreeOnLeaf()
@@ -227,8 +226,8 @@ void TestRowTreeView::collapseSubtreeOnLeaf()
     m_view->expandSubtree(find("A"));
     QSignalSpy spy(m_view, &QTreeView::collapsed);
     m_view->collapseSubtree(find("A2a"));
-    QCOMPARE(names(spy), QStringList({"A2a"}));
-    QCOMPARE(expandedNames(), QStringList({"A", "A1", "A1a", "A1b", "A2"}));
+    QCOMPARE(names(spy), QStringList({ "A2a" }));
+    QCOMPARE(expandedNames(), QStringList({ "A", "A1", "A1a", "A1b", "A2" }));
 }
 
 void TestRowTreeView::collapseCurrentSubtree()
@@ -236,7 +235,7 @@ void TestRowTreeView::collapseCurrentSubtree()
     m_view->expandSubtree(QModelIndex());
     m_view->setCurrentIndex(find("B"));
     m_view->collapseCurrentSubtree();
-    QCOMPARE(expandedNames(), QStringList({"A", "A1", "A1a", "A1b", "A2", "A2a"}));
+    QCOMPARE(expandedNames(), QStringList({ "A", "A1", "A1a", "A1b", "A2", "A2a" }));
 }
 
 QTEST_MAIN(TestRowTreeView)

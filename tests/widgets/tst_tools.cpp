@@ -25,8 +25,7 @@ void captureHandler(QtMsgType type, QMessageLogContext const &context, QString c
 }
 
 // Collects the debug output of its lifetime.
-class DebugCapture
-{
+class DebugCapture {
 public:
     DebugCapture()
     {
@@ -59,8 +58,7 @@ QRect adjustedArea()
 
 } // namespace
 
-class TestTools : public QObject
-{
+class TestTools : public QObject {
     Q_OBJECT
 
 private slots:
@@ -221,7 +219,7 @@ void TestTools::restoreSeventeenPixelsLeft()
     DebugCapture capture;
     QVERIFY(Tools::restoreWidgetGeometry(&widget, record(pos, QSize(400, 300), false)));
     QCOMPARE(capture.lines(),
-             QStringList(red(QString::asprintf("Restore 400x300%+d%+d: Not on any screen", pos.x(), pos.y()))));
+        QStringList(red(QString::asprintf("Restore 400x300%+d%+d: Not on any screen", pos.x(), pos.y()))));
     QCOMPARE(widget.pos(), defaultPlace);
     QCOMPARE(widget.size(), QSize(400, 300));
 }
@@ -249,7 +247,7 @@ void TestTools::restoreSecondMonitorGone()
     // The size still fits the remaining screen and is restored, so the call reports success.
     QVERIFY(Tools::restoreWidgetGeometry(&widget, record(pos, QSize(320, 240), false)));
     QCOMPARE(capture.lines(),
-             QStringList(red(QString("Restore 320x240+%1+%2: Not on any screen").arg(pos.x()).arg(pos.y()))));
+        QStringList(red(QString("Restore 320x240+%1+%2: Not on any screen").arg(pos.x()).arg(pos.y()))));
     QCOMPARE(widget.pos(), defaultPlace);
     QCOMPARE(widget.size(), QSize(320, 240));
 }
@@ -266,7 +264,7 @@ void TestTools::restoreSecondMonitorGoneMaximized()
     DebugCapture capture;
     QVERIFY(Tools::restoreWidgetGeometry(&widget, record(pos, QSize(320, 240), true)));
     QCOMPARE(capture.lines(),
-             QStringList(red(QString("Restore 320x240+%1+%2: Not on any screen").arg(pos.x()).arg(pos.y()))));
+        QStringList(red(QString("Restore 320x240+%1+%2: Not on any screen").arg(pos.x()).arg(pos.y()))));
     QCOMPARE(widget.pos(), defaultPlace);
     QVERIFY(widget.windowState() & Qt::WindowMaximized);
 }
@@ -307,14 +305,14 @@ void TestTools::restoreDoesNotFit()
 
     QString const saved = QString::asprintf("Restore %dx200%+d%+d", size.width(), pos.x(), pos.y());
     QString const areaText = QString::asprintf("%dx%d%+d%+d", area.width(), area.height(), area.left(), area.top());
-    QString const centeredText =
-        QString::asprintf("%dx%d%+d%+d", area.width(), area.height(), centered.x(), centered.y());
+    QString const centeredText
+        = QString::asprintf("%dx%d%+d%+d", area.width(), area.height(), centered.x(), centered.y());
 
     DebugCapture capture;
     QVERIFY(Tools::restoreWidgetGeometry(&widget, record(pos, size, false)));
     QCOMPARE(capture.lines(),
-             QStringList({red(saved + ": Does not fit " + areaText + ", trying centered"),
-                          red(saved + ": Does not fit " + centeredText)}));
+        QStringList({ red(saved + ": Does not fit " + areaText + ", trying centered"),
+            red(saved + ": Does not fit " + centeredText) }));
     QCOMPARE(widget.pos(), defaultPlace);
     QCOMPARE(widget.size(), size);
     QVERIFY(!(widget.windowState() & Qt::WindowMaximized));
@@ -334,14 +332,14 @@ void TestTools::restoreDoesNotFitMaximized()
 
     QString const saved = QString::asprintf("Restore %dx200%+d%+d", size.width(), pos.x(), pos.y());
     QString const areaText = QString::asprintf("%dx%d%+d%+d", area.width(), area.height(), area.left(), area.top());
-    QString const centeredText =
-        QString::asprintf("%dx%d%+d%+d", area.width(), area.height(), centered.x(), centered.y());
+    QString const centeredText
+        = QString::asprintf("%dx%d%+d%+d", area.width(), area.height(), centered.x(), centered.y());
 
     DebugCapture capture;
     QVERIFY(Tools::restoreWidgetGeometry(&widget, record(pos, size, true)));
     QCOMPARE(capture.lines(),
-             QStringList({red(saved + ": Does not fit " + areaText + ", trying centered"),
-                          red(saved + ": Does not fit " + centeredText + ", maximizing anyway")}));
+        QStringList({ red(saved + ": Does not fit " + areaText + ", trying centered"),
+            red(saved + ": Does not fit " + centeredText + ", maximizing anyway") }));
     QCOMPARE(widget.pos(), defaultPlace);
     QVERIFY(widget.windowState() & Qt::WindowMaximized);
 }
@@ -397,9 +395,9 @@ void TestTools::restoreOnTinyScreen()
     // Nothing of the record could be used.
     QVERIFY(!Tools::restoreWidgetGeometry(&widget, record(QPoint(1450, 10), QSize(300, 200), false)));
     QCOMPARE(capture.lines(),
-             QStringList({red("Restore 300x200+1450+10: Too small"),
-                          red("Restore 300x200+1450+10: Does not fit 72x-10+1424+0, trying centered"),
-                          red("Restore 300x200+1450+10: Does not fit 72x-10+1310-105")}));
+        QStringList({ red("Restore 300x200+1450+10: Too small"),
+            red("Restore 300x200+1450+10: Does not fit 72x-10+1424+0, trying centered"),
+            red("Restore 300x200+1450+10: Does not fit 72x-10+1310-105") }));
     QCOMPARE(widget.pos(), QPoint(40, 30));
     QCOMPARE(widget.size(), QSize(100, 100));
     QCOMPARE(widget.windowState(), Qt::WindowNoState);
@@ -411,10 +409,14 @@ void TestTools::ensureDirectorySeparator_data()
     QTest::addColumn<QString>("expected");
     QTest::newRow("empty") << QString() << QString();
     QTest::newRow("empty but not null") << QString("") << QString("");
-    QTest::newRow("root") << "/" << "/";
-    QTest::newRow("without separator") << "/home/user" << "/home/user/";
-    QTest::newRow("with separator") << "/home/user/" << "/home/user/";
-    QTest::newRow("relative") << "dir" << "dir/";
+    QTest::newRow("root") << "/"
+                          << "/";
+    QTest::newRow("without separator") << "/home/user"
+                                       << "/home/user/";
+    QTest::newRow("with separator") << "/home/user/"
+                                    << "/home/user/";
+    QTest::newRow("relative") << "dir"
+                              << "dir/";
 }
 
 void TestTools::ensureDirectorySeparator()
