@@ -1,0 +1,124 @@
+#pragma once
+
+#include "item.h"
+
+#include <QAbstractItemModel>
+#include <QFont>
+#include <QHash>
+#include <QIcon>
+
+class QUndoCommand;
+class QUndoStack;
+
+namespace ZAT16 {
+
+class CommandDelete;
+
+/// The item model through which the tree view and the application read and change the
+/// definitions tree. Three columns: name, code, comment. The root item stands for the invalid
+/// index and is never shown. Every change becomes an undo command pushed on the undo stack;
+/// the commands change the tree only through the cmd* primitives, which emit the model signals
+/// and empty the row and collision caches.
+class EditorModel : public QAbstractItemModel
+{
+    Q_OBJECT
+
+public:
+    explicit EditorModel(QObject *parent = nullptr);
+    ~EditorModel() override;
+
+    // Structure
+    Item *index2item(const QModelIndex &index) const;
+    QModelIndex item2index(const Item *item) const;
+    int findRow(const Item *item) const;
+    QModelIndex index(int row, int column, const QModelIndex &parent = QModelIndex()) const override;
+    QModelIndex parent(const QModelIndex &index) const override;
+    int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    int columnCount(const QModelIndex &parent = QModelIndex()) const override;
+
+    // Reading
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    QVariant displayData(const Item *item, int column) const;
+    QVariant editData(const Item *item, int column) const;
+    QVariant decorationData(const Item *item, int column) const;
+    QVariant tooltipData(const Item *item, int column) const;
+    QVariant fontData(const Item *item, int column) const;
+    QVariant highlightData(const Item *item, int row, int column, int role) const;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
+    /// Name and code collisions of the item with its siblings, cached.
+    Item::CollisionFlags findCollision(const Item *item) const;
+
+    /// The root item of the document (may be null); the model owns it.
+    Item *root() const { return m_root; }
+
+    // Fonts and the stack
+    QFont fixedFont() const { return m_fixedFont; }
+    QFont commentFont() const { return m_commentFont; }
+    void setFixedFont(const QFont &font);
+    void setCommentFont(const QFont &font);
+    /// Asks the views to repaint the children of `item`.
+    void allChildrenChanged(Item *item);
+    void setUndoStack(QUndoStack *stack);
+    QUndoStack *undoStack() const { return m_undoStack; }
+
+    // Whole-document operations
+    /// Installs a new document (the model takes it) and clears the undo history; not undoable.
+    void setTags(Item *root);
+    void clear();
+    /// Installs a new document (null: an empty one) as one undoable step.
+    void undoableSetTags(Item *root, const QModelIndex &index);
+    void undoableClear(const QModelIndex &index);
+
+    // Editing operations: each pushes commands, none changes the tree directly
+    bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override;
+    using QAbstractItemModel::setItemData;
+    /// Replaces the item's whole data as one undoable step (the item edit dialog's result).
+    bool setItemData(const QModelIndex &index, const ItemData &data);
+    /// Inserts `item` (the model takes it when the result is valid), or a new empty row when it
+    /// is null. Tags go to the root level, values and lists into the lists of the enclosing tag.
+    QModelIndex insertRow(int row, const QModelIndex &parent, Item *item);
+    bool insertRow(int row, const QModelIndex &parent = QModelIndex());
+    /// The enumeration or bit list of the tag that holds `at`, created when missing.
+    QModelIndex insertList(const QModelIndex &at, ItemType kind);
+    /// A new, unpushed delete command for the row, or null.
+    CommandDelete *prepareRemoveRow(int row, const QModelIndex &parent);
+    bool removeRow(int row, const QModelIndex &parent = QModelIndex());
+
+    // Clipboard and drag-and-drop
+    QMimeData *copy(const QModelIndex &index);
+    QMimeData *cut(const QModelIndex &index);
+    QModelIndex paste(const QModelIndex &at, const QMimeData *data);
+    QStringList mimeTypes() const override;
+    QMimeData *mimeData(const QModelIndexList &indexes) const override;
+    bool dropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &parent) override;
+    Qt::DropActions supportedDropActions() const override;
+    Qt::DropActions supportedDragActions() const override;
+
+    // Primitive tree changes, called only by the undo commands
+    void cmdInsertRow(Item *parent, Item *item, int row);
+    Item *cmdTakeRow(Item *parent, int row);
+    void cmdItemChanged(Item *item);
+    Item *cmdReplaceTags(Item *root);
+    void cmdUndone(const QModelIndex &index);
+
+signals:
+    /// A command has been undone; `index` is what it wants selected again.
+    void undone(const QModelIndex &index);
+
+private:
+    void clearCaches();
+    // Pushes on the undo stack; without a stack the change is made at once and not kept.
+    void push(QUndoCommand *command);
+    QIcon icon(const QString &path) const;
+
+    Item *m_root = nullptr;
+    QUndoStack *m_undoStack = nullptr;
+    mutable QHash<const Item *, Item::CollisionFlags> m_collisions;
+    mutable QHash<const Item *, int> m_rows;
+    QFont m_fixedFont;
+    QFont m_commentFont;
+    mutable QHash<QString, QIcon> m_icons;
+};
+
+} // namespace ZAT16
