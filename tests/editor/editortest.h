@@ -84,6 +84,13 @@ inline Item *parseText(const QByteArray &xml)
     return parser.takeRoot();
 }
 
+/// The encoding of a tree parsed from definitions text, parsed and freed here.
+inline QByteArray encodeText(const QByteArray &xml)
+{
+    std::unique_ptr<Item> root(parseText(xml));
+    return encode(root.get());
+}
+
 inline Item *parseFile(const QString &path)
 {
     Parser parser;

@@ -1,0 +1,593 @@
+// Tests of copy, cut and paste of items with their subtrees, and of dragging and dropping cell
+// texts.
+
+#include "editortest.h"
+
+#include <QMimeData>
+
+using namespace ZAT16;
+using namespace EditorTest;
+
+namespace {
+
+const QByteArray declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?> <!-- -*- nxml -*- -->";
+
+// Rows of the root: 0 Mode { 0 bits {0 Manual}, 1 enums {0 Off, 1 On} }, 1 Speed "fast",
+// 2 Label (no code), 3 Channel { 0 enums (display 4x) {0 A, 1 B} }, 4 comment line, 5 Plain.
+const QByteArray tree = document("  <tag name=\"Mode\" id=\"0x1002\">\n"
+                                 "    <bits>\n"
+                                 "      <bit name=\"Manual\" id=\"1\"/>\n"
+                                 "    </bits>\n"
+                                 "    <enums>\n"
+                                 "      <enum name=\"Off\" id=\"0\"/>\n"
+                                 "      <enum name=\"On\" id=\"1\"/>\n"
+                                 "    </enums>\n"
+                                 "  </tag>\n"
+                                 "  <tag name=\"Speed\" id=\"0x1001\" comment=\"fast\"/>\n"
+                                 "  <tag name=\"Label\"/>\n"
+                                 "  <tag name=\"Channel\" id=\"0x1005\">\n"
+                                 "    <enums display=\"4x\">\n"
+                                 "      <enum name=\"A\" id=\"0x10\"/>\n"
+                                 "      <enum name=\"B\" id=\"0x11\"/>\n"
+                                 "    </enums>\n"
+                                 "  </tag>\n"
+                                 "  <!-- plain tags -->\n"
+                                 "  <tag name=\"Plain\" id=\"0x3001\"/>\n");
+
+std::unique_ptr<QMimeData> textData(const QString &text)
+{
+    auto mime = std::make_unique<QMimeData>();
+    mime->setText(text);
+    return mime;
+}
+
+std::unique_ptr<QMimeData> xmlData(const QByteArray &xml)
+{
+    auto mime = std::make_unique<QMimeData>();
+    mime->setData(QStringLiteral("text/xml"), xml);
+    return mime;
+}
+
+} // namespace
+
+class TestClipboard : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    // Copy
+    void copyTagWithLists();
+    void copyTagWithoutCode();
+    void copyTexts_data();
+    void copyTexts();
+    void copyItemWithComment();
+    void copyCommentLine();
+    void copyInvalidIndex();
+
+    // Cut
+    void cutRootLevelTag();
+    void cutValue();
+    void cutInvalidIndex();
+
+    // Paste
+    void pasteTagOntoItsOwnValue();
+    void pasteTagAtRootLevel();
+    void pasteValueIntoOtherTag();
+    void pasteValueIntoTagWithoutList();
+    void pasteValueIntoList();
+    void pasteListMerges();
+    void pasteListIntoTagWithoutList();
+    void pasteBit();
+    void pastedCollisionsAreKept();
+    void pasteValueOntoCommentLine();
+    void pasteCommentAsDocumentType();
+    void pasteRefused();
+    void pastePlainText();
+    void pastePlainTextOnCodeCell();
+
+    // Drag and drop
+    void mimeTypes();
+    void dropActions();
+    void dragSingleCell();
+    void dragSeveralCells();
+    void dropOntoCell();
+    void dropRefused();
+};
+
+// ---------------------------------------------------------------------------------------------
+// Copy
+
+// Edge case: the text and the XML of a copied tag.
+void TestClipboard::copyTagWithLists()
+{
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({0})));
+    QVERIFY(mime);
+    QCOMPARE(mime->text(), QStringLiteral("Mode 0x1002"));
+    QVERIFY(mime->hasFormat(QStringLiteral("text/plain")));
+    const QByteArray expected = declaration
+        + "\n<tag name=\"Mode\" id=\"0x1002\">\n"
+          "  <bits>\n"
+          "    <bit name=\"Manual\" id=\"1\"/>\n"
+          "  </bits>\n"
+          "  <enums>\n"
+          "    <enum name=\"Off\" id=\"0\"/>\n"
+          "    <enum name=\"On\" id=\"1\"/>\n"
+          "  </enums>\n"
+          "</tag>\n";
+    QCOMPARE(mime->data(QStringLiteral("text/xml")), expected);
+    // Copying changes nothing.
+    QCOMPARE(f.stack.count(), 0);
+    QCOMPARE(f.encoding(), encodeText(tree));
+}
+
+void TestClipboard::copyTagWithoutCode()
+{
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({2})));
+    QVERIFY(mime);
+    QCOMPARE(mime->text(), QStringLiteral("Label "));
+    QCOMPARE(mime->data(QStringLiteral("text/xml")), declaration + "\n<tag name=\"Label\"/>\n");
+}
+
+void TestClipboard::copyTexts_data()
+{
+    QTest::addColumn<QList<int>>("path");
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QByteArray>("xml");
+
+    QTest::newRow("tag from the comment column") << QList<int>{5} << 2 << QStringLiteral("Plain 0x3001")
+                                                 << (declaration + "\n<tag name=\"Plain\" id=\"0x3001\"/>\n");
+    QTest::newRow("enum value in hex list") << QList<int>{3, 0, 1} << 0 << QStringLiteral("B 0x0011")
+                                            << (declaration + "\n<enum name=\"B\" id=\"0x0011\"/>\n");
+    QTest::newRow("bit") << QList<int>{0, 0, 0} << 1 << QStringLiteral("Manual 1")
+                         << (declaration + "\n<bit name=\"Manual\" id=\"1\"/>\n");
+    QTest::newRow("list") << QList<int>{3, 0} << 0 << QStringLiteral(" ")
+                          << (declaration
+                              + "\n<enums display=\"4x\">\n"
+                                "  <enum name=\"A\" id=\"0x0010\"/>\n"
+                                "  <enum name=\"B\" id=\"0x0011\"/>\n"
+                                "</enums>\n");
+}
+
+void TestClipboard::copyTexts()
+{
+    QFETCH(QList<int>, path);
+    QFETCH(int, column);
+    QFETCH(QString, text);
+    QFETCH(QByteArray, xml);
+
+    Fixture f(tree);
+    QModelIndex parent;
+    for (int i = 0; i < path.size() - 1; ++i)
+        parent = f.model.index(path.at(i), 0, parent);
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.model.index(path.last(), column, parent)));
+    QVERIFY(mime);
+    QCOMPARE(mime->text(), text);
+    QCOMPARE(mime->data(QStringLiteral("text/xml")), xml);
+}
+
+// Edge case: a comment goes raw where a document type declaration would stand, so pasting the
+// data fails when the comment is not such a declaration.
+void TestClipboard::copyItemWithComment()
+{
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({1})));
+    QVERIFY(mime);
+    QCOMPARE(mime->text(), QStringLiteral("Speed 0x1001"));
+    QCOMPARE(mime->data(QStringLiteral("text/xml")),
+             declaration + "fast\n<tag name=\"Speed\" id=\"0x1001\" comment=\"fast\"/>\n");
+    const QByteArray before = f.encoding();
+    QVERIFY(!f.model.paste(f.index({2}), mime.get()).isValid());
+    QCOMPARE(f.stack.count(), 0);
+    QCOMPARE(f.encoding(), before);
+}
+
+void TestClipboard::copyCommentLine()
+{
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({4})));
+    QVERIFY(mime);
+    QCOMPARE(mime->text(), QStringLiteral(" "));
+    QCOMPARE(mime->data(QStringLiteral("text/xml")), declaration + " plain tags \n<!-- plain tags -->\n");
+    QVERIFY(!f.model.paste(f.index({2}), mime.get()).isValid());
+    QCOMPARE(f.stack.count(), 0);
+}
+
+void TestClipboard::copyInvalidIndex()
+{
+    Fixture f(tree);
+    QVERIFY(!f.model.copy(QModelIndex()));
+    QVERIFY(!f.model.cut(QModelIndex()));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Cut
+
+// Edge case: cutting a root-level tag takes its lists along; undo puts it back at its row.
+void TestClipboard::cutRootLevelTag()
+{
+    Fixture f(tree);
+    const QString before = f.dump();
+    Item *mode = f.at({0});
+    std::unique_ptr<QMimeData> mime(f.model.cut(f.index({0}, 1)));
+    QVERIFY(mime);
+    QCOMPARE(mime->text(), QStringLiteral("Mode 0x1002"));
+    QVERIFY(mime->data(QStringLiteral("text/xml")).contains("<enum name=\"On\" id=\"1\"/>"));
+    QCOMPARE(f.model.rowCount(), 5);
+    QCOMPARE(f.at({0})->name, QStringLiteral("Speed"));
+    QCOMPARE(f.stack.count(), 1);
+    QCOMPARE(f.stack.text(0), QStringLiteral("Cut tag"));
+    f.stack.undo();
+    QCOMPARE(f.at({0}), mode);
+    QCOMPARE(f.dump(), before);
+    QCOMPARE(mode->children.size(), 2);
+
+    // The cut data pastes back as a copy.
+    f.stack.redo();
+    const QModelIndex pasted = f.model.paste(f.index({2}), mime.get());
+    QVERIFY(pasted.isValid());
+    QCOMPARE(pasted.row(), 2);
+    QCOMPARE(f.model.index2item(pasted)->name, QStringLiteral("Mode"));
+    QCOMPARE(f.model.index2item(pasted)->children.size(), 2);
+}
+
+void TestClipboard::cutValue()
+{
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> mime(f.model.cut(f.index({3, 0, 0}, 2)));
+    QVERIFY(mime);
+    QCOMPARE(mime->text(), QStringLiteral("A 0x0010"));
+    QCOMPARE(f.stack.text(0), QStringLiteral("Cut enum"));
+    QCOMPARE(f.at({3, 0})->children.size(), 1);
+    std::unique_ptr<QMimeData> bit(f.model.cut(f.index({0, 0, 0})));
+    QCOMPARE(f.stack.text(1), QStringLiteral("Cut bit"));
+    std::unique_ptr<QMimeData> list(f.model.cut(f.index({0, 0})));
+    QVERIFY(list);
+    QCOMPARE(list->text(), QStringLiteral(" "));
+    QVERIFY(f.stack.text(2).isEmpty());
+}
+
+void TestClipboard::cutInvalidIndex()
+{
+    Fixture f(tree);
+    QVERIFY(!f.model.cut(QModelIndex()));
+    QCOMPARE(f.stack.count(), 0);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Paste
+
+// Edge case: a tag pasted onto one of its own values lands at the root level before that tag.
+void TestClipboard::pasteTagOntoItsOwnValue()
+{
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({0})));
+    Item *mode = f.at({0});
+    const QModelIndex pasted = f.model.paste(f.index({0, 1, 1}), mime.get());
+    QVERIFY(pasted.isValid());
+    QCOMPARE(pasted.row(), 0);
+    QVERIFY(!pasted.parent().isValid());
+    QCOMPARE(f.at({1}), mode);
+    Item *copy = f.at({0});
+    QVERIFY(copy != mode);
+    QCOMPARE(dumpTree(copy), dumpTree(mode));
+    QCOMPARE(f.stack.count(), 1);
+    QCOMPARE(f.stack.text(0), QStringLiteral("Insert tag"));
+    f.stack.undo();
+    QCOMPARE(f.encoding(), encodeText(tree));
+}
+
+void TestClipboard::pasteTagAtRootLevel()
+{
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({5})));
+    const QModelIndex pasted = f.model.paste(f.index({3}, 2), mime.get());
+    QCOMPARE(pasted.row(), 3);
+    QCOMPARE(f.at({3})->name, QStringLiteral("Plain"));
+    QCOMPARE(f.at({4})->name, QStringLiteral("Channel"));
+}
+
+// Edge case: a value copied from one tag goes into the list of the tag at the insertion point.
+void TestClipboard::pasteValueIntoOtherTag()
+{
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({3, 0, 1})));
+    QTest::ignoreMessage(QtDebugMsg, "insertion point modified");
+    const QModelIndex pasted = f.model.paste(f.index({0}), mime.get());
+    QVERIFY(pasted.isValid());
+    Item *value = f.model.index2item(pasted);
+    QCOMPARE(value->parent, f.at({0, 1}));
+    QCOMPARE(pasted.row(), 2);
+    QCOMPARE(value->name, QStringLiteral("B"));
+    QCOMPARE(value->id, quint64(0x11));
+    QCOMPARE(f.stack.count(), 1);
+    QCOMPARE(f.stack.text(0), QStringLiteral("Insert enum"));
+}
+
+// Edge case: the missing list is made first, as its own undo step.
+void TestClipboard::pasteValueIntoTagWithoutList()
+{
+    Fixture f(tree);
+    const QByteArray before = f.encoding();
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({0, 1, 1})));
+    QTest::ignoreMessage(QtDebugMsg, "insertion point modified");
+    const QModelIndex pasted = f.model.paste(f.index({5}), mime.get());
+    QVERIFY(pasted.isValid());
+    QCOMPARE(f.at({5, 0})->type, Enums);
+    QCOMPARE(f.at({5, 0, 0})->name, QStringLiteral("On"));
+    QCOMPARE(f.model.index2item(pasted), f.at({5, 0, 0}));
+    QCOMPARE(f.stack.count(), 2);
+    QCOMPARE(f.stack.text(0), QStringLiteral("Insert item"));
+    QCOMPARE(f.stack.text(1), QStringLiteral("Insert enum"));
+    f.stack.undo();
+    QCOMPARE(f.at({5})->children.size(), 1);
+    f.stack.undo();
+    QCOMPARE(f.encoding(), before);
+}
+
+void TestClipboard::pasteValueIntoList()
+{
+    // Onto a value of the list itself, at that value's row.
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({3, 0, 1})));
+    const QModelIndex pasted = f.model.paste(f.index({0, 1, 1}), mime.get());
+    QVERIFY(pasted.isValid());
+    QCOMPARE(pasted.row(), 1);
+    QCOMPARE(f.at({0, 1, 1})->name, QStringLiteral("B"));
+    QCOMPARE(f.at({0, 1, 2})->name, QStringLiteral("On"));
+    QCOMPARE(f.stack.count(), 1);
+}
+
+// Edge case: a pasted list merges into the existing one as one "Merge data" step.
+void TestClipboard::pasteListMerges()
+{
+    Fixture f(tree);
+    const QByteArray before = f.encoding();
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({3, 0})));
+    const QModelIndex pasted = f.model.paste(f.index({0, 1, 0}), mime.get());
+    QVERIFY(pasted.isValid());
+    QCOMPARE(f.model.index2item(pasted), f.at({0, 1}));
+    QCOMPARE(f.at({0, 1})->children.size(), 4);
+    // Onto a value of the list: in at that value's row.
+    QCOMPARE(f.at({0, 1, 0})->name, QStringLiteral("A"));
+    QCOMPARE(f.at({0, 1, 1})->name, QStringLiteral("B"));
+    QCOMPARE(f.at({0, 1, 2})->name, QStringLiteral("Off"));
+    QCOMPARE(f.stack.count(), 1);
+    QCOMPARE(f.stack.text(0), QStringLiteral("Merge data"));
+    f.stack.undo();
+    QCOMPARE(f.encoding(), before);
+    f.stack.redo();
+    QCOMPARE(f.at({0, 1})->children.size(), 4);
+
+    // Onto the tag: at the end of its list.
+    std::unique_ptr<QMimeData> bits(f.model.copy(f.index({0, 0})));
+    QVERIFY(f.model.paste(f.index({0}), bits.get()).isValid());
+    QCOMPARE(f.at({0, 0})->children.size(), 2);
+    QCOMPARE(f.at({0, 0, 1})->name, QStringLiteral("Manual"));
+    QCOMPARE(f.stack.text(1), QStringLiteral("Merge data"));
+}
+
+void TestClipboard::pasteListIntoTagWithoutList()
+{
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({0, 0})));
+    const QModelIndex pasted = f.model.paste(f.index({3, 0, 1}), mime.get());
+    QVERIFY(pasted.isValid());
+    // The bit list goes before the enumeration list.
+    QCOMPARE(pasted.row(), 0);
+    QCOMPARE(f.at({3, 0})->type, Bits);
+    QCOMPARE(f.at({3, 0, 0})->name, QStringLiteral("Manual"));
+    QCOMPARE(f.at({3, 1})->type, Enums);
+    QCOMPARE(f.stack.count(), 1);
+    QCOMPARE(f.stack.text(0), QStringLiteral("Insert item"));
+}
+
+void TestClipboard::pasteBit()
+{
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({0, 0, 0})));
+    QTest::ignoreMessage(QtDebugMsg, "insertion point modified");
+    const QModelIndex pasted = f.model.paste(f.index({3, 0, 0}), mime.get());
+    QVERIFY(pasted.isValid());
+    QCOMPARE(f.at({3, 0})->type, Bits);
+    QCOMPARE(f.model.index2item(pasted), f.at({3, 0, 0}));
+    QCOMPARE(f.stack.count(), 2);
+    QCOMPARE(f.stack.text(1), QStringLiteral("Insert bit"));
+}
+
+void TestClipboard::pastedCollisionsAreKept()
+{
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({0, 1, 0})));
+    const QModelIndex pasted = f.model.paste(f.index({0, 1, 1}), mime.get());
+    QVERIFY(pasted.isValid());
+    QCOMPARE(f.at({0, 1, 1})->name, QStringLiteral("Off"));
+    QCOMPARE(f.model.data(pasted, Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
+    QCOMPARE(f.model.data(pasted.siblingAtColumn(1), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
+    QCOMPARE(f.model.data(f.index({0, 1, 0}), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
+}
+
+// A comment line of the root level is of the tag kind, so a value pasted onto it gets a list of
+// its own inside that line, which then shows as an incomplete tag.
+void TestClipboard::pasteValueOntoCommentLine()
+{
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({0, 1, 0})));
+    QTest::ignoreMessage(QtDebugMsg, "insertion point modified");
+    const QModelIndex pasted = f.model.paste(f.index({4}), mime.get());
+    QVERIFY(pasted.isValid());
+    QCOMPARE(f.at({4})->comment, QStringLiteral(" plain tags "));
+    QCOMPARE(f.at({4, 0})->type, Enums);
+    QCOMPARE(f.model.index2item(pasted), f.at({4, 0, 0}));
+    QVERIFY(!f.at({4})->isComment());
+    QCOMPARE(f.model.data(f.index({4}, 2), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
+    QCOMPARE(f.stack.count(), 2);
+    f.stack.undo();
+    f.stack.undo();
+    QVERIFY(f.at({4})->isComment());
+    QCOMPARE(f.encoding(), encodeText(tree));
+}
+
+// A comment that is a document type declaration survives the trip.
+void TestClipboard::pasteCommentAsDocumentType()
+{
+    Fixture f(document("  <tag name=\"Typed\" id=\"0x1001\" comment=\"&lt;!DOCTYPE tag&gt;\"/>\n"));
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({0})));
+    QCOMPARE(mime->data(QStringLiteral("text/xml")),
+             declaration + "<!DOCTYPE tag>\n<tag name=\"Typed\" id=\"0x1001\" comment=\"&lt;!DOCTYPE tag&gt;\"/>\n");
+    const QModelIndex pasted = f.model.paste(f.index({0}), mime.get());
+    QVERIFY(pasted.isValid());
+    QCOMPARE(pasted.row(), 0);
+    QCOMPARE(f.at({0})->comment, QStringLiteral("<!DOCTYPE tag>"));
+    QCOMPARE(dumpTree(f.at({0})), dumpTree(f.at({1})));
+}
+
+void TestClipboard::pasteRefused()
+{
+    Fixture f(tree);
+    const QByteArray before = f.encoding();
+    std::unique_ptr<QMimeData> tag(f.model.copy(f.index({5})));
+    QVERIFY(!f.model.paste(QModelIndex(), tag.get()).isValid());
+    QVERIFY(!f.model.paste(f.index({0}), nullptr).isValid());
+    QMimeData empty;
+    QVERIFY(!f.model.paste(f.index({0}), &empty).isValid());
+    // Unreadable XML is not tried as text.
+    std::unique_ptr<QMimeData> broken = xmlData("<tag name=\"X\"");
+    broken->setText(QStringLiteral("Renamed"));
+    QVERIFY(!f.model.paste(f.index({0}), broken.get()).isValid());
+    // A whole document is of the root kind and cannot be inserted.
+    std::unique_ptr<QMimeData> whole = xmlData(encodeText(tree));
+    QVERIFY(!f.model.paste(f.index({0}), whole.get()).isValid());
+    // A value needs a tag around the insertion point; a misplaced list at the root level has none.
+    std::unique_ptr<QMimeData> value = xmlData(declaration + "\n<enum name=\"V\" id=\"1\"/>\n");
+    Fixture lonely(document("  <enums/>\n"));
+    QCOMPARE(lonely.at({0})->type, Enums);
+    QVERIFY(!lonely.model.paste(lonely.index({0}), value.get()).isValid());
+    QCOMPARE(lonely.stack.count(), 0);
+    QCOMPARE(f.stack.count(), 0);
+    QCOMPARE(f.encoding(), before);
+}
+
+// Edge case: plain text from another program renames the item in a name cell.
+void TestClipboard::pastePlainText()
+{
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> mime = textData(QStringLiteral("Renamed"));
+    const QModelIndex at = f.index({5});
+    QCOMPARE(f.model.paste(at, mime.get()), at);
+    QCOMPARE(f.at({5})->name, QStringLiteral("Renamed"));
+    QCOMPARE(f.stack.text(0), QStringLiteral("Change name"));
+    // In the comment cell it becomes the comment.
+    QCOMPARE(f.model.paste(f.index({5}, 2), mime.get()), f.index({5}, 2));
+    QCOMPARE(f.at({5})->comment, QStringLiteral("Renamed"));
+}
+
+// Edge case: in a code cell the text must parse as a number, or nothing changes.
+void TestClipboard::pastePlainTextOnCodeCell()
+{
+    Fixture f(tree);
+    const QModelIndex at = f.index({5}, 1);
+    std::unique_ptr<QMimeData> number = textData(QStringLiteral("0x3005"));
+    QCOMPARE(f.model.paste(at, number.get()), at);
+    QCOMPARE(f.at({5})->id, quint64(0x3005));
+    QCOMPARE(f.stack.count(), 1);
+    std::unique_ptr<QMimeData> word = textData(QStringLiteral("Plain 0x3001"));
+    QCOMPARE(f.model.paste(at, word.get()), at);
+    QCOMPARE(f.at({5})->id, quint64(0x3005));
+    QCOMPARE(f.stack.count(), 1);
+    // Onto a list nothing changes either.
+    QCOMPARE(f.model.paste(f.index({0, 0}), word.get()), f.index({0, 0}));
+    QCOMPARE(f.stack.count(), 1);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Drag and drop
+
+void TestClipboard::mimeTypes()
+{
+    EditorModel model;
+    QCOMPARE(model.mimeTypes(), QStringList{QStringLiteral("text/plain")});
+}
+
+void TestClipboard::dropActions()
+{
+    EditorModel model;
+    QCOMPARE(model.supportedDropActions(), Qt::DropActions(Qt::CopyAction));
+    QCOMPARE(model.supportedDragActions(), Qt::DropActions(Qt::CopyAction));
+}
+
+void TestClipboard::dragSingleCell()
+{
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> name(f.model.mimeData({f.index({3, 0, 0})}));
+    QVERIFY(name);
+    QCOMPARE(name->text(), QStringLiteral("A"));
+    QVERIFY(!name->hasFormat(QStringLiteral("text/xml")));
+    std::unique_ptr<QMimeData> code(f.model.mimeData({f.index({3, 0, 0}, 1)}));
+    QCOMPARE(code->text(), QStringLiteral("0x0010"));
+    std::unique_ptr<QMimeData> comment(f.model.mimeData({f.index({1}, 2)}));
+    QCOMPARE(comment->text(), QStringLiteral("fast"));
+    std::unique_ptr<QMimeData> list(f.model.mimeData({f.index({3, 0})}));
+    QVERIFY(list);
+    QCOMPARE(list->text(), QString());
+}
+
+// Edge case: a selection of several cells carries no data.
+void TestClipboard::dragSeveralCells()
+{
+    Fixture f(tree);
+    QVERIFY(!f.model.mimeData({f.index({0}), f.index({0}, 1)}));
+    QVERIFY(!f.model.mimeData({f.index({0}), f.index({1})}));
+    QVERIFY(!f.model.mimeData({}));
+}
+
+void TestClipboard::dropOntoCell()
+{
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> drag(f.model.mimeData({f.index({3, 0, 0})}));
+    QVERIFY(f.model.dropMimeData(drag.get(), Qt::CopyAction, -1, -1, f.index({5})));
+    QCOMPARE(f.at({5})->name, QStringLiteral("A"));
+    QCOMPARE(f.stack.text(0), QStringLiteral("Change name"));
+    std::unique_ptr<QMimeData> code(f.model.mimeData({f.index({3, 0, 0}, 1)}));
+    QVERIFY(f.model.dropMimeData(code.get(), Qt::CopyAction, -1, -1, f.index({0, 1, 1}, 1)));
+    QCOMPARE(f.at({0, 1, 1})->id, quint64(0x10));
+    QCOMPARE(f.stack.text(1), QStringLiteral("Change enum code"));
+    // The same text again changes nothing and still succeeds.
+    QVERIFY(f.model.dropMimeData(code.get(), Qt::CopyAction, -1, -1, f.index({0, 1, 1}, 1)));
+    QCOMPARE(f.stack.count(), 2);
+    // The XML of a copy is not used by a drop: only its text, here into a comment.
+    std::unique_ptr<QMimeData> copied(f.model.copy(f.index({0, 1, 0})));
+    QVERIFY(f.model.dropMimeData(copied.get(), Qt::CopyAction, -1, -1, f.index({2}, 2)));
+    QCOMPARE(f.at({2})->comment, QStringLiteral("Off 0"));
+    QCOMPARE(f.at({2})->children.size(), 0);
+    QCOMPARE(f.stack.count(), 3);
+    f.stack.undo();
+    f.stack.undo();
+    f.stack.undo();
+    QCOMPARE(f.encoding(), encodeText(tree));
+}
+
+// Edge case: drops between rows are refused.
+void TestClipboard::dropRefused()
+{
+    Fixture f(tree);
+    std::unique_ptr<QMimeData> text = textData(QStringLiteral("Other"));
+    QVERIFY(!f.model.dropMimeData(text.get(), Qt::CopyAction, 0, -1, f.index({0})));
+    QVERIFY(!f.model.dropMimeData(text.get(), Qt::CopyAction, 2, 0, QModelIndex()));
+    QVERIFY(!f.model.dropMimeData(text.get(), Qt::CopyAction, -1, 0, f.index({0})));
+    QMimeData empty;
+    QVERIFY(!f.model.dropMimeData(&empty, Qt::CopyAction, -1, -1, f.index({0})));
+    // Onto a list or a bad code.
+    QVERIFY(!f.model.dropMimeData(text.get(), Qt::CopyAction, -1, -1, f.index({0, 0})));
+    QVERIFY(!f.model.dropMimeData(text.get(), Qt::CopyAction, -1, -1, f.index({0}, 1)));
+    QVERIFY(!f.model.dropMimeData(text.get(), Qt::CopyAction, -1, -1, QModelIndex()));
+    // Ignoring is always fine.
+    QVERIFY(f.model.dropMimeData(text.get(), Qt::IgnoreAction, 0, 0, f.index({0})));
+    QVERIFY(f.model.dropMimeData(nullptr, Qt::IgnoreAction, -1, -1, QModelIndex()));
+    QCOMPARE(f.stack.count(), 0);
+}
+
+QTEST_MAIN(TestClipboard)
+#include "tst_clipboard.moc"
