@@ -1,0 +1,59 @@
+#pragma once
+
+// Byte-for-byte comparison of saved texts that prints a unified diff on a mismatch.
+
+#include <QByteArray>
+#include <QDebug>
+#include <QDir>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QString>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace IoTest {
+
+inline bool writeFile(const QString &path, const QByteArray &data)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    return file.write(data) == data.size();
+}
+
+inline QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return QByteArray();
+    return file.readAll();
+}
+
+// "diff -u expected actual", or a short note when diff cannot be run.
+inline QString unifiedDiff(const QByteArray &expected, const QByteArray &actual)
+{
+    QTemporaryDir dir;
+    if (!dir.isValid())
+        return QStringLiteral("(no temporary directory for the diff)");
+    const QString expectedPath = dir.filePath(QStringLiteral("expected"));
+    const QString actualPath = dir.filePath(QStringLiteral("actual"));
+    if (!writeFile(expectedPath, expected) || !writeFile(actualPath, actual))
+        return QStringLiteral("(cannot write the files for the diff)");
+    QProcess diff;
+    diff.start(QStringLiteral("diff"), { QStringLiteral("-u"), expectedPath, actualPath });
+    if (!diff.waitForFinished(10000))
+        return QStringLiteral("(diff did not run)");
+    return QString::fromUtf8(diff.readAllStandardOutput());
+}
+
+} // namespace IoTest
+
+// Compares two byte arrays; on a mismatch prints the difference as a unified diff first.
+#define IOTEST_COMPARE_BYTES(actualExpr, expectedExpr)                                                                 \
+    do {                                                                                                               \
+        const QByteArray actual_ = (actualExpr);                                                                       \
+        const QByteArray expected_ = (expectedExpr);                                                                   \
+        if (actual_ != expected_)                                                                                      \
+            qWarning().noquote() << "difference (- expected, + actual):\n" << IoTest::unifiedDiff(expected_, actual_); \
+        QCOMPARE(actual_, expected_);                                                                                  \
+    } while (false)
