@@ -7,8 +7,7 @@
 
 #include <QString>
 
-namespace ZAT16 {
-namespace CodeText {
+namespace ZAT16::CodeText {
 
 /// Pads what was appended to `out` since `start` with blanks to `width` characters; longer
 /// text is left as it is (like QString::leftJustified, which never truncates).
@@ -55,5 +54,4 @@ inline QString maskText(const char *format, quint64 bitNumber)
     return QString::asprintf(format, unsigned(quint32(quint64(1) << (bitNumber % 64))));
 }
 
-} // namespace CodeText
-} // namespace ZAT16
+} // namespace ZAT16::CodeText

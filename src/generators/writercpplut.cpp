@@ -97,7 +97,7 @@ bool WriterCppLut::writeDefinitions(const Item *root)
     if (hasTags) {
         const TagListing listing(root);
         m_text.reserve((listing.pairs().size() + listing.nested().size() + listing.plain().size()) * 120);
-        for (const QList<const Item *> *pass : {&listing.pairs(), &listing.nested(), &listing.plain()}) {
+        for (const QList<const Item *> *pass : { &listing.pairs(), &listing.nested(), &listing.plain() }) {
             for (const Item *tag : *pass)
                 writeName(tag);
             if (!pass->isEmpty())

@@ -57,7 +57,7 @@ bool WriterCs::writeDefinitions(const Item *root)
     if (hasTags) {
         const TagListing listing(root);
         m_text.reserve((listing.pairs().size() + listing.nested().size() + listing.plain().size()) * 70);
-        for (const QList<const Item *> *pass : {&listing.pairs(), &listing.nested(), &listing.plain()}) {
+        for (const QList<const Item *> *pass : { &listing.pairs(), &listing.nested(), &listing.plain() }) {
             for (const Item *tag : *pass)
                 writeTag(tag);
             if (!pass->isEmpty())

@@ -4,38 +4,37 @@
 #include "item.h"
 #include "taglisting.h"
 
-namespace ZAT16 {
-
 namespace {
 
 // The data-type macros; 8 is missing on purpose (it is the escape to the extended types).
-const char opening[] =
-    "#ifndef ZAT16_TAGS_H  /* Automagically generated -- do not edit */\n"
-    "#define ZAT16_TAGS_H\n"
-    "\n"
-    "#define ZAT16DT_Binary           0\n"
-    "#define ZAT16DT_Integer          1\n"
-    "#define ZAT16DT_Bool             2\n"
-    "#define ZAT16DT_String           3\n"
-    "#define ZAT16DT_Date             4\n"
-    "#define ZAT16DT_Time             5\n"
-    "#define ZAT16DT_DateTime         6\n"
-    "#define ZAT16DT_BitArray         7\n"
-    "#define ZAT16DT_NetworkAddress   9\n"
-    "\n"
-    "#define ZAT16DT_List             12\n"
-    "#define ZAT16DT_Request          13\n"
-    "#define ZAT16DT_Answer           14\n"
-    "#define ZAT16DT_Message          15\n"
-    "\n"
-    "#define ZAT16DT_ExtPoint         0x80\n"
-    "#define ZAT16DT_ExtRect          0x81\n"
-    "#define ZAT16DT_ExtSize          0x82\n"
-    "\n";
+const char opening[] = "#ifndef ZAT16_TAGS_H  /* Automagically generated -- do not edit */\n"
+                       "#define ZAT16_TAGS_H\n"
+                       "\n"
+                       "#define ZAT16DT_Binary           0\n"
+                       "#define ZAT16DT_Integer          1\n"
+                       "#define ZAT16DT_Bool             2\n"
+                       "#define ZAT16DT_String           3\n"
+                       "#define ZAT16DT_Date             4\n"
+                       "#define ZAT16DT_Time             5\n"
+                       "#define ZAT16DT_DateTime         6\n"
+                       "#define ZAT16DT_BitArray         7\n"
+                       "#define ZAT16DT_NetworkAddress   9\n"
+                       "\n"
+                       "#define ZAT16DT_List             12\n"
+                       "#define ZAT16DT_Request          13\n"
+                       "#define ZAT16DT_Answer           14\n"
+                       "#define ZAT16DT_Message          15\n"
+                       "\n"
+                       "#define ZAT16DT_ExtPoint         0x80\n"
+                       "#define ZAT16DT_ExtRect          0x81\n"
+                       "#define ZAT16DT_ExtSize          0x82\n"
+                       "\n";
 
 constexpr int NameWidth = 45;
 
 } // namespace
+
+namespace ZAT16 {
 
 void WriterHeader::writeMacro(std::initializer_list<QStringView> parts, int width, const QString &value)
 {
@@ -78,7 +77,8 @@ bool WriterHeader::writeDefinitions(const Item *root)
         const TagListing listing(root);
         const QString msg = QStringLiteral("MSG");
         const QString tagPrefix = QStringLiteral("TAG");
-        m_text.reserve(m_text.size() + (listing.pairs().size() + listing.nested().size() + listing.plain().size()) * 80);
+        m_text.reserve(
+            m_text.size() + (listing.pairs().size() + listing.nested().size() + listing.plain().size()) * 80);
         for (const Item *tag : listing.pairs())
             writeTag(*tag, msg);
         if (!listing.pairs().isEmpty())
@@ -106,12 +106,13 @@ bool WriterHeader::writeDefinitions(const Item *root)
             for (const Item *value : enums->children) {
                 if (!value->isValid(Enum) || value->name.isEmpty())
                     continue;
-                writeMacro({enu, tag->name, underscore, value->name}, NameWidth,
-                           count ? QString::number(value->id) : value->formatId());
+                writeMacro({ enu, tag->name, underscore, value->name },
+                    NameWidth,
+                    count ? QString::number(value->id) : value->formatId());
             }
             // One column wider than every other macro, as the header always had it.
             if (count)
-                writeMacro({cnt, tag->name}, NameWidth + 1, QString::number(count));
+                writeMacro({ cnt, tag->name }, NameWidth + 1, QString::number(count));
             m_text += QLatin1Char('\n');
         }
 
@@ -127,11 +128,13 @@ bool WriterHeader::writeDefinitions(const Item *root)
                 const char *format = CodeText::maskFormat(bits);
                 for (const Item *bit : bits->children) {
                     if (bit->isValid(Bit) && !bit->name.isEmpty())
-                        writeMacro({bitPrefix, tag->name, underscore, bit->name}, NameWidth, bit->formatId());
+                        writeMacro({ bitPrefix, tag->name, underscore, bit->name }, NameWidth, bit->formatId());
                 }
                 for (const Item *bit : bits->children) {
                     if (bit->isValid(Bit) && !bit->name.isEmpty())
-                        writeMacro({mskPrefix, tag->name, underscore, bit->name}, NameWidth, CodeText::maskText(format, bit->id));
+                        writeMacro({ mskPrefix, tag->name, underscore, bit->name },
+                            NameWidth,
+                            CodeText::maskText(format, bit->id));
                 }
             }
             m_text += QLatin1Char('\n');

@@ -4,13 +4,13 @@
 #include "item.h"
 #include "taglisting.h"
 
-namespace ZAT16 {
-
 namespace {
 
 constexpr int KeyWidth = 50;
 
 } // namespace
+
+namespace ZAT16 {
 
 void WriterLua::writeTag(const ItemData &tag)
 {
@@ -47,7 +47,7 @@ bool WriterLua::writeDefinitions(const Item *root)
         m_text.reserve((listing.pairs().size() + listing.nested().size() + listing.plain().size()) * 80);
         // Each entry starts its own line, so the "\n" after a pass ends the pass's last line
         // and the next pass begins with an empty line.
-        for (const QList<const Item *> *pass : {&listing.pairs(), &listing.nested(), &listing.plain()}) {
+        for (const QList<const Item *> *pass : { &listing.pairs(), &listing.nested(), &listing.plain() }) {
             for (const Item *tag : *pass)
                 writeTag(*tag);
             if (!pass->isEmpty())
