@@ -4,11 +4,8 @@
 
 namespace ZAT16 {
 
-CommandChange::CommandChange(const ItemData &data,
-                             Item *item,
-                             EditorModel *model,
-                             const QModelIndex &index,
-                             Command *parent)
+CommandChange::CommandChange(
+    const ItemData &data, Item *item, EditorModel *model, const QModelIndex &index, Command *parent)
     : Command(item, model, index, parent)
     , m_old(*item)
     , m_new(data)

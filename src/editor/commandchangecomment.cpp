@@ -5,11 +5,8 @@
 
 namespace ZAT16 {
 
-CommandChangeComment::CommandChangeComment(const QString &comment,
-                                           Item *item,
-                                           EditorModel *model,
-                                           const QModelIndex &index,
-                                           Command *parent)
+CommandChangeComment::CommandChangeComment(
+    const QString &comment, Item *item, EditorModel *model, const QModelIndex &index, Command *parent)
     : Command(item, model, index, parent)
     , m_oldComment(item->comment)
     , m_newComment(comment)

@@ -5,12 +5,8 @@
 
 namespace ZAT16 {
 
-CommandChangeID::CommandChangeID(unsigned code,
-                                 bool hasCode,
-                                 Item *item,
-                                 EditorModel *model,
-                                 const QModelIndex &index,
-                                 Command *parent)
+CommandChangeID::CommandChangeID(
+    unsigned code, bool hasCode, Item *item, EditorModel *model, const QModelIndex &index, Command *parent)
     : Command(item, model, index, parent)
     , m_oldCode(quint32(item->id))
     , m_oldHasCode(item->hasId)

@@ -5,11 +5,8 @@
 
 namespace ZAT16 {
 
-CommandChangeName::CommandChangeName(const QString &name,
-                                     Item *item,
-                                     EditorModel *model,
-                                     const QModelIndex &index,
-                                     Command *parent)
+CommandChangeName::CommandChangeName(
+    const QString &name, Item *item, EditorModel *model, const QModelIndex &index, Command *parent)
     : Command(item, model, index, parent)
     , m_oldName(item->name)
     , m_newName(name)

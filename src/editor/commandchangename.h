@@ -7,14 +7,10 @@
 namespace ZAT16 {
 
 /// Sets, changes or removes the name of an item.
-class CommandChangeName : public Command
-{
+class CommandChangeName : public Command {
 public:
-    CommandChangeName(const QString &name,
-                      Item *item,
-                      EditorModel *model,
-                      const QModelIndex &index,
-                      Command *parent = nullptr);
+    CommandChangeName(
+        const QString &name, Item *item, EditorModel *model, const QModelIndex &index, Command *parent = nullptr);
 
     void redo() override;
     void undo() override;

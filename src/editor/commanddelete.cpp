@@ -5,7 +5,8 @@
 
 namespace ZAT16 {
 
-CommandDelete::CommandDelete(int row, Item *parent, EditorModel *model, const QModelIndex &index, Command *parentCommand)
+CommandDelete::CommandDelete(
+    int row, Item *parent, EditorModel *model, const QModelIndex &index, Command *parentCommand)
     : Command(parent, model, index, parentCommand)
     , m_row(row)
 {

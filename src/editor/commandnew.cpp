@@ -5,7 +5,8 @@
 
 namespace ZAT16 {
 
-CommandNew::CommandNew(Item *item, int row, Item *parent, EditorModel *model, const QModelIndex &index, Command *parentCommand)
+CommandNew::CommandNew(
+    Item *item, int row, Item *parent, EditorModel *model, const QModelIndex &index, Command *parentCommand)
     : Command(parent, model, index, parentCommand)
     , m_newItem(item)
     , m_row(row)

@@ -351,29 +351,41 @@ Item::CollisionFlags EditorModel::findCollision(const Item *item) const
     const auto it = m_collisions.constFind(item);
     if (it != m_collisions.constEnd())
         return it.value();
-    // One miss computes the flags of all siblings with two counting passes, so that a repaint
-    // after a change costs one walk over the list instead of one per visible row.
+    // One miss computes the flags of all siblings in one pass, each name and code hashed once,
+    // so that a repaint after a change walks a long child list once instead of once per
+    // visible row. The hashes remember where a name or code was first seen (row + 1).
     if (const Item *parent = item->parent) {
-        QHash<QString, int> names;
-        QHash<quint64, int> ids;
-        const qsizetype count = parent->children.size();
+        const QList<Item *> &siblings = parent->children;
+        const qsizetype count = siblings.size();
+        QList<Item::CollisionFlags> flags(count);
+        QHash<QStringView, qsizetype> names;
+        QHash<quint64, qsizetype> ids;
         names.reserve(count);
         ids.reserve(count);
-        for (const Item *sibling : parent->children) {
-            if (!sibling->name.isEmpty())
-                ++names[sibling->name];
-            if (sibling->hasId)
-                ++ids[sibling->id];
+        for (qsizetype i = 0; i < count; ++i) {
+            const Item *sibling = siblings.at(i);
+            if (!sibling->name.isEmpty()) {
+                qsizetype &first = names[QStringView(sibling->name)];
+                if (first == 0) {
+                    first = i + 1;
+                } else {
+                    flags[i] |= Item::NameCollision;
+                    flags[first - 1] |= Item::NameCollision;
+                }
+            }
+            if (sibling->hasId) {
+                qsizetype &first = ids[sibling->id];
+                if (first == 0) {
+                    first = i + 1;
+                } else {
+                    flags[i] |= Item::IdCollision;
+                    flags[first - 1] |= Item::IdCollision;
+                }
+            }
         }
         m_collisions.reserve(m_collisions.size() + count);
-        for (const Item *sibling : parent->children) {
-            Item::CollisionFlags flags;
-            if (!sibling->name.isEmpty() && names.value(sibling->name) > 1)
-                flags |= Item::NameCollision;
-            if (sibling->hasId && ids.value(sibling->id) > 1)
-                flags |= Item::IdCollision;
-            m_collisions.insert(sibling, flags);
-        }
+        for (qsizetype i = 0; i < count; ++i)
+            m_collisions.insert(siblings.at(i), flags.at(i));
         const auto found = m_collisions.constFind(item);
         if (found != m_collisions.constEnd())
             return found.value();
@@ -604,8 +616,7 @@ QModelIndex EditorModel::insertRow(int row, const QModelIndex &parent, Item *ite
             // A list of the same kind is there already: its values are merged into it.
             if (parentItem != existing)
                 position = int(existing->children.size());
-            const QModelIndex select =
-                parent.model() ? parent.model()->index(position, 0, parent) : QModelIndex();
+            const QModelIndex select = parent.model() ? parent.model()->index(position, 0, parent) : QModelIndex();
             const QList<Item *> children = item->children;
             item->children.clear();
             delete item;
@@ -704,7 +715,7 @@ QMimeData *EditorModel::copy(const QModelIndex &index)
     const QModelIndex parentIndex = index.parent();
     const int row = index.row();
     mime->setText(data(this->index(row, 0, parentIndex), Qt::EditRole).toString() + QLatin1Char(' ')
-                  + data(this->index(row, 1, parentIndex), Qt::EditRole).toString());
+        + data(this->index(row, 1, parentIndex), Qt::EditRole).toString());
     if (const Item *item = index2item(index)) {
         WriterXml writer;
         mime->setData(xmlMimeType, writer.encode(item));
@@ -766,7 +777,8 @@ QMimeData *EditorModel::mimeData(const QModelIndexList &indexes) const
     return mime;
 }
 
-bool EditorModel::dropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &parent)
+bool EditorModel::dropMimeData(
+    const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &parent)
 {
     if (action == Qt::IgnoreAction)
         return true;

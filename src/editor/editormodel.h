@@ -19,8 +19,7 @@ class CommandDelete;
 /// index and is never shown. Every change becomes an undo command pushed on the undo stack;
 /// the commands change the tree only through the cmd* primitives, which emit the model signals
 /// and empty the row and collision caches.
-class EditorModel : public QAbstractItemModel
-{
+class EditorModel : public QAbstractItemModel {
     Q_OBJECT
 
 public:
@@ -91,7 +90,8 @@ public:
     QModelIndex paste(const QModelIndex &at, const QMimeData *data);
     QStringList mimeTypes() const override;
     QMimeData *mimeData(const QModelIndexList &indexes) const override;
-    bool dropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &parent) override;
+    bool dropMimeData(
+        const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &parent) override;
     Qt::DropActions supportedDropActions() const override;
     Qt::DropActions supportedDragActions() const override;
 

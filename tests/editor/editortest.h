@@ -136,8 +136,8 @@ struct Fixture {
 
     explicit Fixture(Item *root = nullptr)
     {
-        tester = std::make_unique<QAbstractItemModelTester>(&model,
-                                                            QAbstractItemModelTester::FailureReportingMode::Fatal);
+        tester
+            = std::make_unique<QAbstractItemModelTester>(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
         QObject::disconnect(&model, &QAbstractItemModel::dataChanged, tester.get(), nullptr);
         model.setUndoStack(&stack);
         if (root)

@@ -50,8 +50,7 @@ std::unique_ptr<QMimeData> xmlData(const QByteArray &xml)
 
 } // namespace
 
-class TestClipboard : public QObject
-{
+class TestClipboard : public QObject {
     Q_OBJECT
 
 private slots:
@@ -101,7 +100,7 @@ private slots:
 void TestClipboard::copyTagWithLists()
 {
     Fixture f(tree);
-    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({0})));
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 0 })));
     QVERIFY(mime);
     QCOMPARE(mime->text(), QStringLiteral("Mode 0x1002"));
     QVERIFY(mime->hasFormat(QStringLiteral("text/plain")));
@@ -124,7 +123,7 @@ void TestClipboard::copyTagWithLists()
 void TestClipboard::copyTagWithoutCode()
 {
     Fixture f(tree);
-    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({2})));
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 2 })));
     QVERIFY(mime);
     QCOMPARE(mime->text(), QStringLiteral("Label "));
     QCOMPARE(mime->data(QStringLiteral("text/xml")), declaration + "\n<tag name=\"Label\"/>\n");
@@ -137,18 +136,18 @@ void TestClipboard::copyTexts_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QByteArray>("xml");
 
-    QTest::newRow("tag from the comment column") << QList<int>{5} << 2 << QStringLiteral("Plain 0x3001")
+    QTest::newRow("tag from the comment column") << QList<int> { 5 } << 2 << QStringLiteral("Plain 0x3001")
                                                  << (declaration + "\n<tag name=\"Plain\" id=\"0x3001\"/>\n");
-    QTest::newRow("enum value in hex list") << QList<int>{3, 0, 1} << 0 << QStringLiteral("B 0x0011")
+    QTest::newRow("enum value in hex list") << QList<int> { 3, 0, 1 } << 0 << QStringLiteral("B 0x0011")
                                             << (declaration + "\n<enum name=\"B\" id=\"0x0011\"/>\n");
-    QTest::newRow("bit") << QList<int>{0, 0, 0} << 1 << QStringLiteral("Manual 1")
+    QTest::newRow("bit") << QList<int> { 0, 0, 0 } << 1 << QStringLiteral("Manual 1")
                          << (declaration + "\n<bit name=\"Manual\" id=\"1\"/>\n");
-    QTest::newRow("list") << QList<int>{3, 0} << 0 << QStringLiteral(" ")
+    QTest::newRow("list") << QList<int> { 3, 0 } << 0 << QStringLiteral(" ")
                           << (declaration
-                              + "\n<enums display=\"4x\">\n"
-                                "  <enum name=\"A\" id=\"0x0010\"/>\n"
-                                "  <enum name=\"B\" id=\"0x0011\"/>\n"
-                                "</enums>\n");
+                                 + "\n<enums display=\"4x\">\n"
+                                   "  <enum name=\"A\" id=\"0x0010\"/>\n"
+                                   "  <enum name=\"B\" id=\"0x0011\"/>\n"
+                                   "</enums>\n");
 }
 
 void TestClipboard::copyTexts()
@@ -173,13 +172,13 @@ void TestClipboard::copyTexts()
 void TestClipboard::copyItemWithComment()
 {
     Fixture f(tree);
-    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({1})));
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 1 })));
     QVERIFY(mime);
     QCOMPARE(mime->text(), QStringLiteral("Speed 0x1001"));
     QCOMPARE(mime->data(QStringLiteral("text/xml")),
-             declaration + "fast\n<tag name=\"Speed\" id=\"0x1001\" comment=\"fast\"/>\n");
+        declaration + "fast\n<tag name=\"Speed\" id=\"0x1001\" comment=\"fast\"/>\n");
     const QByteArray before = f.encoding();
-    QVERIFY(!f.model.paste(f.index({2}), mime.get()).isValid());
+    QVERIFY(!f.model.paste(f.index({ 2 }), mime.get()).isValid());
     QCOMPARE(f.stack.count(), 0);
     QCOMPARE(f.encoding(), before);
 }
@@ -187,11 +186,11 @@ void TestClipboard::copyItemWithComment()
 void TestClipboard::copyCommentLine()
 {
     Fixture f(tree);
-    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({4})));
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 4 })));
     QVERIFY(mime);
     QCOMPARE(mime->text(), QStringLiteral(" "));
     QCOMPARE(mime->data(QStringLiteral("text/xml")), declaration + " plain tags \n<!-- plain tags -->\n");
-    QVERIFY(!f.model.paste(f.index({2}), mime.get()).isValid());
+    QVERIFY(!f.model.paste(f.index({ 2 }), mime.get()).isValid());
     QCOMPARE(f.stack.count(), 0);
 }
 
@@ -210,23 +209,23 @@ void TestClipboard::cutRootLevelTag()
 {
     Fixture f(tree);
     const QString before = f.dump();
-    Item *mode = f.at({0});
-    std::unique_ptr<QMimeData> mime(f.model.cut(f.index({0}, 1)));
+    Item *mode = f.at({ 0 });
+    std::unique_ptr<QMimeData> mime(f.model.cut(f.index({ 0 }, 1)));
     QVERIFY(mime);
     QCOMPARE(mime->text(), QStringLiteral("Mode 0x1002"));
     QVERIFY(mime->data(QStringLiteral("text/xml")).contains("<enum name=\"On\" id=\"1\"/>"));
     QCOMPARE(f.model.rowCount(), 5);
-    QCOMPARE(f.at({0})->name, QStringLiteral("Speed"));
+    QCOMPARE(f.at({ 0 })->name, QStringLiteral("Speed"));
     QCOMPARE(f.stack.count(), 1);
     QCOMPARE(f.stack.text(0), QStringLiteral("Cut tag"));
     f.stack.undo();
-    QCOMPARE(f.at({0}), mode);
+    QCOMPARE(f.at({ 0 }), mode);
     QCOMPARE(f.dump(), before);
     QCOMPARE(mode->children.size(), 2);
 
     // The cut data pastes back as a copy.
     f.stack.redo();
-    const QModelIndex pasted = f.model.paste(f.index({2}), mime.get());
+    const QModelIndex pasted = f.model.paste(f.index({ 2 }), mime.get());
     QVERIFY(pasted.isValid());
     QCOMPARE(pasted.row(), 2);
     QCOMPARE(f.model.index2item(pasted)->name, QStringLiteral("Mode"));
@@ -236,14 +235,14 @@ void TestClipboard::cutRootLevelTag()
 void TestClipboard::cutValue()
 {
     Fixture f(tree);
-    std::unique_ptr<QMimeData> mime(f.model.cut(f.index({3, 0, 0}, 2)));
+    std::unique_ptr<QMimeData> mime(f.model.cut(f.index({ 3, 0, 0 }, 2)));
     QVERIFY(mime);
     QCOMPARE(mime->text(), QStringLiteral("A 0x0010"));
     QCOMPARE(f.stack.text(0), QStringLiteral("Cut enum"));
-    QCOMPARE(f.at({3, 0})->children.size(), 1);
-    std::unique_ptr<QMimeData> bit(f.model.cut(f.index({0, 0, 0})));
+    QCOMPARE(f.at({ 3, 0 })->children.size(), 1);
+    std::unique_ptr<QMimeData> bit(f.model.cut(f.index({ 0, 0, 0 })));
     QCOMPARE(f.stack.text(1), QStringLiteral("Cut bit"));
-    std::unique_ptr<QMimeData> list(f.model.cut(f.index({0, 0})));
+    std::unique_ptr<QMimeData> list(f.model.cut(f.index({ 0, 0 })));
     QVERIFY(list);
     QCOMPARE(list->text(), QStringLiteral(" "));
     QVERIFY(f.stack.text(2).isEmpty());
@@ -263,14 +262,14 @@ void TestClipboard::cutInvalidIndex()
 void TestClipboard::pasteTagOntoItsOwnValue()
 {
     Fixture f(tree);
-    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({0})));
-    Item *mode = f.at({0});
-    const QModelIndex pasted = f.model.paste(f.index({0, 1, 1}), mime.get());
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 0 })));
+    Item *mode = f.at({ 0 });
+    const QModelIndex pasted = f.model.paste(f.index({ 0, 1, 1 }), mime.get());
     QVERIFY(pasted.isValid());
     QCOMPARE(pasted.row(), 0);
     QVERIFY(!pasted.parent().isValid());
-    QCOMPARE(f.at({1}), mode);
-    Item *copy = f.at({0});
+    QCOMPARE(f.at({ 1 }), mode);
+    Item *copy = f.at({ 0 });
     QVERIFY(copy != mode);
     QCOMPARE(dumpTree(copy), dumpTree(mode));
     QCOMPARE(f.stack.count(), 1);
@@ -282,23 +281,23 @@ void TestClipboard::pasteTagOntoItsOwnValue()
 void TestClipboard::pasteTagAtRootLevel()
 {
     Fixture f(tree);
-    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({5})));
-    const QModelIndex pasted = f.model.paste(f.index({3}, 2), mime.get());
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 5 })));
+    const QModelIndex pasted = f.model.paste(f.index({ 3 }, 2), mime.get());
     QCOMPARE(pasted.row(), 3);
-    QCOMPARE(f.at({3})->name, QStringLiteral("Plain"));
-    QCOMPARE(f.at({4})->name, QStringLiteral("Channel"));
+    QCOMPARE(f.at({ 3 })->name, QStringLiteral("Plain"));
+    QCOMPARE(f.at({ 4 })->name, QStringLiteral("Channel"));
 }
 
 // Edge case: a value copied from one tag goes into the list of the tag at the insertion point.
 void TestClipboard::pasteValueIntoOtherTag()
 {
     Fixture f(tree);
-    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({3, 0, 1})));
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 3, 0, 1 })));
     QTest::ignoreMessage(QtDebugMsg, "insertion point modified");
-    const QModelIndex pasted = f.model.paste(f.index({0}), mime.get());
+    const QModelIndex pasted = f.model.paste(f.index({ 0 }), mime.get());
     QVERIFY(pasted.isValid());
     Item *value = f.model.index2item(pasted);
-    QCOMPARE(value->parent, f.at({0, 1}));
+    QCOMPARE(value->parent, f.at({ 0, 1 }));
     QCOMPARE(pasted.row(), 2);
     QCOMPARE(value->name, QStringLiteral("B"));
     QCOMPARE(value->id, quint64(0x11));
@@ -311,18 +310,18 @@ void TestClipboard::pasteValueIntoTagWithoutList()
 {
     Fixture f(tree);
     const QByteArray before = f.encoding();
-    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({0, 1, 1})));
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 0, 1, 1 })));
     QTest::ignoreMessage(QtDebugMsg, "insertion point modified");
-    const QModelIndex pasted = f.model.paste(f.index({5}), mime.get());
+    const QModelIndex pasted = f.model.paste(f.index({ 5 }), mime.get());
     QVERIFY(pasted.isValid());
-    QCOMPARE(f.at({5, 0})->type, Enums);
-    QCOMPARE(f.at({5, 0, 0})->name, QStringLiteral("On"));
-    QCOMPARE(f.model.index2item(pasted), f.at({5, 0, 0}));
+    QCOMPARE(f.at({ 5, 0 })->type, Enums);
+    QCOMPARE(f.at({ 5, 0, 0 })->name, QStringLiteral("On"));
+    QCOMPARE(f.model.index2item(pasted), f.at({ 5, 0, 0 }));
     QCOMPARE(f.stack.count(), 2);
     QCOMPARE(f.stack.text(0), QStringLiteral("Insert item"));
     QCOMPARE(f.stack.text(1), QStringLiteral("Insert enum"));
     f.stack.undo();
-    QCOMPARE(f.at({5})->children.size(), 1);
+    QCOMPARE(f.at({ 5 })->children.size(), 1);
     f.stack.undo();
     QCOMPARE(f.encoding(), before);
 }
@@ -331,12 +330,12 @@ void TestClipboard::pasteValueIntoList()
 {
     // Onto a value of the list itself, at that value's row.
     Fixture f(tree);
-    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({3, 0, 1})));
-    const QModelIndex pasted = f.model.paste(f.index({0, 1, 1}), mime.get());
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 3, 0, 1 })));
+    const QModelIndex pasted = f.model.paste(f.index({ 0, 1, 1 }), mime.get());
     QVERIFY(pasted.isValid());
     QCOMPARE(pasted.row(), 1);
-    QCOMPARE(f.at({0, 1, 1})->name, QStringLiteral("B"));
-    QCOMPARE(f.at({0, 1, 2})->name, QStringLiteral("On"));
+    QCOMPARE(f.at({ 0, 1, 1 })->name, QStringLiteral("B"));
+    QCOMPARE(f.at({ 0, 1, 2 })->name, QStringLiteral("On"));
     QCOMPARE(f.stack.count(), 1);
 }
 
@@ -345,41 +344,41 @@ void TestClipboard::pasteListMerges()
 {
     Fixture f(tree);
     const QByteArray before = f.encoding();
-    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({3, 0})));
-    const QModelIndex pasted = f.model.paste(f.index({0, 1, 0}), mime.get());
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 3, 0 })));
+    const QModelIndex pasted = f.model.paste(f.index({ 0, 1, 0 }), mime.get());
     QVERIFY(pasted.isValid());
-    QCOMPARE(f.model.index2item(pasted), f.at({0, 1}));
-    QCOMPARE(f.at({0, 1})->children.size(), 4);
+    QCOMPARE(f.model.index2item(pasted), f.at({ 0, 1 }));
+    QCOMPARE(f.at({ 0, 1 })->children.size(), 4);
     // Onto a value of the list: in at that value's row.
-    QCOMPARE(f.at({0, 1, 0})->name, QStringLiteral("A"));
-    QCOMPARE(f.at({0, 1, 1})->name, QStringLiteral("B"));
-    QCOMPARE(f.at({0, 1, 2})->name, QStringLiteral("Off"));
+    QCOMPARE(f.at({ 0, 1, 0 })->name, QStringLiteral("A"));
+    QCOMPARE(f.at({ 0, 1, 1 })->name, QStringLiteral("B"));
+    QCOMPARE(f.at({ 0, 1, 2 })->name, QStringLiteral("Off"));
     QCOMPARE(f.stack.count(), 1);
     QCOMPARE(f.stack.text(0), QStringLiteral("Merge data"));
     f.stack.undo();
     QCOMPARE(f.encoding(), before);
     f.stack.redo();
-    QCOMPARE(f.at({0, 1})->children.size(), 4);
+    QCOMPARE(f.at({ 0, 1 })->children.size(), 4);
 
     // Onto the tag: at the end of its list.
-    std::unique_ptr<QMimeData> bits(f.model.copy(f.index({0, 0})));
-    QVERIFY(f.model.paste(f.index({0}), bits.get()).isValid());
-    QCOMPARE(f.at({0, 0})->children.size(), 2);
-    QCOMPARE(f.at({0, 0, 1})->name, QStringLiteral("Manual"));
+    std::unique_ptr<QMimeData> bits(f.model.copy(f.index({ 0, 0 })));
+    QVERIFY(f.model.paste(f.index({ 0 }), bits.get()).isValid());
+    QCOMPARE(f.at({ 0, 0 })->children.size(), 2);
+    QCOMPARE(f.at({ 0, 0, 1 })->name, QStringLiteral("Manual"));
     QCOMPARE(f.stack.text(1), QStringLiteral("Merge data"));
 }
 
 void TestClipboard::pasteListIntoTagWithoutList()
 {
     Fixture f(tree);
-    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({0, 0})));
-    const QModelIndex pasted = f.model.paste(f.index({3, 0, 1}), mime.get());
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 0, 0 })));
+    const QModelIndex pasted = f.model.paste(f.index({ 3, 0, 1 }), mime.get());
     QVERIFY(pasted.isValid());
     // The bit list goes before the enumeration list.
     QCOMPARE(pasted.row(), 0);
-    QCOMPARE(f.at({3, 0})->type, Bits);
-    QCOMPARE(f.at({3, 0, 0})->name, QStringLiteral("Manual"));
-    QCOMPARE(f.at({3, 1})->type, Enums);
+    QCOMPARE(f.at({ 3, 0 })->type, Bits);
+    QCOMPARE(f.at({ 3, 0, 0 })->name, QStringLiteral("Manual"));
+    QCOMPARE(f.at({ 3, 1 })->type, Enums);
     QCOMPARE(f.stack.count(), 1);
     QCOMPARE(f.stack.text(0), QStringLiteral("Insert item"));
 }
@@ -387,12 +386,12 @@ void TestClipboard::pasteListIntoTagWithoutList()
 void TestClipboard::pasteBit()
 {
     Fixture f(tree);
-    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({0, 0, 0})));
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 0, 0, 0 })));
     QTest::ignoreMessage(QtDebugMsg, "insertion point modified");
-    const QModelIndex pasted = f.model.paste(f.index({3, 0, 0}), mime.get());
+    const QModelIndex pasted = f.model.paste(f.index({ 3, 0, 0 }), mime.get());
     QVERIFY(pasted.isValid());
-    QCOMPARE(f.at({3, 0})->type, Bits);
-    QCOMPARE(f.model.index2item(pasted), f.at({3, 0, 0}));
+    QCOMPARE(f.at({ 3, 0 })->type, Bits);
+    QCOMPARE(f.model.index2item(pasted), f.at({ 3, 0, 0 }));
     QCOMPARE(f.stack.count(), 2);
     QCOMPARE(f.stack.text(1), QStringLiteral("Insert bit"));
 }
@@ -400,13 +399,13 @@ void TestClipboard::pasteBit()
 void TestClipboard::pastedCollisionsAreKept()
 {
     Fixture f(tree);
-    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({0, 1, 0})));
-    const QModelIndex pasted = f.model.paste(f.index({0, 1, 1}), mime.get());
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 0, 1, 0 })));
+    const QModelIndex pasted = f.model.paste(f.index({ 0, 1, 1 }), mime.get());
     QVERIFY(pasted.isValid());
-    QCOMPARE(f.at({0, 1, 1})->name, QStringLiteral("Off"));
+    QCOMPARE(f.at({ 0, 1, 1 })->name, QStringLiteral("Off"));
     QCOMPARE(f.model.data(pasted, Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
     QCOMPARE(f.model.data(pasted.siblingAtColumn(1), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
-    QCOMPARE(f.model.data(f.index({0, 1, 0}), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
+    QCOMPARE(f.model.data(f.index({ 0, 1, 0 }), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
 }
 
 // A comment line of the root level is of the tag kind, so a value pasted onto it gets a list of
@@ -414,19 +413,19 @@ void TestClipboard::pastedCollisionsAreKept()
 void TestClipboard::pasteValueOntoCommentLine()
 {
     Fixture f(tree);
-    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({0, 1, 0})));
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 0, 1, 0 })));
     QTest::ignoreMessage(QtDebugMsg, "insertion point modified");
-    const QModelIndex pasted = f.model.paste(f.index({4}), mime.get());
+    const QModelIndex pasted = f.model.paste(f.index({ 4 }), mime.get());
     QVERIFY(pasted.isValid());
-    QCOMPARE(f.at({4})->comment, QStringLiteral(" plain tags "));
-    QCOMPARE(f.at({4, 0})->type, Enums);
-    QCOMPARE(f.model.index2item(pasted), f.at({4, 0, 0}));
-    QVERIFY(!f.at({4})->isComment());
-    QCOMPARE(f.model.data(f.index({4}, 2), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
+    QCOMPARE(f.at({ 4 })->comment, QStringLiteral(" plain tags "));
+    QCOMPARE(f.at({ 4, 0 })->type, Enums);
+    QCOMPARE(f.model.index2item(pasted), f.at({ 4, 0, 0 }));
+    QVERIFY(!f.at({ 4 })->isComment());
+    QCOMPARE(f.model.data(f.index({ 4 }, 2), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
     QCOMPARE(f.stack.count(), 2);
     f.stack.undo();
     f.stack.undo();
-    QVERIFY(f.at({4})->isComment());
+    QVERIFY(f.at({ 4 })->isComment());
     QCOMPARE(f.encoding(), encodeText(tree));
 }
 
@@ -434,37 +433,37 @@ void TestClipboard::pasteValueOntoCommentLine()
 void TestClipboard::pasteCommentAsDocumentType()
 {
     Fixture f(document("  <tag name=\"Typed\" id=\"0x1001\" comment=\"&lt;!DOCTYPE tag&gt;\"/>\n"));
-    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({0})));
+    std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 0 })));
     QCOMPARE(mime->data(QStringLiteral("text/xml")),
-             declaration + "<!DOCTYPE tag>\n<tag name=\"Typed\" id=\"0x1001\" comment=\"&lt;!DOCTYPE tag&gt;\"/>\n");
-    const QModelIndex pasted = f.model.paste(f.index({0}), mime.get());
+        declaration + "<!DOCTYPE tag>\n<tag name=\"Typed\" id=\"0x1001\" comment=\"&lt;!DOCTYPE tag&gt;\"/>\n");
+    const QModelIndex pasted = f.model.paste(f.index({ 0 }), mime.get());
     QVERIFY(pasted.isValid());
     QCOMPARE(pasted.row(), 0);
-    QCOMPARE(f.at({0})->comment, QStringLiteral("<!DOCTYPE tag>"));
-    QCOMPARE(dumpTree(f.at({0})), dumpTree(f.at({1})));
+    QCOMPARE(f.at({ 0 })->comment, QStringLiteral("<!DOCTYPE tag>"));
+    QCOMPARE(dumpTree(f.at({ 0 })), dumpTree(f.at({ 1 })));
 }
 
 void TestClipboard::pasteRefused()
 {
     Fixture f(tree);
     const QByteArray before = f.encoding();
-    std::unique_ptr<QMimeData> tag(f.model.copy(f.index({5})));
+    std::unique_ptr<QMimeData> tag(f.model.copy(f.index({ 5 })));
     QVERIFY(!f.model.paste(QModelIndex(), tag.get()).isValid());
-    QVERIFY(!f.model.paste(f.index({0}), nullptr).isValid());
+    QVERIFY(!f.model.paste(f.index({ 0 }), nullptr).isValid());
     QMimeData empty;
-    QVERIFY(!f.model.paste(f.index({0}), &empty).isValid());
+    QVERIFY(!f.model.paste(f.index({ 0 }), &empty).isValid());
     // Unreadable XML is not tried as text.
     std::unique_ptr<QMimeData> broken = xmlData("<tag name=\"X\"");
     broken->setText(QStringLiteral("Renamed"));
-    QVERIFY(!f.model.paste(f.index({0}), broken.get()).isValid());
+    QVERIFY(!f.model.paste(f.index({ 0 }), broken.get()).isValid());
     // A whole document is of the root kind and cannot be inserted.
     std::unique_ptr<QMimeData> whole = xmlData(encodeText(tree));
-    QVERIFY(!f.model.paste(f.index({0}), whole.get()).isValid());
+    QVERIFY(!f.model.paste(f.index({ 0 }), whole.get()).isValid());
     // A value needs a tag around the insertion point; a misplaced list at the root level has none.
     std::unique_ptr<QMimeData> value = xmlData(declaration + "\n<enum name=\"V\" id=\"1\"/>\n");
     Fixture lonely(document("  <enums/>\n"));
-    QCOMPARE(lonely.at({0})->type, Enums);
-    QVERIFY(!lonely.model.paste(lonely.index({0}), value.get()).isValid());
+    QCOMPARE(lonely.at({ 0 })->type, Enums);
+    QVERIFY(!lonely.model.paste(lonely.index({ 0 }), value.get()).isValid());
     QCOMPARE(lonely.stack.count(), 0);
     QCOMPARE(f.stack.count(), 0);
     QCOMPARE(f.encoding(), before);
@@ -475,30 +474,30 @@ void TestClipboard::pastePlainText()
 {
     Fixture f(tree);
     std::unique_ptr<QMimeData> mime = textData(QStringLiteral("Renamed"));
-    const QModelIndex at = f.index({5});
+    const QModelIndex at = f.index({ 5 });
     QCOMPARE(f.model.paste(at, mime.get()), at);
-    QCOMPARE(f.at({5})->name, QStringLiteral("Renamed"));
+    QCOMPARE(f.at({ 5 })->name, QStringLiteral("Renamed"));
     QCOMPARE(f.stack.text(0), QStringLiteral("Change name"));
     // In the comment cell it becomes the comment.
-    QCOMPARE(f.model.paste(f.index({5}, 2), mime.get()), f.index({5}, 2));
-    QCOMPARE(f.at({5})->comment, QStringLiteral("Renamed"));
+    QCOMPARE(f.model.paste(f.index({ 5 }, 2), mime.get()), f.index({ 5 }, 2));
+    QCOMPARE(f.at({ 5 })->comment, QStringLiteral("Renamed"));
 }
 
 // Edge case: in a code cell the text must parse as a number, or nothing changes.
 void TestClipboard::pastePlainTextOnCodeCell()
 {
     Fixture f(tree);
-    const QModelIndex at = f.index({5}, 1);
+    const QModelIndex at = f.index({ 5 }, 1);
     std::unique_ptr<QMimeData> number = textData(QStringLiteral("0x3005"));
     QCOMPARE(f.model.paste(at, number.get()), at);
-    QCOMPARE(f.at({5})->id, quint64(0x3005));
+    QCOMPARE(f.at({ 5 })->id, quint64(0x3005));
     QCOMPARE(f.stack.count(), 1);
     std::unique_ptr<QMimeData> word = textData(QStringLiteral("Plain 0x3001"));
     QCOMPARE(f.model.paste(at, word.get()), at);
-    QCOMPARE(f.at({5})->id, quint64(0x3005));
+    QCOMPARE(f.at({ 5 })->id, quint64(0x3005));
     QCOMPARE(f.stack.count(), 1);
     // Onto a list nothing changes either.
-    QCOMPARE(f.model.paste(f.index({0, 0}), word.get()), f.index({0, 0}));
+    QCOMPARE(f.model.paste(f.index({ 0, 0 }), word.get()), f.index({ 0, 0 }));
     QCOMPARE(f.stack.count(), 1);
 }
 
@@ -507,29 +506,29 @@ void TestClipboard::pastePlainTextOnCodeCell()
 
 void TestClipboard::mimeTypes()
 {
-    EditorModel model;
-    QCOMPARE(model.mimeTypes(), QStringList{QStringLiteral("text/plain")});
+    Fixture f;
+    QCOMPARE(f.model.mimeTypes(), QStringList { QStringLiteral("text/plain") });
 }
 
 void TestClipboard::dropActions()
 {
-    EditorModel model;
-    QCOMPARE(model.supportedDropActions(), Qt::DropActions(Qt::CopyAction));
-    QCOMPARE(model.supportedDragActions(), Qt::DropActions(Qt::CopyAction));
+    Fixture f;
+    QCOMPARE(f.model.supportedDropActions(), Qt::DropActions(Qt::CopyAction));
+    QCOMPARE(f.model.supportedDragActions(), Qt::DropActions(Qt::CopyAction));
 }
 
 void TestClipboard::dragSingleCell()
 {
     Fixture f(tree);
-    std::unique_ptr<QMimeData> name(f.model.mimeData({f.index({3, 0, 0})}));
+    std::unique_ptr<QMimeData> name(f.model.mimeData({ f.index({ 3, 0, 0 }) }));
     QVERIFY(name);
     QCOMPARE(name->text(), QStringLiteral("A"));
     QVERIFY(!name->hasFormat(QStringLiteral("text/xml")));
-    std::unique_ptr<QMimeData> code(f.model.mimeData({f.index({3, 0, 0}, 1)}));
+    std::unique_ptr<QMimeData> code(f.model.mimeData({ f.index({ 3, 0, 0 }, 1) }));
     QCOMPARE(code->text(), QStringLiteral("0x0010"));
-    std::unique_ptr<QMimeData> comment(f.model.mimeData({f.index({1}, 2)}));
+    std::unique_ptr<QMimeData> comment(f.model.mimeData({ f.index({ 1 }, 2) }));
     QCOMPARE(comment->text(), QStringLiteral("fast"));
-    std::unique_ptr<QMimeData> list(f.model.mimeData({f.index({3, 0})}));
+    std::unique_ptr<QMimeData> list(f.model.mimeData({ f.index({ 3, 0 }) }));
     QVERIFY(list);
     QCOMPARE(list->text(), QString());
 }
@@ -538,30 +537,30 @@ void TestClipboard::dragSingleCell()
 void TestClipboard::dragSeveralCells()
 {
     Fixture f(tree);
-    QVERIFY(!f.model.mimeData({f.index({0}), f.index({0}, 1)}));
-    QVERIFY(!f.model.mimeData({f.index({0}), f.index({1})}));
+    QVERIFY(!f.model.mimeData({ f.index({ 0 }), f.index({ 0 }, 1) }));
+    QVERIFY(!f.model.mimeData({ f.index({ 0 }), f.index({ 1 }) }));
     QVERIFY(!f.model.mimeData({}));
 }
 
 void TestClipboard::dropOntoCell()
 {
     Fixture f(tree);
-    std::unique_ptr<QMimeData> drag(f.model.mimeData({f.index({3, 0, 0})}));
-    QVERIFY(f.model.dropMimeData(drag.get(), Qt::CopyAction, -1, -1, f.index({5})));
-    QCOMPARE(f.at({5})->name, QStringLiteral("A"));
+    std::unique_ptr<QMimeData> drag(f.model.mimeData({ f.index({ 3, 0, 0 }) }));
+    QVERIFY(f.model.dropMimeData(drag.get(), Qt::CopyAction, -1, -1, f.index({ 5 })));
+    QCOMPARE(f.at({ 5 })->name, QStringLiteral("A"));
     QCOMPARE(f.stack.text(0), QStringLiteral("Change name"));
-    std::unique_ptr<QMimeData> code(f.model.mimeData({f.index({3, 0, 0}, 1)}));
-    QVERIFY(f.model.dropMimeData(code.get(), Qt::CopyAction, -1, -1, f.index({0, 1, 1}, 1)));
-    QCOMPARE(f.at({0, 1, 1})->id, quint64(0x10));
+    std::unique_ptr<QMimeData> code(f.model.mimeData({ f.index({ 3, 0, 0 }, 1) }));
+    QVERIFY(f.model.dropMimeData(code.get(), Qt::CopyAction, -1, -1, f.index({ 0, 1, 1 }, 1)));
+    QCOMPARE(f.at({ 0, 1, 1 })->id, quint64(0x10));
     QCOMPARE(f.stack.text(1), QStringLiteral("Change enum code"));
     // The same text again changes nothing and still succeeds.
-    QVERIFY(f.model.dropMimeData(code.get(), Qt::CopyAction, -1, -1, f.index({0, 1, 1}, 1)));
+    QVERIFY(f.model.dropMimeData(code.get(), Qt::CopyAction, -1, -1, f.index({ 0, 1, 1 }, 1)));
     QCOMPARE(f.stack.count(), 2);
     // The XML of a copy is not used by a drop: only its text, here into a comment.
-    std::unique_ptr<QMimeData> copied(f.model.copy(f.index({0, 1, 0})));
-    QVERIFY(f.model.dropMimeData(copied.get(), Qt::CopyAction, -1, -1, f.index({2}, 2)));
-    QCOMPARE(f.at({2})->comment, QStringLiteral("Off 0"));
-    QCOMPARE(f.at({2})->children.size(), 0);
+    std::unique_ptr<QMimeData> copied(f.model.copy(f.index({ 0, 1, 0 })));
+    QVERIFY(f.model.dropMimeData(copied.get(), Qt::CopyAction, -1, -1, f.index({ 2 }, 2)));
+    QCOMPARE(f.at({ 2 })->comment, QStringLiteral("Off 0"));
+    QCOMPARE(f.at({ 2 })->children.size(), 0);
     QCOMPARE(f.stack.count(), 3);
     f.stack.undo();
     f.stack.undo();
@@ -574,17 +573,17 @@ void TestClipboard::dropRefused()
 {
     Fixture f(tree);
     std::unique_ptr<QMimeData> text = textData(QStringLiteral("Other"));
-    QVERIFY(!f.model.dropMimeData(text.get(), Qt::CopyAction, 0, -1, f.index({0})));
+    QVERIFY(!f.model.dropMimeData(text.get(), Qt::CopyAction, 0, -1, f.index({ 0 })));
     QVERIFY(!f.model.dropMimeData(text.get(), Qt::CopyAction, 2, 0, QModelIndex()));
-    QVERIFY(!f.model.dropMimeData(text.get(), Qt::CopyAction, -1, 0, f.index({0})));
+    QVERIFY(!f.model.dropMimeData(text.get(), Qt::CopyAction, -1, 0, f.index({ 0 })));
     QMimeData empty;
-    QVERIFY(!f.model.dropMimeData(&empty, Qt::CopyAction, -1, -1, f.index({0})));
+    QVERIFY(!f.model.dropMimeData(&empty, Qt::CopyAction, -1, -1, f.index({ 0 })));
     // Onto a list or a bad code.
-    QVERIFY(!f.model.dropMimeData(text.get(), Qt::CopyAction, -1, -1, f.index({0, 0})));
-    QVERIFY(!f.model.dropMimeData(text.get(), Qt::CopyAction, -1, -1, f.index({0}, 1)));
+    QVERIFY(!f.model.dropMimeData(text.get(), Qt::CopyAction, -1, -1, f.index({ 0, 0 })));
+    QVERIFY(!f.model.dropMimeData(text.get(), Qt::CopyAction, -1, -1, f.index({ 0 }, 1)));
     QVERIFY(!f.model.dropMimeData(text.get(), Qt::CopyAction, -1, -1, QModelIndex()));
     // Ignoring is always fine.
-    QVERIFY(f.model.dropMimeData(text.get(), Qt::IgnoreAction, 0, 0, f.index({0})));
+    QVERIFY(f.model.dropMimeData(text.get(), Qt::IgnoreAction, 0, 0, f.index({ 0 })));
     QVERIFY(f.model.dropMimeData(nullptr, Qt::IgnoreAction, -1, -1, QModelIndex()));
     QCOMPARE(f.stack.count(), 0);
 }

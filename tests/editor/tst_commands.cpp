@@ -17,8 +17,11 @@ Q_DECLARE_METATYPE(QList<int>)
 
 namespace {
 
-Item *makeItem(ItemType type, const QString &name = QString(), bool hasId = false, quint64 id = 0,
-               const QString &comment = QString())
+Item *makeItem(ItemType type,
+    const QString &name = QString(),
+    bool hasId = false,
+    quint64 id = 0,
+    const QString &comment = QString())
 {
     auto *item = new Item;
     item->type = type;
@@ -69,8 +72,7 @@ struct UndoneRecorder {
 
 } // namespace
 
-class TestCommands : public QObject
-{
+class TestCommands : public QObject {
     Q_OBJECT
 
 private slots:
@@ -129,12 +131,12 @@ void TestCommands::changeIdText_data()
         const char *set;
         const char *remove;
     } kinds[] = {
-        {Tag, "tag", "Change tag code", "Set tag code", "Remove tag code"},
-        {Enum, "enum", "Change enum code", "Set enum code", "Remove enum code"},
-        {Bit, "bit", "Change bit number", "Set bit number", "Remove bit number"},
-        {Enums, "enum list", "Change code", "Set code", "Remove code"},
-        {Bits, "bit list", "Change code", "Set code", "Remove code"},
-        {Root, "root", "Change code", "Set code", "Remove code"},
+        { Tag, "tag", "Change tag code", "Set tag code", "Remove tag code" },
+        { Enum, "enum", "Change enum code", "Set enum code", "Remove enum code" },
+        { Bit, "bit", "Change bit number", "Set bit number", "Remove bit number" },
+        { Enums, "enum list", "Change code", "Set code", "Remove code" },
+        { Bits, "bit list", "Change code", "Set code", "Remove code" },
+        { Root, "root", "Change code", "Set code", "Remove code" },
     };
     for (const auto &kind : kinds) {
         QTest::newRow(qPrintable(QStringLiteral("%1, change").arg(QLatin1String(kind.name))))
@@ -155,12 +157,12 @@ void TestCommands::changeIdText()
     QFETCH(bool, newHasCode);
     QFETCH(QString, text);
 
-    EditorModel model;
+    Fixture f;
     Item item;
     item.type = ItemType(type);
     item.hasId = hadCode;
     item.id = 3;
-    CommandChangeID command(7, newHasCode, &item, &model, QModelIndex());
+    CommandChangeID command(7, newHasCode, &item, &f.model, QModelIndex());
     QCOMPARE(command.text(), text);
 }
 
@@ -182,11 +184,11 @@ void TestCommands::changeNameText()
     QFETCH(QString, newName);
     QFETCH(QString, text);
 
-    EditorModel model;
+    Fixture f;
     Item item;
     item.type = Enum;
     item.name = oldName;
-    CommandChangeName command(newName, &item, &model, QModelIndex());
+    CommandChangeName command(newName, &item, &f.model, QModelIndex());
     QCOMPARE(command.text(), text);
 }
 
@@ -208,23 +210,23 @@ void TestCommands::changeCommentText()
     QFETCH(QString, newComment);
     QFETCH(QString, text);
 
-    EditorModel model;
+    Fixture f;
     Item item;
     item.type = Tag;
     item.comment = oldComment;
-    CommandChangeComment command(newComment, &item, &model, QModelIndex());
+    CommandChangeComment command(newComment, &item, &f.model, QModelIndex());
     QCOMPARE(command.text(), text);
 }
 
 void TestCommands::changeText()
 {
-    EditorModel model;
+    Fixture f;
     Item item;
     item.type = Bits;
     ItemData data;
     data.type = Bits;
     data.comment = QStringLiteral("x");
-    CommandChange command(data, &item, &model, QModelIndex());
+    CommandChange command(data, &item, &f.model, QModelIndex());
     QCOMPARE(command.text(), QStringLiteral("Change item"));
 }
 
@@ -247,11 +249,11 @@ void TestCommands::newText()
     QFETCH(int, type);
     QFETCH(QString, text);
 
-    EditorModel model;
+    Fixture f;
     Item parent;
     parent.type = Root;
     // The command owns the item until it is inserted.
-    CommandNew command(makeItem(ItemType(type)), 0, &parent, &model, QModelIndex());
+    CommandNew command(makeItem(ItemType(type)), 0, &parent, &f.model, QModelIndex());
     QCOMPARE(command.text(), text);
 }
 
@@ -261,21 +263,22 @@ void TestCommands::deleteText_data()
     QTest::addColumn<int>("mode");
     QTest::addColumn<QString>("text");
 
-    QTest::newRow("cut tag") << QList<int>{0} << int(CommandDelete::Cut) << QStringLiteral("Cut tag");
-    QTest::newRow("remove tag") << QList<int>{0} << int(CommandDelete::Remove) << QStringLiteral("Remove tag");
-    QTest::newRow("cut enum") << QList<int>{0, 1, 0} << int(CommandDelete::Cut) << QStringLiteral("Cut enum");
-    QTest::newRow("remove enum") << QList<int>{0, 1, 0} << int(CommandDelete::Remove) << QStringLiteral("Remove enum");
-    QTest::newRow("cut bit") << QList<int>{0, 0, 2} << int(CommandDelete::Cut) << QStringLiteral("Cut bit");
-    QTest::newRow("remove bit") << QList<int>{0, 0, 2} << int(CommandDelete::Remove) << QStringLiteral("Remove bit");
-    QTest::newRow("cut enum list") << QList<int>{0, 1} << int(CommandDelete::Cut) << QString();
-    QTest::newRow("remove enum list") << QList<int>{0, 1} << int(CommandDelete::Remove) << QString();
-    QTest::newRow("cut bit list") << QList<int>{0, 0} << int(CommandDelete::Cut) << QString();
-    QTest::newRow("remove bit list") << QList<int>{0, 0} << int(CommandDelete::Remove) << QString();
-    QTest::newRow("cut comment line") << QList<int>{1} << int(CommandDelete::Cut) << QString();
-    QTest::newRow("remove comment line") << QList<int>{1} << int(CommandDelete::Remove) << QString();
-    QTest::newRow("remove bit comment line") << QList<int>{0, 0, 1} << int(CommandDelete::Remove) << QString();
-    QTest::newRow("cut blank line") << QList<int>{2} << int(CommandDelete::Cut) << QString();
-    QTest::newRow("remove blank enum line") << QList<int>{0, 1, 2} << int(CommandDelete::Remove) << QString();
+    QTest::newRow("cut tag") << QList<int> { 0 } << int(CommandDelete::Cut) << QStringLiteral("Cut tag");
+    QTest::newRow("remove tag") << QList<int> { 0 } << int(CommandDelete::Remove) << QStringLiteral("Remove tag");
+    QTest::newRow("cut enum") << QList<int> { 0, 1, 0 } << int(CommandDelete::Cut) << QStringLiteral("Cut enum");
+    QTest::newRow("remove enum") << QList<int> { 0, 1, 0 } << int(CommandDelete::Remove)
+                                 << QStringLiteral("Remove enum");
+    QTest::newRow("cut bit") << QList<int> { 0, 0, 2 } << int(CommandDelete::Cut) << QStringLiteral("Cut bit");
+    QTest::newRow("remove bit") << QList<int> { 0, 0, 2 } << int(CommandDelete::Remove) << QStringLiteral("Remove bit");
+    QTest::newRow("cut enum list") << QList<int> { 0, 1 } << int(CommandDelete::Cut) << QString();
+    QTest::newRow("remove enum list") << QList<int> { 0, 1 } << int(CommandDelete::Remove) << QString();
+    QTest::newRow("cut bit list") << QList<int> { 0, 0 } << int(CommandDelete::Cut) << QString();
+    QTest::newRow("remove bit list") << QList<int> { 0, 0 } << int(CommandDelete::Remove) << QString();
+    QTest::newRow("cut comment line") << QList<int> { 1 } << int(CommandDelete::Cut) << QString();
+    QTest::newRow("remove comment line") << QList<int> { 1 } << int(CommandDelete::Remove) << QString();
+    QTest::newRow("remove bit comment line") << QList<int> { 0, 0, 1 } << int(CommandDelete::Remove) << QString();
+    QTest::newRow("cut blank line") << QList<int> { 2 } << int(CommandDelete::Cut) << QString();
+    QTest::newRow("remove blank enum line") << QList<int> { 0, 1, 2 } << int(CommandDelete::Remove) << QString();
 }
 
 void TestCommands::deleteText()
@@ -307,10 +310,10 @@ void TestCommands::deleteTextWithoutItem()
 
 void TestCommands::replaceAllText()
 {
-    EditorModel model;
-    CommandReplaceAll replace(makeItem(Root), &model, QModelIndex());
+    Fixture f;
+    CommandReplaceAll replace(makeItem(Root), &f.model, QModelIndex());
     QCOMPARE(replace.text(), QStringLiteral("Replace data"));
-    CommandReplaceAll fresh(nullptr, &model, QModelIndex());
+    CommandReplaceAll fresh(nullptr, &f.model, QModelIndex());
     QCOMPARE(fresh.text(), QStringLiteral("New"));
 }
 
@@ -325,50 +328,50 @@ void TestCommands::undoRedo_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("undone");
 
-    QTest::newRow("change tag code") << QStringLiteral("code 0x2002") << QList<int>{3} << 1
+    QTest::newRow("change tag code") << QStringLiteral("code 0x2002") << QList<int> { 3 } << 1
                                      << QStringLiteral("Change tag code") << QStringLiteral("3,1 Speed");
-    QTest::newRow("set tag code") << QStringLiteral("code 0x3001") << QList<int>{4} << 1
+    QTest::newRow("set tag code") << QStringLiteral("code 0x3001") << QList<int> { 4 } << 1
                                   << QStringLiteral("Set tag code") << QStringLiteral("4,1 Label");
-    QTest::newRow("remove bit number") << QStringLiteral("code ") << QList<int>{0, 0, 2} << 1
+    QTest::newRow("remove bit number") << QStringLiteral("code ") << QList<int> { 0, 0, 2 } << 1
                                        << QStringLiteral("Remove bit number") << QStringLiteral("2,1 Service");
-    QTest::newRow("change enum code") << QStringLiteral("code 9") << QList<int>{0, 1, 3} << 1
+    QTest::newRow("change enum code") << QStringLiteral("code 9") << QList<int> { 0, 1, 3 } << 1
                                       << QStringLiteral("Change enum code") << QStringLiteral("3,1 High");
-    QTest::newRow("change name") << QStringLiteral("name Fast") << QList<int>{0, 1, 3} << 0
+    QTest::newRow("change name") << QStringLiteral("name Fast") << QList<int> { 0, 1, 3 } << 0
                                  << QStringLiteral("Change name") << QStringLiteral("3,0 High");
-    QTest::newRow("set name of blank line") << QStringLiteral("name Fresh") << QList<int>{2} << 0
+    QTest::newRow("set name of blank line") << QStringLiteral("name Fresh") << QList<int> { 2 } << 0
                                             << QStringLiteral("Set name") << QStringLiteral("2,0 ");
-    QTest::newRow("remove name") << QStringLiteral("name ") << QList<int>{3} << 0 << QStringLiteral("Remove name")
+    QTest::newRow("remove name") << QStringLiteral("name ") << QList<int> { 3 } << 0 << QStringLiteral("Remove name")
                                  << QStringLiteral("3,0 Speed");
-    QTest::newRow("change comment") << QStringLiteral("comment slow") << QList<int>{0, 1, 3} << 2
+    QTest::newRow("change comment") << QStringLiteral("comment slow") << QList<int> { 0, 1, 3 } << 2
                                     << QStringLiteral("Change comment") << QStringLiteral("3,2 High");
-    QTest::newRow("remove comment line text") << QStringLiteral("comment ") << QList<int>{1} << 2
+    QTest::newRow("remove comment line text") << QStringLiteral("comment ") << QList<int> { 1 } << 2
                                               << QStringLiteral("Remove comment") << QStringLiteral("1,2 ");
-    QTest::newRow("change item") << QStringLiteral("item") << QList<int>{0, 0, 0} << 0
+    QTest::newRow("change item") << QStringLiteral("item") << QList<int> { 0, 0, 0 } << 0
                                  << QStringLiteral("Change item") << QStringLiteral("0,0 Manual");
-    QTest::newRow("change root item") << QStringLiteral("item") << QList<int>{} << 0
-                                      << QStringLiteral("Change item") << QStringLiteral("invalid");
+    QTest::newRow("change root item") << QStringLiteral("item") << QList<int> {} << 0 << QStringLiteral("Change item")
+                                      << QStringLiteral("invalid");
     // An insertion selects the row that followed it, if any (a top-level row has no parent
     // index to build that index from).
-    QTest::newRow("insert tag") << QStringLiteral("insert") << QList<int>{1} << 0 << QStringLiteral("Insert tag")
+    QTest::newRow("insert tag") << QStringLiteral("insert") << QList<int> { 1 } << 0 << QStringLiteral("Insert tag")
                                 << QStringLiteral("invalid");
-    QTest::newRow("insert enum") << QStringLiteral("insert") << QList<int>{0, 1, 1} << 0
+    QTest::newRow("insert enum") << QStringLiteral("insert") << QList<int> { 0, 1, 1 } << 0
                                  << QStringLiteral("Insert enum") << QStringLiteral("1,0 Low");
-    QTest::newRow("insert enum at end") << QStringLiteral("insert") << QList<int>{0, 1, 4} << 0
+    QTest::newRow("insert enum at end") << QStringLiteral("insert") << QList<int> { 0, 1, 4 } << 0
                                         << QStringLiteral("Insert enum") << QStringLiteral("invalid");
-    QTest::newRow("insert bit") << QStringLiteral("insert") << QList<int>{0, 0, 0} << 0
+    QTest::newRow("insert bit") << QStringLiteral("insert") << QList<int> { 0, 0, 0 } << 0
                                 << QStringLiteral("Insert bit") << QStringLiteral("0,0 Manual");
     // A deleted row's index dies with the row.
-    QTest::newRow("remove tag") << QStringLiteral("remove") << QList<int>{0} << 0 << QStringLiteral("Remove tag")
+    QTest::newRow("remove tag") << QStringLiteral("remove") << QList<int> { 0 } << 0 << QStringLiteral("Remove tag")
                                 << QStringLiteral("invalid");
-    QTest::newRow("remove enum") << QStringLiteral("remove") << QList<int>{0, 1, 1} << 0
+    QTest::newRow("remove enum") << QStringLiteral("remove") << QList<int> { 0, 1, 1 } << 0
                                  << QStringLiteral("Remove enum") << QStringLiteral("invalid");
-    QTest::newRow("remove bit list") << QStringLiteral("remove") << QList<int>{0, 0} << 0 << QString()
+    QTest::newRow("remove bit list") << QStringLiteral("remove") << QList<int> { 0, 0 } << 0 << QString()
                                      << QStringLiteral("invalid");
-    QTest::newRow("cut bit") << QStringLiteral("cut") << QList<int>{0, 0, 0} << 1 << QStringLiteral("Cut bit")
+    QTest::newRow("cut bit") << QStringLiteral("cut") << QList<int> { 0, 0, 0 } << 1 << QStringLiteral("Cut bit")
                              << QStringLiteral("invalid");
-    QTest::newRow("new document") << QStringLiteral("clear") << QList<int>{3} << 0 << QStringLiteral("New")
+    QTest::newRow("new document") << QStringLiteral("clear") << QList<int> { 3 } << 0 << QStringLiteral("New")
                                   << QStringLiteral("invalid");
-    QTest::newRow("replace document") << QStringLiteral("replace") << QList<int>{3} << 0
+    QTest::newRow("replace document") << QStringLiteral("replace") << QList<int> { 3 } << 0
                                       << QStringLiteral("Replace data") << QStringLiteral("invalid");
 }
 
@@ -429,7 +432,7 @@ void TestCommands::undoRedo()
     f.stack.undo();
     QCOMPARE(f.dump(), beforeDump);
     QCOMPARE(f.encoding(), before);
-    QCOMPARE(recorder.texts, QStringList{undone});
+    QCOMPARE(recorder.texts, QStringList { undone });
 
     f.stack.redo();
     QCOMPARE(f.dump(), afterDump);
@@ -453,17 +456,17 @@ void TestCommands::undoRedoMerge()
     list->appendChild(makeItem(Bit, QStringLiteral("More"), true, 16));
     // Given a row inside the bit list that is not the list itself, the values go to the end of
     // the list; the index to select is built on the given parent index, which has no such row.
-    QVERIFY(f.model.insertRow(0, f.index({0, 0, 1}), list).isValid());
+    QVERIFY(f.model.insertRow(0, f.index({ 0, 0, 1 }), list).isValid());
     QCOMPARE(f.stack.count(), 1);
     QCOMPARE(f.stack.text(0), QStringLiteral("Merge data"));
     const QString after = f.dump();
-    QCOMPARE(f.at({0, 0, 3})->name, QStringLiteral("Extra"));
-    QCOMPARE(f.at({0, 0, 4})->name, QStringLiteral("More"));
+    QCOMPARE(f.at({ 0, 0, 3 })->name, QStringLiteral("Extra"));
+    QCOMPARE(f.at({ 0, 0, 4 })->name, QStringLiteral("More"));
 
     UndoneRecorder recorder(&f.model);
     f.stack.undo();
     QCOMPARE(f.dump(), before);
-    QCOMPARE(recorder.texts, (QStringList{QStringLiteral("invalid"), QStringLiteral("invalid")}));
+    QCOMPARE(recorder.texts, (QStringList { QStringLiteral("invalid"), QStringLiteral("invalid") }));
     f.stack.redo();
     QCOMPARE(f.dump(), after);
 }
@@ -473,13 +476,13 @@ void TestCommands::undoRedoListCreation()
     Fixture f(tree);
     const QString before = f.dump();
     UndoneRecorder recorder(&f.model);
-    const QModelIndex list = f.model.insertList(f.index({3}), Enums);
+    const QModelIndex list = f.model.insertList(f.index({ 3 }), Enums);
     QVERIFY(list.isValid());
     QCOMPARE(f.stack.text(0), QStringLiteral("Insert item"));
     f.stack.undo();
     QCOMPARE(f.dump(), before);
     // The index to select is the tag's.
-    QCOMPARE(recorder.texts, QStringList{QStringLiteral("3,0 Speed")});
+    QCOMPARE(recorder.texts, QStringList { QStringLiteral("3,0 Speed") });
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -489,9 +492,9 @@ void TestCommands::setAndRemoveEnumCode()
 {
     Fixture f(tree);
     // The blank enumeration line has no code.
-    QVERIFY(f.model.setData(f.index({0, 1, 2}, 1), QStringLiteral("7")));
+    QVERIFY(f.model.setData(f.index({ 0, 1, 2 }, 1), QStringLiteral("7")));
     QCOMPARE(f.stack.text(0), QStringLiteral("Set enum code"));
-    QVERIFY(f.model.setData(f.index({0, 1, 2}, 1), QString()));
+    QVERIFY(f.model.setData(f.index({ 0, 1, 2 }, 1), QString()));
     QCOMPARE(f.stack.text(1), QStringLiteral("Remove enum code"));
     QCOMPARE(f.stack.count(), 2);
 }
@@ -499,22 +502,22 @@ void TestCommands::setAndRemoveEnumCode()
 void TestCommands::setAndRemoveName()
 {
     Fixture f(tree);
-    QVERIFY(f.model.setData(f.index({0, 1, 2}, 0), QStringLiteral("Medium")));
+    QVERIFY(f.model.setData(f.index({ 0, 1, 2 }, 0), QStringLiteral("Medium")));
     QCOMPARE(f.stack.text(0), QStringLiteral("Set name"));
-    QVERIFY(f.model.setData(f.index({0, 1, 2}, 0), QString()));
+    QVERIFY(f.model.setData(f.index({ 0, 1, 2 }, 0), QString()));
     QCOMPARE(f.stack.text(1), QStringLiteral("Remove name"));
-    QVERIFY(f.model.setData(f.index({3}, 0), QStringLiteral("Velocity")));
+    QVERIFY(f.model.setData(f.index({ 3 }, 0), QStringLiteral("Velocity")));
     QCOMPARE(f.stack.text(2), QStringLiteral("Change name"));
 }
 
 void TestCommands::deleteBitListHasEmptyText()
 {
     Fixture f(tree);
-    QVERIFY(f.model.removeRow(0, f.index({0})));
+    QVERIFY(f.model.removeRow(0, f.index({ 0 })));
     QCOMPARE(f.stack.count(), 1);
     QVERIFY(f.stack.text(0).isEmpty());
-    QCOMPARE(f.at({0})->children.size(), 1);
-    QCOMPARE(f.at({0, 0})->type, Enums);
+    QCOMPARE(f.at({ 0 })->children.size(), 1);
+    QCOMPARE(f.at({ 0, 0 })->type, Enums);
 }
 
 void TestCommands::droppedInsertionFreesItem()
@@ -529,7 +532,7 @@ void TestCommands::droppedInsertionFreesItem()
     f.stack.undo();
     QCOMPARE(f.stack.count(), 1);
     QCOMPARE(f.stack.index(), 0);
-    QVERIFY(f.model.setData(f.index({3}), QStringLiteral("Velocity")));
+    QVERIFY(f.model.setData(f.index({ 3 }), QStringLiteral("Velocity")));
     QCOMPARE(f.stack.count(), 1);
     QCOMPARE(f.stack.text(0), QStringLiteral("Change name"));
     QCOMPARE(f.encoding(), encodeText(QByteArray(tree).replace("\"Speed\"", "\"Velocity\"")));
@@ -552,8 +555,7 @@ void TestCommands::undoNewDocument()
     f.stack.redo();
     QCOMPARE(f.root(), empty);
     QCOMPARE(f.model.rowCount(), 0);
-    QCOMPARE(f.encoding(),
-             QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?> <!-- -*- nxml -*- -->\n<zat16/>\n"));
+    QCOMPARE(f.encoding(), QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?> <!-- -*- nxml -*- -->\n<zat16/>\n"));
 }
 
 void TestCommands::wideCodeNarrowedOnUndo()
@@ -566,7 +568,7 @@ void TestCommands::wideCodeNarrowedOnUndo()
     Fixture f(root);
     // Find the value -20, stored as a 64-bit two's complement.
     Item *minus = nullptr;
-    QList<Item *> queue = {root};
+    QList<Item *> queue = { root };
     while (!queue.isEmpty() && !minus) {
         Item *item = queue.takeFirst();
         if (item->type == Enum && item->id == quint64(-20))
@@ -588,7 +590,7 @@ void TestCommands::repeatedRedoAndUndoAreHarmless()
 {
     Fixture f(tree);
     const QString before = f.dump();
-    Item *parent = f.at({0, 1});
+    Item *parent = f.at({ 0, 1 });
     {
         CommandNew insert(makeItem(Enum, QStringLiteral("Extra"), true, 5), 1, parent, &f.model, QModelIndex());
         insert.redo();
@@ -625,16 +627,16 @@ void TestCommands::commandOwnsItemOutsideTree()
     // A cut item lives in the command; clearing the stack frees it, undoing before that puts
     // the very same item back.
     Fixture f(tree);
-    Item *mode = f.at({0});
-    std::unique_ptr<QMimeData> mime(f.model.cut(f.index({0})));
+    Item *mode = f.at({ 0 });
+    std::unique_ptr<QMimeData> mime(f.model.cut(f.index({ 0 })));
     QVERIFY(mime);
     QCOMPARE(f.model.rowCount(), 4);
     f.stack.undo();
-    QCOMPARE(f.at({0}), mode);
+    QCOMPARE(f.at({ 0 }), mode);
     f.stack.redo();
     f.stack.clear();
     QCOMPARE(f.model.rowCount(), 4);
-    QCOMPARE(f.at({0})->isComment(), true);
+    QCOMPARE(f.at({ 0 })->isComment(), true);
 }
 
 void TestCommands::replaceAllOwnsOtherRoot()
@@ -647,7 +649,7 @@ void TestCommands::replaceAllOwnsOtherRoot()
     f.stack.undo();
     QCOMPARE(f.root(), old);
     // Dropping the undone command frees the new root; the old one stays with the model.
-    QVERIFY(f.model.setData(f.index({3}), QStringLiteral("Velocity")));
+    QVERIFY(f.model.setData(f.index({ 3 }), QStringLiteral("Velocity")));
     QCOMPARE(f.stack.count(), 1);
     QCOMPARE(f.root(), old);
     // A stack cleared after a redo frees the old root instead.
@@ -672,10 +674,10 @@ void TestCommands::replaceAllWithCurrentRoot()
 void TestCommands::commandsNeverMerge()
 {
     Fixture f(tree);
-    QVERIFY(f.model.setData(f.index({3}), QStringLiteral("A")));
-    QVERIFY(f.model.setData(f.index({3}), QStringLiteral("B")));
-    QVERIFY(f.model.setData(f.index({3}, 1), QStringLiteral("0x1005")));
-    QVERIFY(f.model.setData(f.index({3}, 1), QStringLiteral("0x1006")));
+    QVERIFY(f.model.setData(f.index({ 3 }), QStringLiteral("A")));
+    QVERIFY(f.model.setData(f.index({ 3 }), QStringLiteral("B")));
+    QVERIFY(f.model.setData(f.index({ 3 }, 1), QStringLiteral("0x1005")));
+    QVERIFY(f.model.setData(f.index({ 3 }, 1), QStringLiteral("0x1006")));
     QCOMPARE(f.stack.count(), 4);
     for (int i = 0; i < f.stack.count(); ++i)
         QCOMPARE(f.stack.command(i)->id(), -1);
@@ -687,16 +689,16 @@ void TestCommands::parentCommand()
     const QString before = f.dump();
     auto *group = new Command(nullptr, &f.model, QModelIndex());
     group->setText(QStringLiteral("group"));
-    new CommandChangeName(QStringLiteral("X"), f.at({3}), &f.model, f.index({3}), group);
-    new CommandChangeComment(QStringLiteral("y"), f.at({3}), &f.model, f.index({3}, 2), group);
+    new CommandChangeName(QStringLiteral("X"), f.at({ 3 }), &f.model, f.index({ 3 }), group);
+    new CommandChangeComment(QStringLiteral("y"), f.at({ 3 }), &f.model, f.index({ 3 }, 2), group);
     QCOMPARE(group->childCount(), 2);
     f.stack.push(group);
-    QCOMPARE(f.at({3})->name, QStringLiteral("X"));
-    QCOMPARE(f.at({3})->comment, QStringLiteral("y"));
+    QCOMPARE(f.at({ 3 })->name, QStringLiteral("X"));
+    QCOMPARE(f.at({ 3 })->comment, QStringLiteral("y"));
     UndoneRecorder recorder(&f.model);
     f.stack.undo();
     QCOMPARE(f.dump(), before);
-    QCOMPARE(recorder.texts, (QStringList{QStringLiteral("3,2 X"), QStringLiteral("3,0 Speed")}));
+    QCOMPARE(recorder.texts, (QStringList { QStringLiteral("3,2 X"), QStringLiteral("3,0 Speed") }));
 }
 
 QTEST_MAIN(TestCommands)

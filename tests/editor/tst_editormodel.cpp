@@ -19,16 +19,18 @@ namespace {
 
 // Gives the tests indexes that the model itself never hands out: to the root, to a null item,
 // to an item of an unknown kind.
-class ProbeModel : public EditorModel
-{
+class ProbeModel : public EditorModel {
 public:
     using QAbstractItemModel::createIndex;
 };
 
 const QVariant invalid;
 
-Item *makeItem(ItemType type, const QString &name = QString(), bool hasId = false, quint64 id = 0,
-               const QString &comment = QString())
+Item *makeItem(ItemType type,
+    const QString &name = QString(),
+    bool hasId = false,
+    quint64 id = 0,
+    const QString &comment = QString())
 {
     auto *item = new Item;
     item->type = type;
@@ -48,31 +50,30 @@ Item *makeItem(ItemType type, const QString &name = QString(), bool hasId = fals
 //  3 tag (no name) 0x1004 "no name"
 //  4 tag Unassigned (no code)
 //  5 tag Hex 0x1005 { 0 enums (display 4x) {0 A 16, 1 nameless 7 "legal", 2 nameless 8} }
-const QByteArray roleTree = document(
-    "  <tag name=\"Mode\" id=\"0x1002\" comment=\"Operating mode\">\n"
-    "    <enums>\n"
-    "      <enum name=\"Off\" id=\"0\"/>\n"
-    "      <enum name=\"Low\" id=\"1\" comment=\"slow\"/>\n"
-    "\n"
-    "      <enum name=\"High\" id=\"2\"/>\n"
-    "    </enums>\n"
-    "    <bits display=\"2x\">\n"
-    "      <bit name=\"Manual\" id=\"1\"/>\n"
-    "      <bit name=\"Remote\" id=\"2\" comment=\"host\"/>\n"
-    "      <!-- reserved -->\n"
-    "    </bits>\n"
-    "  </tag>\n"
-    "  <!-- Plain tags -->\n"
-    "\n"
-    "  <tag id=\"0x1004\" comment=\"no name\"/>\n"
-    "  <tag name=\"Unassigned\"/>\n"
-    "  <tag name=\"Hex\" id=\"0x1005\">\n"
-    "    <enums display=\"4x\">\n"
-    "      <enum name=\"A\" id=\"16\"/>\n"
-    "      <enum id=\"7\" comment=\"legal\"/>\n"
-    "      <enum id=\"8\"/>\n"
-    "    </enums>\n"
-    "  </tag>\n");
+const QByteArray roleTree = document("  <tag name=\"Mode\" id=\"0x1002\" comment=\"Operating mode\">\n"
+                                     "    <enums>\n"
+                                     "      <enum name=\"Off\" id=\"0\"/>\n"
+                                     "      <enum name=\"Low\" id=\"1\" comment=\"slow\"/>\n"
+                                     "\n"
+                                     "      <enum name=\"High\" id=\"2\"/>\n"
+                                     "    </enums>\n"
+                                     "    <bits display=\"2x\">\n"
+                                     "      <bit name=\"Manual\" id=\"1\"/>\n"
+                                     "      <bit name=\"Remote\" id=\"2\" comment=\"host\"/>\n"
+                                     "      <!-- reserved -->\n"
+                                     "    </bits>\n"
+                                     "  </tag>\n"
+                                     "  <!-- Plain tags -->\n"
+                                     "\n"
+                                     "  <tag id=\"0x1004\" comment=\"no name\"/>\n"
+                                     "  <tag name=\"Unassigned\"/>\n"
+                                     "  <tag name=\"Hex\" id=\"0x1005\">\n"
+                                     "    <enums display=\"4x\">\n"
+                                     "      <enum name=\"A\" id=\"16\"/>\n"
+                                     "      <enum id=\"7\" comment=\"legal\"/>\n"
+                                     "      <enum id=\"8\"/>\n"
+                                     "    </enums>\n"
+                                     "  </tag>\n");
 
 QImage iconImage(const QVariant &value)
 {
@@ -94,8 +95,7 @@ QString signalText(const QSignalSpy &spy)
 
 } // namespace
 
-class TestEditorModel : public QObject
-{
+class TestEditorModel : public QObject {
     Q_OBJECT
 
 private slots:
@@ -209,7 +209,7 @@ void TestEditorModel::indexAndParent()
     QCOMPARE(f.model.rowCount(), 6);
     const QModelIndex mode = f.model.index(0, 0);
     QVERIFY(mode.isValid());
-    QCOMPARE(f.model.index2item(mode), f.at({0}));
+    QCOMPARE(f.model.index2item(mode), f.at({ 0 }));
     QCOMPARE(f.model.rowCount(mode), 2);
     const QModelIndex enums = f.model.index(1, 0, mode);
     QCOMPARE(f.model.index2item(enums)->type, Enums);
@@ -227,7 +227,7 @@ void TestEditorModel::indexAndParent()
     // The column is not checked.
     const QModelIndex wide = f.model.index(0, 5);
     QVERIFY(wide.isValid());
-    QCOMPARE(f.model.index2item(wide), f.at({0}));
+    QCOMPARE(f.model.index2item(wide), f.at({ 0 }));
 }
 
 void TestEditorModel::index2itemAndItem2index()
@@ -236,14 +236,14 @@ void TestEditorModel::index2itemAndItem2index()
     QCOMPARE(f.model.index2item(QModelIndex()), f.root());
     QVERIFY(!f.model.item2index(nullptr).isValid());
     QVERIFY(!f.model.item2index(f.root()).isValid());
-    Item *low = f.at({0, 1, 1});
+    Item *low = f.at({ 0, 1, 1 });
     const QModelIndex index = f.model.item2index(low);
     QCOMPARE(index.row(), 1);
     QCOMPARE(index.column(), 0);
     QCOMPARE(f.model.index2item(index), low);
     QCOMPARE(f.model.findRow(low), 1);
     QCOMPARE(f.model.findRow(nullptr), 0);
-    QCOMPARE(f.model.findRow(f.at({5})), 5);
+    QCOMPARE(f.model.findRow(f.at({ 5 })), 5);
 }
 
 void TestEditorModel::rowCountOfOtherColumns()
@@ -258,8 +258,8 @@ void TestEditorModel::columnCountIsAlwaysThree()
 {
     Fixture f(roleTree);
     QCOMPARE(f.model.columnCount(QModelIndex()), 3);
-    QCOMPARE(f.model.columnCount(f.index({0})), 3);
-    QCOMPARE(f.model.columnCount(f.index({0, 1, 0})), 3);
+    QCOMPARE(f.model.columnCount(f.index({ 0 })), 3);
+    QCOMPARE(f.model.columnCount(f.index({ 0, 1, 0 })), 3);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -271,34 +271,34 @@ void TestEditorModel::display_data()
     QTest::addColumn<int>("column");
     QTest::addColumn<QVariant>("expected");
 
-    QTest::newRow("tag name") << QList<int>{0} << 0 << QVariant(QStringLiteral("Mode"));
-    QTest::newRow("tag code") << QList<int>{0} << 1 << QVariant(QStringLiteral("0x1002"));
-    QTest::newRow("tag comment") << QList<int>{0} << 2 << QVariant(QStringLiteral("Operating mode"));
-    QTest::newRow("tag empty name is one blank") << QList<int>{3} << 0 << QVariant(QStringLiteral(" "));
-    QTest::newRow("tag without code is six blanks") << QList<int>{4} << 1 << QVariant(QStringLiteral("      "));
-    QTest::newRow("tag empty comment is one blank") << QList<int>{4} << 2 << QVariant(QStringLiteral(" "));
-    QTest::newRow("enum list name") << QList<int>{0, 1} << 0 << QVariant(QStringLiteral("Enums"));
-    QTest::newRow("enum list code") << QList<int>{0, 1} << 1 << invalid;
-    QTest::newRow("enum list empty comment") << QList<int>{0, 1} << 2 << QVariant(QStringLiteral(" "));
-    QTest::newRow("bit list name") << QList<int>{0, 0} << 0 << QVariant(QStringLiteral("Bits"));
-    QTest::newRow("bit list code") << QList<int>{0, 0} << 1 << invalid;
-    QTest::newRow("enum value name") << QList<int>{0, 1, 1} << 0 << QVariant(QStringLiteral("Low"));
-    QTest::newRow("enum value code after two blanks") << QList<int>{0, 1, 1} << 1 << QVariant(QStringLiteral("  1"));
-    QTest::newRow("enum value comment") << QList<int>{0, 1, 1} << 2 << QVariant(QStringLiteral("slow"));
-    QTest::newRow("enum value in hex list") << QList<int>{5, 0, 0} << 1 << QVariant(QStringLiteral("  0x0010"));
-    QTest::newRow("nameless enum value name") << QList<int>{5, 0, 1} << 0 << QVariant(QStringLiteral(" "));
-    QTest::newRow("bit code in hex list") << QList<int>{0, 0, 1} << 1 << QVariant(QStringLiteral("  0x02"));
-    QTest::newRow("bit name") << QList<int>{0, 0, 0} << 0 << QVariant(QStringLiteral("Manual"));
-    QTest::newRow("bit empty comment") << QList<int>{0, 0, 0} << 2 << QVariant(QStringLiteral(" "));
-    QTest::newRow("blank enum line name") << QList<int>{0, 1, 2} << 0 << QVariant(QStringLiteral(" "));
-    QTest::newRow("blank enum line code is one blank") << QList<int>{0, 1, 2} << 1 << QVariant(QStringLiteral(" "));
-    QTest::newRow("comment bit line code is one blank") << QList<int>{0, 0, 2} << 1 << QVariant(QStringLiteral(" "));
-    QTest::newRow("comment bit line text") << QList<int>{0, 0, 2} << 2 << QVariant(QStringLiteral(" reserved "));
-    QTest::newRow("comment line name") << QList<int>{1} << 0 << QVariant(QStringLiteral(" "));
-    QTest::newRow("comment line code") << QList<int>{1} << 1 << QVariant(QStringLiteral("      "));
-    QTest::newRow("comment line text") << QList<int>{1} << 2 << QVariant(QStringLiteral(" Plain tags "));
-    QTest::newRow("blank tag line comment") << QList<int>{2} << 2 << QVariant(QStringLiteral(" "));
-    QTest::newRow("column 3") << QList<int>{0} << 3 << invalid;
+    QTest::newRow("tag name") << QList<int> { 0 } << 0 << QVariant(QStringLiteral("Mode"));
+    QTest::newRow("tag code") << QList<int> { 0 } << 1 << QVariant(QStringLiteral("0x1002"));
+    QTest::newRow("tag comment") << QList<int> { 0 } << 2 << QVariant(QStringLiteral("Operating mode"));
+    QTest::newRow("tag empty name is one blank") << QList<int> { 3 } << 0 << QVariant(QStringLiteral(" "));
+    QTest::newRow("tag without code is six blanks") << QList<int> { 4 } << 1 << QVariant(QStringLiteral("      "));
+    QTest::newRow("tag empty comment is one blank") << QList<int> { 4 } << 2 << QVariant(QStringLiteral(" "));
+    QTest::newRow("enum list name") << QList<int> { 0, 1 } << 0 << QVariant(QStringLiteral("Enums"));
+    QTest::newRow("enum list code") << QList<int> { 0, 1 } << 1 << invalid;
+    QTest::newRow("enum list empty comment") << QList<int> { 0, 1 } << 2 << QVariant(QStringLiteral(" "));
+    QTest::newRow("bit list name") << QList<int> { 0, 0 } << 0 << QVariant(QStringLiteral("Bits"));
+    QTest::newRow("bit list code") << QList<int> { 0, 0 } << 1 << invalid;
+    QTest::newRow("enum value name") << QList<int> { 0, 1, 1 } << 0 << QVariant(QStringLiteral("Low"));
+    QTest::newRow("enum value code after two blanks") << QList<int> { 0, 1, 1 } << 1 << QVariant(QStringLiteral("  1"));
+    QTest::newRow("enum value comment") << QList<int> { 0, 1, 1 } << 2 << QVariant(QStringLiteral("slow"));
+    QTest::newRow("enum value in hex list") << QList<int> { 5, 0, 0 } << 1 << QVariant(QStringLiteral("  0x0010"));
+    QTest::newRow("nameless enum value name") << QList<int> { 5, 0, 1 } << 0 << QVariant(QStringLiteral(" "));
+    QTest::newRow("bit code in hex list") << QList<int> { 0, 0, 1 } << 1 << QVariant(QStringLiteral("  0x02"));
+    QTest::newRow("bit name") << QList<int> { 0, 0, 0 } << 0 << QVariant(QStringLiteral("Manual"));
+    QTest::newRow("bit empty comment") << QList<int> { 0, 0, 0 } << 2 << QVariant(QStringLiteral(" "));
+    QTest::newRow("blank enum line name") << QList<int> { 0, 1, 2 } << 0 << QVariant(QStringLiteral(" "));
+    QTest::newRow("blank enum line code is one blank") << QList<int> { 0, 1, 2 } << 1 << QVariant(QStringLiteral(" "));
+    QTest::newRow("comment bit line code is one blank") << QList<int> { 0, 0, 2 } << 1 << QVariant(QStringLiteral(" "));
+    QTest::newRow("comment bit line text") << QList<int> { 0, 0, 2 } << 2 << QVariant(QStringLiteral(" reserved "));
+    QTest::newRow("comment line name") << QList<int> { 1 } << 0 << QVariant(QStringLiteral(" "));
+    QTest::newRow("comment line code") << QList<int> { 1 } << 1 << QVariant(QStringLiteral("      "));
+    QTest::newRow("comment line text") << QList<int> { 1 } << 2 << QVariant(QStringLiteral(" Plain tags "));
+    QTest::newRow("blank tag line comment") << QList<int> { 2 } << 2 << QVariant(QStringLiteral(" "));
+    QTest::newRow("column 3") << QList<int> { 0 } << 3 << invalid;
 }
 
 void TestEditorModel::display()
@@ -352,19 +352,19 @@ void TestEditorModel::edit_data()
     QTest::addColumn<int>("column");
     QTest::addColumn<QVariant>("expected");
 
-    QTest::newRow("tag name") << QList<int>{0} << 0 << QVariant(QStringLiteral("Mode"));
-    QTest::newRow("tag code") << QList<int>{0} << 1 << QVariant(QStringLiteral("0x1002"));
-    QTest::newRow("tag comment") << QList<int>{0} << 2 << QVariant(QStringLiteral("Operating mode"));
-    QTest::newRow("tag empty name") << QList<int>{3} << 0 << QVariant(QString());
-    QTest::newRow("tag without code") << QList<int>{4} << 1 << invalid;
-    QTest::newRow("enum value code without blanks") << QList<int>{0, 1, 1} << 1 << QVariant(QStringLiteral("1"));
-    QTest::newRow("hex enum value code") << QList<int>{5, 0, 0} << 1 << QVariant(QStringLiteral("0x0010"));
-    QTest::newRow("bit code") << QList<int>{0, 0, 0} << 1 << QVariant(QStringLiteral("0x01"));
-    QTest::newRow("enum list") << QList<int>{0, 1} << 0 << invalid;
-    QTest::newRow("enum list comment") << QList<int>{0, 1} << 2 << invalid;
-    QTest::newRow("bit list") << QList<int>{0, 0} << 0 << invalid;
-    QTest::newRow("comment line text") << QList<int>{1} << 2 << QVariant(QStringLiteral(" Plain tags "));
-    QTest::newRow("column 3") << QList<int>{0} << 3 << invalid;
+    QTest::newRow("tag name") << QList<int> { 0 } << 0 << QVariant(QStringLiteral("Mode"));
+    QTest::newRow("tag code") << QList<int> { 0 } << 1 << QVariant(QStringLiteral("0x1002"));
+    QTest::newRow("tag comment") << QList<int> { 0 } << 2 << QVariant(QStringLiteral("Operating mode"));
+    QTest::newRow("tag empty name") << QList<int> { 3 } << 0 << QVariant(QString());
+    QTest::newRow("tag without code") << QList<int> { 4 } << 1 << invalid;
+    QTest::newRow("enum value code without blanks") << QList<int> { 0, 1, 1 } << 1 << QVariant(QStringLiteral("1"));
+    QTest::newRow("hex enum value code") << QList<int> { 5, 0, 0 } << 1 << QVariant(QStringLiteral("0x0010"));
+    QTest::newRow("bit code") << QList<int> { 0, 0, 0 } << 1 << QVariant(QStringLiteral("0x01"));
+    QTest::newRow("enum list") << QList<int> { 0, 1 } << 0 << invalid;
+    QTest::newRow("enum list comment") << QList<int> { 0, 1 } << 2 << invalid;
+    QTest::newRow("bit list") << QList<int> { 0, 0 } << 0 << invalid;
+    QTest::newRow("comment line text") << QList<int> { 1 } << 2 << QVariant(QStringLiteral(" Plain tags "));
+    QTest::newRow("column 3") << QList<int> { 0 } << 3 << invalid;
 }
 
 void TestEditorModel::edit()
@@ -396,8 +396,7 @@ void TestEditorModel::decoration_data()
     QTest::addColumn<QString>("icon");
 
     auto tag = [](const char *row, quint64 code, const char *icon) {
-        QTest::newRow(row) << int(Tag) << QStringLiteral("T") << true << code << QString()
-                           << QString::fromLatin1(icon);
+        QTest::newRow(row) << int(Tag) << QStringLiteral("T") << true << code << QString() << QString::fromLatin1(icon);
     };
     tag("tag binary", 0x0001, ":/icons/i16_data.png");
     tag("tag integer", 0x1001, ":/icons/i16_int.png");
@@ -428,10 +427,10 @@ void TestEditorModel::decoration_data()
                               << QStringLiteral(":/icons/i16_folder.png");
     QTest::newRow("enum value with code and name") << int(Enum) << QStringLiteral("E") << true << quint64(1)
                                                    << QString() << QStringLiteral(":/icons/i16_list.png");
-    QTest::newRow("enum value with code only") << int(Enum) << QString() << true << quint64(1) << QString()
+    QTest::newRow("enum value with code only")
+        << int(Enum) << QString() << true << quint64(1) << QString() << QStringLiteral(":/icons/i16_list.png");
+    QTest::newRow("enum value with name only") << int(Enum) << QStringLiteral("E") << false << quint64(0) << QString()
                                                << QStringLiteral(":/icons/i16_list.png");
-    QTest::newRow("enum value with name only") << int(Enum) << QStringLiteral("E") << false << quint64(0)
-                                               << QString() << QStringLiteral(":/icons/i16_list.png");
     QTest::newRow("bit with code and name") << int(Bit) << QStringLiteral("B") << true << quint64(1) << QString()
                                             << QStringLiteral(":/icons/i16_tiny_bullet.png");
     QTest::newRow("bit with code only") << int(Bit) << QString() << true << quint64(1) << QString()
@@ -579,22 +578,22 @@ void TestEditorModel::font_data()
     QTest::addColumn<int>("column");
     QTest::addColumn<QString>("font"); // "fixed", "comment" or empty for none
 
-    QTest::newRow("tag name") << QList<int>{0} << 0 << QStringLiteral("fixed");
-    QTest::newRow("tag code") << QList<int>{0} << 1 << QStringLiteral("fixed");
-    QTest::newRow("tag comment") << QList<int>{0} << 2 << QStringLiteral("comment");
-    QTest::newRow("enum value name") << QList<int>{0, 1, 0} << 0 << QStringLiteral("fixed");
-    QTest::newRow("enum value code") << QList<int>{0, 1, 0} << 1 << QStringLiteral("fixed");
-    QTest::newRow("enum value comment") << QList<int>{0, 1, 0} << 2 << QStringLiteral("comment");
-    QTest::newRow("bit name") << QList<int>{0, 0, 0} << 0 << QStringLiteral("fixed");
-    QTest::newRow("bit comment") << QList<int>{0, 0, 0} << 2 << QStringLiteral("comment");
-    QTest::newRow("enum list name") << QList<int>{0, 1} << 0 << QString();
-    QTest::newRow("enum list code") << QList<int>{0, 1} << 1 << QString();
-    QTest::newRow("enum list comment") << QList<int>{0, 1} << 2 << QStringLiteral("comment");
-    QTest::newRow("bit list name") << QList<int>{0, 0} << 0 << QString();
-    QTest::newRow("bit list comment") << QList<int>{0, 0} << 2 << QStringLiteral("comment");
-    QTest::newRow("comment line name") << QList<int>{1} << 0 << QStringLiteral("fixed");
-    QTest::newRow("comment line text") << QList<int>{1} << 2 << QStringLiteral("comment");
-    QTest::newRow("column 3") << QList<int>{0} << 3 << QString();
+    QTest::newRow("tag name") << QList<int> { 0 } << 0 << QStringLiteral("fixed");
+    QTest::newRow("tag code") << QList<int> { 0 } << 1 << QStringLiteral("fixed");
+    QTest::newRow("tag comment") << QList<int> { 0 } << 2 << QStringLiteral("comment");
+    QTest::newRow("enum value name") << QList<int> { 0, 1, 0 } << 0 << QStringLiteral("fixed");
+    QTest::newRow("enum value code") << QList<int> { 0, 1, 0 } << 1 << QStringLiteral("fixed");
+    QTest::newRow("enum value comment") << QList<int> { 0, 1, 0 } << 2 << QStringLiteral("comment");
+    QTest::newRow("bit name") << QList<int> { 0, 0, 0 } << 0 << QStringLiteral("fixed");
+    QTest::newRow("bit comment") << QList<int> { 0, 0, 0 } << 2 << QStringLiteral("comment");
+    QTest::newRow("enum list name") << QList<int> { 0, 1 } << 0 << QString();
+    QTest::newRow("enum list code") << QList<int> { 0, 1 } << 1 << QString();
+    QTest::newRow("enum list comment") << QList<int> { 0, 1 } << 2 << QStringLiteral("comment");
+    QTest::newRow("bit list name") << QList<int> { 0, 0 } << 0 << QString();
+    QTest::newRow("bit list comment") << QList<int> { 0, 0 } << 2 << QStringLiteral("comment");
+    QTest::newRow("comment line name") << QList<int> { 1 } << 0 << QStringLiteral("fixed");
+    QTest::newRow("comment line text") << QList<int> { 1 } << 2 << QStringLiteral("comment");
+    QTest::newRow("column 3") << QList<int> { 0 } << 3 << QString();
 }
 
 void TestEditorModel::font()
@@ -623,11 +622,11 @@ void TestEditorModel::font()
 
 void TestEditorModel::defaultFonts()
 {
-    EditorModel model;
-    QCOMPARE(model.fixedFont().family(), QStringLiteral("Monospace"));
-    QCOMPARE(model.fixedFont().styleHint(), QFont::TypeWriter);
-    QCOMPARE(model.fixedFont().styleStrategy(), QFont::PreferDefault);
-    QCOMPARE(model.commentFont(), QFont());
+    Fixture f;
+    QCOMPARE(f.model.fixedFont().family(), QStringLiteral("Monospace"));
+    QCOMPARE(f.model.fixedFont().styleHint(), QFont::TypeWriter);
+    QCOMPARE(f.model.fixedFont().styleStrategy(), QFont::PreferDefault);
+    QCOMPARE(f.model.commentFont(), QFont());
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -679,48 +678,62 @@ void TestEditorModel::highlight_data()
 
     // Complete items and lists have no colour.
     for (int c = 0; c < 3; ++c) {
-        QTest::newRow(qPrintable(QStringLiteral("complete value, column %1").arg(c))) << lists << QList<int>{0, 1, 9} << c << QString();
-        QTest::newRow(qPrintable(QStringLiteral("complete tag, column %1").arg(c))) << tags << QList<int>{10} << c << QString();
-        QTest::newRow(qPrintable(QStringLiteral("list, column %1").arg(c))) << lists << QList<int>{0, 1} << c << QString();
-        QTest::newRow(qPrintable(QStringLiteral("blank line, column %1").arg(c))) << lists << QList<int>{0, 1, 8} << c << QString();
-        QTest::newRow(qPrintable(QStringLiteral("comment line, column %1").arg(c))) << lists << QList<int>{0, 1, 7} << c << QStringLiteral("comment");
-        QTest::newRow(qPrintable(QStringLiteral("complete tag with list, column %1").arg(c))) << tags << QList<int>{9} << c << QString();
-        QTest::newRow(qPrintable(QStringLiteral("list children without name or code, column %1").arg(c))) << tags << QList<int>{8} << c << QStringLiteral("marked");
+        QTest::newRow(qPrintable(QStringLiteral("complete value, column %1").arg(c)))
+            << lists << QList<int> { 0, 1, 9 } << c << QString();
+        QTest::newRow(qPrintable(QStringLiteral("complete tag, column %1").arg(c)))
+            << tags << QList<int> { 10 } << c << QString();
+        QTest::newRow(qPrintable(QStringLiteral("list, column %1").arg(c)))
+            << lists << QList<int> { 0, 1 } << c << QString();
+        QTest::newRow(qPrintable(QStringLiteral("blank line, column %1").arg(c)))
+            << lists << QList<int> { 0, 1, 8 } << c << QString();
+        QTest::newRow(qPrintable(QStringLiteral("comment line, column %1").arg(c)))
+            << lists << QList<int> { 0, 1, 7 } << c << QStringLiteral("comment");
+        QTest::newRow(qPrintable(QStringLiteral("complete tag with list, column %1").arg(c)))
+            << tags << QList<int> { 9 } << c << QString();
+        QTest::newRow(qPrintable(QStringLiteral("list children without name or code, column %1").arg(c)))
+            << tags << QList<int> { 8 } << c << QStringLiteral("marked");
     }
     // a: a name but no code, in the name and code columns.
-    QTest::newRow("tag name without code, column 0") << tags << QList<int>{0} << 0 << QStringLiteral("marked");
-    QTest::newRow("tag name without code, column 1") << tags << QList<int>{0} << 1 << QStringLiteral("marked");
-    QTest::newRow("tag name without code, column 2") << tags << QList<int>{0} << 2 << QString();
-    QTest::newRow("enum name without code, column 0") << lists << QList<int>{0, 1, 3} << 0 << QStringLiteral("marked");
-    QTest::newRow("enum name without code, column 2") << lists << QList<int>{0, 1, 3} << 2 << QString();
+    QTest::newRow("tag name without code, column 0") << tags << QList<int> { 0 } << 0 << QStringLiteral("marked");
+    QTest::newRow("tag name without code, column 1") << tags << QList<int> { 0 } << 1 << QStringLiteral("marked");
+    QTest::newRow("tag name without code, column 2") << tags << QList<int> { 0 } << 2 << QString();
+    QTest::newRow("enum name without code, column 0")
+        << lists << QList<int> { 0, 1, 3 } << 0 << QStringLiteral("marked");
+    QTest::newRow("enum name without code, column 2") << lists << QList<int> { 0, 1, 3 } << 2 << QString();
     // b: a code but no name, except for a commented enumeration value.
-    QTest::newRow("tag code without name, column 0") << tags << QList<int>{1} << 0 << QStringLiteral("marked");
-    QTest::newRow("tag code without name, column 1") << tags << QList<int>{1} << 1 << QStringLiteral("marked");
-    QTest::newRow("tag code without name, column 2") << tags << QList<int>{1} << 2 << QString();
-    QTest::newRow("enum code without name, column 1") << lists << QList<int>{0, 1, 2} << 1 << QStringLiteral("marked");
-    QTest::newRow("enum code and comment without name, column 0") << lists << QList<int>{0, 1, 1} << 0 << QString();
-    QTest::newRow("enum code and comment without name, column 1") << lists << QList<int>{0, 1, 1} << 1 << QString();
-    QTest::newRow("bit code and comment without name, column 0") << lists << QList<int>{0, 0, 0} << 0 << QStringLiteral("marked");
-    QTest::newRow("bit code and comment without name, column 2") << lists << QList<int>{0, 0, 0} << 2 << QString();
+    QTest::newRow("tag code without name, column 0") << tags << QList<int> { 1 } << 0 << QStringLiteral("marked");
+    QTest::newRow("tag code without name, column 1") << tags << QList<int> { 1 } << 1 << QStringLiteral("marked");
+    QTest::newRow("tag code without name, column 2") << tags << QList<int> { 1 } << 2 << QString();
+    QTest::newRow("enum code without name, column 1")
+        << lists << QList<int> { 0, 1, 2 } << 1 << QStringLiteral("marked");
+    QTest::newRow("enum code and comment without name, column 0") << lists << QList<int> { 0, 1, 1 } << 0 << QString();
+    QTest::newRow("enum code and comment without name, column 1") << lists << QList<int> { 0, 1, 1 } << 1 << QString();
+    QTest::newRow("bit code and comment without name, column 0")
+        << lists << QList<int> { 0, 0, 0 } << 0 << QStringLiteral("marked");
+    QTest::newRow("bit code and comment without name, column 2") << lists << QList<int> { 0, 0, 0 } << 2 << QString();
     // c: collisions, name in column 0, code in column 1.
-    QTest::newRow("name collision, column 0") << tags << QList<int>{2} << 0 << QStringLiteral("marked");
-    QTest::newRow("name collision, column 1") << tags << QList<int>{2} << 1 << QString();
-    QTest::newRow("name collision, column 2") << tags << QList<int>{2} << 2 << QString();
-    QTest::newRow("other name collision, column 0") << tags << QList<int>{3} << 0 << QStringLiteral("marked");
-    QTest::newRow("code collision, column 0") << tags << QList<int>{4} << 0 << QString();
-    QTest::newRow("code collision, column 1") << tags << QList<int>{4} << 1 << QStringLiteral("marked");
-    QTest::newRow("other code collision, column 1") << tags << QList<int>{5} << 1 << QStringLiteral("marked");
-    QTest::newRow("code collision, column 2") << tags << QList<int>{5} << 2 << QString();
-    QTest::newRow("value name collision, column 0") << lists << QList<int>{0, 1, 4} << 0 << QStringLiteral("marked");
-    QTest::newRow("value name collision, column 1") << lists << QList<int>{0, 1, 4} << 1 << QString();
-    QTest::newRow("value code collision, column 1") << lists << QList<int>{0, 1, 6} << 1 << QStringLiteral("marked");
-    QTest::newRow("value code collision, column 0") << lists << QList<int>{0, 1, 6} << 0 << QString();
-    QTest::newRow("value code collision, first, column 1") << lists << QList<int>{0, 1, 0} << 1 << QStringLiteral("marked");
-    QTest::newRow("value code collision, first, column 0") << lists << QList<int>{0, 1, 0} << 0 << QString();
+    QTest::newRow("name collision, column 0") << tags << QList<int> { 2 } << 0 << QStringLiteral("marked");
+    QTest::newRow("name collision, column 1") << tags << QList<int> { 2 } << 1 << QString();
+    QTest::newRow("name collision, column 2") << tags << QList<int> { 2 } << 2 << QString();
+    QTest::newRow("other name collision, column 0") << tags << QList<int> { 3 } << 0 << QStringLiteral("marked");
+    QTest::newRow("code collision, column 0") << tags << QList<int> { 4 } << 0 << QString();
+    QTest::newRow("code collision, column 1") << tags << QList<int> { 4 } << 1 << QStringLiteral("marked");
+    QTest::newRow("other code collision, column 1") << tags << QList<int> { 5 } << 1 << QStringLiteral("marked");
+    QTest::newRow("code collision, column 2") << tags << QList<int> { 5 } << 2 << QString();
+    QTest::newRow("value name collision, column 0") << lists << QList<int> { 0, 1, 4 } << 0 << QStringLiteral("marked");
+    QTest::newRow("value name collision, column 1") << lists << QList<int> { 0, 1, 4 } << 1 << QString();
+    QTest::newRow("value code collision, column 1") << lists << QList<int> { 0, 1, 6 } << 1 << QStringLiteral("marked");
+    QTest::newRow("value code collision, column 0") << lists << QList<int> { 0, 1, 6 } << 0 << QString();
+    QTest::newRow("value code collision, first, column 1")
+        << lists << QList<int> { 0, 1, 0 } << 1 << QStringLiteral("marked");
+    QTest::newRow("value code collision, first, column 0") << lists << QList<int> { 0, 1, 0 } << 0 << QString();
     // d: children and a missing name or code mark every column.
-    QTest::newRow("name without code with children, column 2") << tags << QList<int>{6} << 2 << QStringLiteral("marked");
-    QTest::newRow("code without name with children, column 2") << tags << QList<int>{7} << 2 << QStringLiteral("marked");
-    QTest::newRow("code without name with children, column 0") << tags << QList<int>{7} << 0 << QStringLiteral("marked");
+    QTest::newRow("name without code with children, column 2")
+        << tags << QList<int> { 6 } << 2 << QStringLiteral("marked");
+    QTest::newRow("code without name with children, column 2")
+        << tags << QList<int> { 7 } << 2 << QStringLiteral("marked");
+    QTest::newRow("code without name with children, column 0")
+        << tags << QList<int> { 7 } << 0 << QStringLiteral("marked");
 }
 
 void TestEditorModel::highlight()
@@ -770,8 +783,8 @@ void TestEditorModel::commentLineColourOnEveryRow()
             QCOMPARE(f.model.data(index, Qt::BackgroundRole).value<QColor>(), QColor(222, 255, 222));
             QCOMPARE(f.model.data(index, Qt::ForegroundRole).value<QColor>(), QColor(0, 0, 0));
             // The row handed to highlightData does not matter either.
-            QCOMPARE(f.model.highlightData(f.at({row}), row * 7 + 1, column, Qt::BackgroundRole).value<QColor>(),
-                     QColor(222, 255, 222));
+            QCOMPARE(f.model.highlightData(f.at({ row }), row * 7 + 1, column, Qt::BackgroundRole).value<QColor>(),
+                QColor(222, 255, 222));
         }
     }
 }
@@ -785,7 +798,7 @@ void TestEditorModel::collisionsInDifferentParentsNotMarked()
                        "    <enums><enum name=\"Same\" id=\"1\"/></enums>\n"
                        "    <bits><bit name=\"Same\" id=\"1\"/></bits>\n"
                        "  </tag>\n"));
-    const QList<QModelIndex> indexes = {f.index({0, 0, 0}), f.index({1, 0, 0}), f.index({1, 1, 0})};
+    const QList<QModelIndex> indexes = { f.index({ 0, 0, 0 }), f.index({ 1, 0, 0 }), f.index({ 1, 1, 0 }) };
     for (const QModelIndex &index : indexes) {
         for (int column = 0; column < 3; ++column) {
             const QModelIndex cell = index.siblingAtColumn(column);
@@ -799,7 +812,7 @@ void TestEditorModel::collisionsInDifferentParentsNotMarked()
 void TestEditorModel::otherRoles()
 {
     Fixture f(roleTree);
-    const QModelIndex index = f.index({0});
+    const QModelIndex index = f.index({ 0 });
     QVERIFY(!f.model.data(index, Qt::StatusTipRole).isValid());
     QVERIFY(!f.model.data(index, Qt::WhatsThisRole).isValid());
     QVERIFY(!f.model.data(index, Qt::SizeHintRole).isValid());
@@ -853,18 +866,18 @@ void TestEditorModel::flags_data()
     QTest::addColumn<int>("column");
     QTest::addColumn<int>("flags");
 
-    const int named = Qt::ItemIsSelectable | Qt::ItemIsEditable | Qt::ItemIsDragEnabled | Qt::ItemIsDropEnabled
-        | Qt::ItemIsEnabled;
+    const int named
+        = Qt::ItemIsSelectable | Qt::ItemIsEditable | Qt::ItemIsDragEnabled | Qt::ItemIsDropEnabled | Qt::ItemIsEnabled;
     const int list = Qt::ItemIsSelectable | Qt::ItemIsDropEnabled | Qt::ItemIsEnabled;
-    QTest::newRow("tag") << QList<int>{0} << 0 << named;
-    QTest::newRow("tag code") << QList<int>{0} << 1 << named;
-    QTest::newRow("tag comment") << QList<int>{0} << 2 << named;
-    QTest::newRow("enum value") << QList<int>{0, 1, 0} << 0 << named;
-    QTest::newRow("bit") << QList<int>{0, 0, 0} << 1 << named;
-    QTest::newRow("comment line") << QList<int>{1} << 0 << named;
-    QTest::newRow("blank line") << QList<int>{2} << 2 << named;
-    QTest::newRow("enum list") << QList<int>{0, 1} << 0 << list;
-    QTest::newRow("bit list") << QList<int>{0, 0} << 2 << list;
+    QTest::newRow("tag") << QList<int> { 0 } << 0 << named;
+    QTest::newRow("tag code") << QList<int> { 0 } << 1 << named;
+    QTest::newRow("tag comment") << QList<int> { 0 } << 2 << named;
+    QTest::newRow("enum value") << QList<int> { 0, 1, 0 } << 0 << named;
+    QTest::newRow("bit") << QList<int> { 0, 0, 0 } << 1 << named;
+    QTest::newRow("comment line") << QList<int> { 1 } << 0 << named;
+    QTest::newRow("blank line") << QList<int> { 2 } << 2 << named;
+    QTest::newRow("enum list") << QList<int> { 0, 1 } << 0 << list;
+    QTest::newRow("bit list") << QList<int> { 0, 0 } << 2 << list;
 }
 
 void TestEditorModel::flags()
@@ -892,7 +905,7 @@ void TestEditorModel::flagsOfUnusualIndexes()
     QCOMPARE(int(model.flags(QModelIndex())), int(Qt::NoItemFlags));
     QCOMPARE(int(model.flags(model.createIndex(0, 0, root))), int(Qt::ItemIsDropEnabled));
     QCOMPARE(int(model.flags(model.createIndex(0, 0, nullptr))),
-             int(Qt::ItemIsSelectable | Qt::ItemIsDropEnabled | Qt::ItemIsEnabled));
+        int(Qt::ItemIsSelectable | Qt::ItemIsDropEnabled | Qt::ItemIsEnabled));
     Item odd;
     odd.type = ItemType(7);
     QCOMPARE(int(model.flags(model.createIndex(0, 0, &odd))), int(Qt::NoItemFlags));
@@ -918,10 +931,10 @@ void TestEditorModel::fontsRepaintAllChildren()
     QCOMPARE(f.model.commentFont(), QFont(QStringLiteral("Serif"), 12));
 
     spy.clear();
-    f.model.allChildrenChanged(f.at({0}));
+    f.model.allChildrenChanged(f.at({ 0 }));
     QCOMPARE(signalText(spy), QStringLiteral("dataChanged 0,0-2,3 Mode"));
-    QCOMPARE(spy.first().at(0).value<QModelIndex>().internalPointer(), static_cast<void *>(f.at({0})));
-    QCOMPARE(spy.first().at(1).value<QModelIndex>().internalPointer(), static_cast<void *>(f.at({0})));
+    QCOMPARE(spy.first().at(0).value<QModelIndex>().internalPointer(), static_cast<void *>(f.at({ 0 })));
+    QCOMPARE(spy.first().at(1).value<QModelIndex>().internalPointer(), static_cast<void *>(f.at({ 0 })));
     QCOMPARE(f.stack.count(), 0);
 }
 
@@ -929,7 +942,7 @@ void TestEditorModel::allChildrenChangedWithoutChildrenEmitsNothing()
 {
     Fixture f(roleTree);
     QSignalSpy spy(&f.model, &QAbstractItemModel::dataChanged);
-    f.model.allChildrenChanged(f.at({4}));
+    f.model.allChildrenChanged(f.at({ 4 }));
     f.model.allChildrenChanged(nullptr);
     QCOMPARE(spy.count(), 0);
 
@@ -953,73 +966,73 @@ void TestEditorModel::setData_data()
     QTest::addColumn<QString>("display"); // display text of the cell afterwards
 
     const int edit = Qt::EditRole;
-    QTest::newRow("rename tag") << QList<int>{0} << 0 << edit << QVariant(QStringLiteral("State")) << true
+    QTest::newRow("rename tag") << QList<int> { 0 } << 0 << edit << QVariant(QStringLiteral("State")) << true
                                 << QStringLiteral("Change name") << QStringLiteral("State");
-    QTest::newRow("same name") << QList<int>{0} << 0 << edit << QVariant(QStringLiteral("Mode")) << true << QString()
+    QTest::newRow("same name") << QList<int> { 0 } << 0 << edit << QVariant(QStringLiteral("Mode")) << true << QString()
                                << QStringLiteral("Mode");
-    QTest::newRow("name of nameless tag") << QList<int>{3} << 0 << edit << QVariant(QStringLiteral("Named")) << true
+    QTest::newRow("name of nameless tag") << QList<int> { 3 } << 0 << edit << QVariant(QStringLiteral("Named")) << true
                                           << QStringLiteral("Set name") << QStringLiteral("Named");
-    QTest::newRow("clear name") << QList<int>{0} << 0 << edit << QVariant(QString()) << true
+    QTest::newRow("clear name") << QList<int> { 0 } << 0 << edit << QVariant(QString()) << true
                                 << QStringLiteral("Remove name") << QStringLiteral(" ");
-    QTest::newRow("name is not checked") << QList<int>{0} << 0 << edit << QVariant(QStringLiteral("1 bad")) << true
+    QTest::newRow("name is not checked") << QList<int> { 0 } << 0 << edit << QVariant(QStringLiteral("1 bad")) << true
                                          << QStringLiteral("Change name") << QStringLiteral("1 bad");
-    QTest::newRow("tag code hex") << QList<int>{0} << 1 << edit << QVariant(QStringLiteral("0x2002")) << true
+    QTest::newRow("tag code hex") << QList<int> { 0 } << 1 << edit << QVariant(QStringLiteral("0x2002")) << true
                                   << QStringLiteral("Change tag code") << QStringLiteral("0x2002");
-    QTest::newRow("tag code decimal") << QList<int>{0} << 1 << edit << QVariant(QStringLiteral("4099")) << true
+    QTest::newRow("tag code decimal") << QList<int> { 0 } << 1 << edit << QVariant(QStringLiteral("4099")) << true
                                       << QStringLiteral("Change tag code") << QStringLiteral("0x1003");
-    QTest::newRow("tag code binary") << QList<int>{0} << 1 << edit << QVariant(QStringLiteral("0b101")) << true
+    QTest::newRow("tag code binary") << QList<int> { 0 } << 1 << edit << QVariant(QStringLiteral("0b101")) << true
                                      << QStringLiteral("Change tag code") << QStringLiteral("0x0005");
-    QTest::newRow("tag code from number") << QList<int>{0} << 1 << edit << QVariant(8193) << true
+    QTest::newRow("tag code from number") << QList<int> { 0 } << 1 << edit << QVariant(8193) << true
                                           << QStringLiteral("Change tag code") << QStringLiteral("0x2001");
-    QTest::newRow("same tag code") << QList<int>{0} << 1 << edit << QVariant(QStringLiteral("4098")) << true
+    QTest::newRow("same tag code") << QList<int> { 0 } << 1 << edit << QVariant(QStringLiteral("4098")) << true
                                    << QString() << QStringLiteral("0x1002");
-    QTest::newRow("set tag code") << QList<int>{4} << 1 << edit << QVariant(QStringLiteral("0x3003")) << true
+    QTest::newRow("set tag code") << QList<int> { 4 } << 1 << edit << QVariant(QStringLiteral("0x3003")) << true
                                   << QStringLiteral("Set tag code") << QStringLiteral("0x3003");
-    QTest::newRow("remove tag code") << QList<int>{0} << 1 << edit << QVariant(QString()) << true
+    QTest::newRow("remove tag code") << QList<int> { 0 } << 1 << edit << QVariant(QString()) << true
                                      << QStringLiteral("Remove tag code") << QStringLiteral("      ");
-    QTest::newRow("tag code not a number") << QList<int>{0} << 1 << edit << QVariant(QStringLiteral("0x12G"))
+    QTest::newRow("tag code not a number") << QList<int> { 0 } << 1 << edit << QVariant(QStringLiteral("0x12G"))
                                            << false << QString() << QStringLiteral("0x1002");
-    QTest::newRow("tag code with blank") << QList<int>{0} << 1 << edit << QVariant(QStringLiteral(" 12")) << false
+    QTest::newRow("tag code with blank") << QList<int> { 0 } << 1 << edit << QVariant(QStringLiteral(" 12")) << false
                                          << QString() << QStringLiteral("0x1002");
-    QTest::newRow("tag code 0xFFFF") << QList<int>{0} << 1 << edit << QVariant(QStringLiteral("0xFFFF")) << true
+    QTest::newRow("tag code 0xFFFF") << QList<int> { 0 } << 1 << edit << QVariant(QStringLiteral("0xFFFF")) << true
                                      << QStringLiteral("Change tag code") << QStringLiteral("0xFFFF");
-    QTest::newRow("tag code 0x10000") << QList<int>{0} << 1 << edit << QVariant(QStringLiteral("0x10000")) << false
+    QTest::newRow("tag code 0x10000") << QList<int> { 0 } << 1 << edit << QVariant(QStringLiteral("0x10000")) << false
                                       << QString() << QStringLiteral("0x1002");
-    QTest::newRow("enum code") << QList<int>{0, 1, 0} << 1 << edit << QVariant(QStringLiteral("5")) << true
+    QTest::newRow("enum code") << QList<int> { 0, 1, 0 } << 1 << edit << QVariant(QStringLiteral("5")) << true
                                << QStringLiteral("Change enum code") << QStringLiteral("  5");
-    QTest::newRow("enum code 70000") << QList<int>{0, 1, 0} << 1 << edit << QVariant(QStringLiteral("70000")) << true
+    QTest::newRow("enum code 70000") << QList<int> { 0, 1, 0 } << 1 << edit << QVariant(QStringLiteral("70000")) << true
                                      << QStringLiteral("Change enum code") << QStringLiteral("  70000");
-    QTest::newRow("set enum code") << QList<int>{0, 1, 2} << 1 << edit << QVariant(QStringLiteral("4")) << true
+    QTest::newRow("set enum code") << QList<int> { 0, 1, 2 } << 1 << edit << QVariant(QStringLiteral("4")) << true
                                    << QStringLiteral("Set enum code") << QStringLiteral("  4");
-    QTest::newRow("remove enum code") << QList<int>{0, 1, 0} << 1 << edit << QVariant(QString()) << true
+    QTest::newRow("remove enum code") << QList<int> { 0, 1, 0 } << 1 << edit << QVariant(QString()) << true
                                       << QStringLiteral("Remove enum code") << QStringLiteral(" ");
-    QTest::newRow("bit number") << QList<int>{0, 0, 0} << 1 << edit << QVariant(QStringLiteral("0x10")) << true
+    QTest::newRow("bit number") << QList<int> { 0, 0, 0 } << 1 << edit << QVariant(QStringLiteral("0x10")) << true
                                 << QStringLiteral("Change bit number") << QStringLiteral("  0x10");
-    QTest::newRow("set bit number") << QList<int>{0, 0, 2} << 1 << edit << QVariant(QStringLiteral("4")) << true
+    QTest::newRow("set bit number") << QList<int> { 0, 0, 2 } << 1 << edit << QVariant(QStringLiteral("4")) << true
                                     << QStringLiteral("Set bit number") << QStringLiteral("  0x04");
-    QTest::newRow("remove bit number") << QList<int>{0, 0, 1} << 1 << edit << QVariant(QString()) << true
+    QTest::newRow("remove bit number") << QList<int> { 0, 0, 1 } << 1 << edit << QVariant(QString()) << true
                                        << QStringLiteral("Remove bit number") << QStringLiteral(" ");
-    QTest::newRow("bit number 70000") << QList<int>{0, 0, 0} << 1 << edit << QVariant(QStringLiteral("70000")) << true
-                                      << QStringLiteral("Change bit number") << QStringLiteral("  0x11170");
-    QTest::newRow("set comment") << QList<int>{4} << 2 << edit << QVariant(QStringLiteral("note")) << true
+    QTest::newRow("bit number 70000") << QList<int> { 0, 0, 0 } << 1 << edit << QVariant(QStringLiteral("70000"))
+                                      << true << QStringLiteral("Change bit number") << QStringLiteral("  0x11170");
+    QTest::newRow("set comment") << QList<int> { 4 } << 2 << edit << QVariant(QStringLiteral("note")) << true
                                  << QStringLiteral("Set comment") << QStringLiteral("note");
-    QTest::newRow("change comment") << QList<int>{0} << 2 << edit << QVariant(QStringLiteral("note")) << true
+    QTest::newRow("change comment") << QList<int> { 0 } << 2 << edit << QVariant(QStringLiteral("note")) << true
                                     << QStringLiteral("Change comment") << QStringLiteral("note");
-    QTest::newRow("same comment") << QList<int>{0} << 2 << edit << QVariant(QStringLiteral("Operating mode")) << true
+    QTest::newRow("same comment") << QList<int> { 0 } << 2 << edit << QVariant(QStringLiteral("Operating mode")) << true
                                   << QString() << QStringLiteral("Operating mode");
-    QTest::newRow("remove comment") << QList<int>{0} << 2 << edit << QVariant(QString()) << true
+    QTest::newRow("remove comment") << QList<int> { 0 } << 2 << edit << QVariant(QString()) << true
                                     << QStringLiteral("Remove comment") << QStringLiteral(" ");
-    QTest::newRow("comment of a comment line") << QList<int>{1} << 2 << edit << QVariant(QStringLiteral("other"))
+    QTest::newRow("comment of a comment line") << QList<int> { 1 } << 2 << edit << QVariant(QStringLiteral("other"))
                                                << true << QStringLiteral("Change comment") << QStringLiteral("other");
-    QTest::newRow("name of a blank line") << QList<int>{2} << 0 << edit << QVariant(QStringLiteral("Fresh")) << true
+    QTest::newRow("name of a blank line") << QList<int> { 2 } << 0 << edit << QVariant(QStringLiteral("Fresh")) << true
                                           << QStringLiteral("Set name") << QStringLiteral("Fresh");
-    QTest::newRow("display role") << QList<int>{0} << 0 << int(Qt::DisplayRole) << QVariant(QStringLiteral("X"))
+    QTest::newRow("display role") << QList<int> { 0 } << 0 << int(Qt::DisplayRole) << QVariant(QStringLiteral("X"))
                                   << false << QString() << QStringLiteral("Mode");
-    QTest::newRow("enum list name") << QList<int>{0, 1} << 0 << edit << QVariant(QStringLiteral("X")) << false
+    QTest::newRow("enum list name") << QList<int> { 0, 1 } << 0 << edit << QVariant(QStringLiteral("X")) << false
                                     << QString() << QStringLiteral("Enums");
-    QTest::newRow("bit list comment") << QList<int>{0, 0} << 2 << edit << QVariant(QStringLiteral("X")) << false
+    QTest::newRow("bit list comment") << QList<int> { 0, 0 } << 2 << edit << QVariant(QStringLiteral("X")) << false
                                       << QString() << QStringLiteral(" ");
-    QTest::newRow("column 3") << QList<int>{0} << 3 << edit << QVariant(QStringLiteral("X")) << false << QString()
+    QTest::newRow("column 3") << QList<int> { 0 } << 3 << edit << QVariant(QStringLiteral("X")) << false << QString()
                               << QString();
 }
 
@@ -1061,22 +1074,22 @@ void TestEditorModel::setDataOfWideCode()
     tag->appendChild(list);
     root->appendChild(tag);
     Fixture f(root);
-    QVERIFY(f.model.setData(f.index({0, 0, 0}, 1), QStringLiteral("5")));
+    QVERIFY(f.model.setData(f.index({ 0, 0, 0 }, 1), QStringLiteral("5")));
     QCOMPARE(f.stack.count(), 1);
-    QCOMPARE(f.at({0, 0, 0})->id, quint64(5));
+    QCOMPARE(f.at({ 0, 0, 0 })->id, quint64(5));
     // Undo brings the code back with its upper half cleared.
     f.stack.undo();
-    QCOMPARE(f.at({0, 0, 0})->id, quint64(5));
-    QVERIFY(f.at({0, 0, 0})->hasId);
+    QCOMPARE(f.at({ 0, 0, 0 })->id, quint64(5));
+    QVERIFY(f.at({ 0, 0, 0 })->hasId);
 }
 
 void TestEditorModel::setDataEmitsOnePastTheEnd()
 {
     Fixture f(roleTree);
     QSignalSpy spy(&f.model, &QAbstractItemModel::dataChanged);
-    QVERIFY(f.model.setData(f.index({0, 1, 1}, 2), QStringLiteral("quick")));
+    QVERIFY(f.model.setData(f.index({ 0, 1, 1 }, 2), QStringLiteral("quick")));
     QCOMPARE(signalText(spy), QStringLiteral("dataChanged 1,0-1,3 Low"));
-    QCOMPARE(spy.first().at(0).value<QModelIndex>().internalPointer(), static_cast<void *>(f.at({0, 1, 1})));
+    QCOMPARE(spy.first().at(0).value<QModelIndex>().internalPointer(), static_cast<void *>(f.at({ 0, 1, 1 })));
     spy.clear();
     f.stack.undo();
     QCOMPARE(signalText(spy), QStringLiteral("dataChanged 1,0-1,3 Low"));
@@ -1085,27 +1098,27 @@ void TestEditorModel::setDataEmitsOnePastTheEnd()
 void TestEditorModel::tagCodeOutOfRange()
 {
     Fixture f(roleTree);
-    QVERIFY(!f.model.setData(f.index({0}, 1), QStringLiteral("70000")));
+    QVERIFY(!f.model.setData(f.index({ 0 }, 1), QStringLiteral("70000")));
     QCOMPARE(f.stack.count(), 0);
-    QCOMPARE(f.at({0})->id, quint64(0x1002));
-    QVERIFY(f.model.setData(f.index({0, 1, 0}, 1), QStringLiteral("70000")));
-    QCOMPARE(f.at({0, 1, 0})->id, quint64(70000));
-    QVERIFY(f.model.setData(f.index({0, 0, 0}, 1), QStringLiteral("70000")));
-    QCOMPARE(f.at({0, 0, 0})->id, quint64(70000));
+    QCOMPARE(f.at({ 0 })->id, quint64(0x1002));
+    QVERIFY(f.model.setData(f.index({ 0, 1, 0 }, 1), QStringLiteral("70000")));
+    QCOMPARE(f.at({ 0, 1, 0 })->id, quint64(70000));
+    QVERIFY(f.model.setData(f.index({ 0, 0, 0 }, 1), QStringLiteral("70000")));
+    QCOMPARE(f.at({ 0, 0, 0 })->id, quint64(70000));
     QCOMPARE(f.stack.count(), 2);
 }
 
 void TestEditorModel::clearingCodeCell()
 {
     Fixture f(roleTree);
-    QVERIFY(f.model.setData(f.index({0, 1, 1}, 1), QString()));
+    QVERIFY(f.model.setData(f.index({ 0, 1, 1 }, 1), QString()));
     QCOMPARE(f.stack.count(), 1);
     QCOMPARE(f.stack.text(0), QStringLiteral("Remove enum code"));
-    QVERIFY(!f.at({0, 1, 1})->hasId);
-    QCOMPARE(f.at({0, 1, 1})->id, quint64(0));
+    QVERIFY(!f.at({ 0, 1, 1 })->hasId);
+    QCOMPARE(f.at({ 0, 1, 1 })->id, quint64(0));
     // Without a code nothing happens.
-    QVERIFY(f.model.setData(f.index({4}, 1), QString()));
-    QVERIFY(f.model.setData(f.index({0, 1, 1}, 1), QString()));
+    QVERIFY(f.model.setData(f.index({ 4 }, 1), QString()));
+    QVERIFY(f.model.setData(f.index({ 0, 1, 1 }, 1), QString()));
     QCOMPARE(f.stack.count(), 1);
 }
 
@@ -1115,16 +1128,16 @@ void TestEditorModel::clearingCodeCell()
 void TestEditorModel::setItemData()
 {
     Fixture f(roleTree);
-    Item *mode = f.at({0});
+    Item *mode = f.at({ 0 });
     ItemData data = *mode;
-    QVERIFY(f.model.setItemData(f.index({0}), data));
+    QVERIFY(f.model.setItemData(f.index({ 0 }), data));
     QCOMPARE(f.stack.count(), 0);
 
     data.secure = true;
     data.display.mode = 3;
     data.display.digits = 2;
     QSignalSpy spy(&f.model, &QAbstractItemModel::dataChanged);
-    QVERIFY(f.model.setItemData(f.index({0}, 2), data));
+    QVERIFY(f.model.setItemData(f.index({ 0 }, 2), data));
     QCOMPARE(f.stack.count(), 1);
     QCOMPARE(f.stack.text(0), QStringLiteral("Change item"));
     QVERIFY(static_cast<const ItemData &>(*mode) == data);
@@ -1149,13 +1162,13 @@ void TestEditorModel::insertEmptyRow_data()
     QTest::addColumn<int>("kind");
     QTest::addColumn<QString>("text");
 
-    QTest::newRow("tag at the start") << QList<int>{} << 0 << 0 << int(Tag) << QStringLiteral("Insert tag");
-    QTest::newRow("tag in the middle") << QList<int>{} << 3 << 3 << int(Tag) << QStringLiteral("Insert tag");
-    QTest::newRow("tag past the end") << QList<int>{} << 99 << 6 << int(Tag) << QStringLiteral("Insert tag");
-    QTest::newRow("enum value") << QList<int>{0, 1} << 1 << 1 << int(Enum) << QStringLiteral("Insert enum");
-    QTest::newRow("enum value at end") << QList<int>{0, 1} << 4 << 4 << int(Enum) << QStringLiteral("Insert enum");
-    QTest::newRow("bit") << QList<int>{0, 0} << 0 << 0 << int(Bit) << QStringLiteral("Insert bit");
-    QTest::newRow("bit past the end") << QList<int>{0, 0} << 10 << 3 << int(Bit) << QStringLiteral("Insert bit");
+    QTest::newRow("tag at the start") << QList<int> {} << 0 << 0 << int(Tag) << QStringLiteral("Insert tag");
+    QTest::newRow("tag in the middle") << QList<int> {} << 3 << 3 << int(Tag) << QStringLiteral("Insert tag");
+    QTest::newRow("tag past the end") << QList<int> {} << 99 << 6 << int(Tag) << QStringLiteral("Insert tag");
+    QTest::newRow("enum value") << QList<int> { 0, 1 } << 1 << 1 << int(Enum) << QStringLiteral("Insert enum");
+    QTest::newRow("enum value at end") << QList<int> { 0, 1 } << 4 << 4 << int(Enum) << QStringLiteral("Insert enum");
+    QTest::newRow("bit") << QList<int> { 0, 0 } << 0 << 0 << int(Bit) << QStringLiteral("Insert bit");
+    QTest::newRow("bit past the end") << QList<int> { 0, 0 } << 10 << 3 << int(Bit) << QStringLiteral("Insert bit");
 }
 
 void TestEditorModel::insertEmptyRow()
@@ -1197,8 +1210,8 @@ void TestEditorModel::insertRowRefused()
 {
     Fixture f(roleTree);
     QVERIFY(!f.model.insertRow(-1, QModelIndex()));
-    QVERIFY(!f.model.insertRow(0, f.index({0})));
-    QVERIFY(!f.model.insertRow(0, f.index({1})));
+    QVERIFY(!f.model.insertRow(0, f.index({ 0 })));
+    QVERIFY(!f.model.insertRow(0, f.index({ 1 })));
     Item *tag = makeItem(Tag);
     QVERIFY(!f.model.insertRow(-1, QModelIndex(), tag).isValid());
     delete tag;
@@ -1209,8 +1222,8 @@ void TestEditorModel::insertRowUnderEnumValue()
 {
     Fixture f(roleTree);
     const QByteArray before = f.encoding();
-    QVERIFY(!f.model.insertRow(0, f.index({0, 1, 0})));
-    const QModelIndex result = f.model.insertRow(0, f.index({0, 1, 0}), nullptr);
+    QVERIFY(!f.model.insertRow(0, f.index({ 0, 1, 0 })));
+    const QModelIndex result = f.model.insertRow(0, f.index({ 0, 1, 0 }), nullptr);
     QVERIFY(!result.isValid());
     QCOMPARE(f.stack.count(), 0);
     QCOMPARE(f.encoding(), before);
@@ -1222,12 +1235,12 @@ void TestEditorModel::insertTag_data()
     QTest::addColumn<int>("row");
     QTest::addColumn<int>("expectedRow");
 
-    QTest::newRow("root, row 2") << QList<int>{} << 2 << 2;
-    QTest::newRow("root, past the end") << QList<int>{} << 50 << 6;
-    QTest::newRow("tag Hex") << QList<int>{5} << 0 << 5;
-    QTest::newRow("enum list of Hex") << QList<int>{5, 0} << 2 << 5;
-    QTest::newRow("enum value of Hex") << QList<int>{5, 0, 1} << 0 << 5;
-    QTest::newRow("bit list of Mode") << QList<int>{0, 0} << 1 << 0;
+    QTest::newRow("root, row 2") << QList<int> {} << 2 << 2;
+    QTest::newRow("root, past the end") << QList<int> {} << 50 << 6;
+    QTest::newRow("tag Hex") << QList<int> { 5 } << 0 << 5;
+    QTest::newRow("enum list of Hex") << QList<int> { 5, 0 } << 2 << 5;
+    QTest::newRow("enum value of Hex") << QList<int> { 5, 0, 1 } << 0 << 5;
+    QTest::newRow("bit list of Mode") << QList<int> { 0, 0 } << 1 << 0;
 }
 
 void TestEditorModel::insertTag()
@@ -1248,24 +1261,24 @@ void TestEditorModel::insertTag()
     QCOMPARE(index.row(), expectedRow);
     QVERIFY(!index.parent().isValid());
     QCOMPARE(f.model.index2item(index), tag);
-    QCOMPARE(f.at({expectedRow}), tag);
+    QCOMPARE(f.at({ expectedRow }), tag);
     QCOMPARE(tag->parent, f.root());
     QCOMPARE(f.root()->children.size(), 7);
     QCOMPARE(f.stack.text(0), QStringLiteral("Insert tag"));
     f.stack.undo();
     QCOMPARE(f.encoding(), encodeText(roleTree));
     f.stack.redo();
-    QCOMPARE(f.at({expectedRow}), tag);
+    QCOMPARE(f.at({ expectedRow }), tag);
 }
 
 void TestEditorModel::insertValueIntoExistingList()
 {
     Fixture f(roleTree);
     Item *value = makeItem(Enum, QStringLiteral("Mid"), true, 9);
-    const QModelIndex index = f.model.insertRow(1, f.index({0, 1}), value);
+    const QModelIndex index = f.model.insertRow(1, f.index({ 0, 1 }), value);
     QVERIFY(index.isValid());
     QCOMPARE(index.row(), 1);
-    QCOMPARE(f.at({0, 1, 1}), value);
+    QCOMPARE(f.at({ 0, 1, 1 }), value);
     QCOMPARE(f.stack.count(), 1);
     QCOMPARE(f.stack.text(0), QStringLiteral("Insert enum"));
 }
@@ -1280,7 +1293,7 @@ void TestEditorModel::insertValueCreatesMissingList()
     QTest::ignoreMessage(QtDebugMsg, "insertion point modified");
     const QModelIndex index = f.model.insertRow(4, QModelIndex(), value);
     QVERIFY(index.isValid());
-    Item *tag = f.at({4});
+    Item *tag = f.at({ 4 });
     QCOMPARE(tag->children.size(), 1);
     QCOMPARE(tag->children.first()->type, Enums);
     QCOMPARE(tag->children.first()->children.first(), value);
@@ -1301,9 +1314,9 @@ void TestEditorModel::insertValueFromOtherList()
     Fixture f(roleTree);
     Item *bit = makeItem(Bit, QStringLiteral("Extra"), true, 16);
     QTest::ignoreMessage(QtDebugMsg, "insertion point modified");
-    const QModelIndex index = f.model.insertRow(0, f.index({0, 1}), bit);
+    const QModelIndex index = f.model.insertRow(0, f.index({ 0, 1 }), bit);
     QVERIFY(index.isValid());
-    QCOMPARE(f.at({0, 0, 3}), bit);
+    QCOMPARE(f.at({ 0, 0, 3 }), bit);
     QCOMPARE(f.stack.count(), 1);
     QCOMPARE(f.stack.text(0), QStringLiteral("Insert bit"));
 }
@@ -1313,11 +1326,11 @@ void TestEditorModel::insertListItemWithoutList()
     Fixture f(roleTree);
     Item *list = makeItem(Bits);
     list->appendChild(makeItem(Bit, QStringLiteral("F"), true, 1));
-    const QModelIndex index = f.model.insertRow(0, f.index({5, 0}), list);
+    const QModelIndex index = f.model.insertRow(0, f.index({ 5, 0 }), list);
     QVERIFY(index.isValid());
     // Bits (4) go before enums (2).
-    QCOMPARE(f.at({5, 0}), list);
-    QCOMPARE(f.at({5, 1})->type, Enums);
+    QCOMPARE(f.at({ 5, 0 }), list);
+    QCOMPARE(f.at({ 5, 1 })->type, Enums);
     QCOMPARE(f.stack.count(), 1);
     QCOMPARE(f.stack.text(0), QStringLiteral("Insert item"));
 }
@@ -1332,9 +1345,9 @@ void TestEditorModel::insertListItemMerges()
     list->appendChild(makeItem(Enum, QString(), false, 0, QStringLiteral(" note ")));
     list->appendChild(makeItem(Enum, QStringLiteral("Min"), true, 4));
     Item *first = list->children.at(0);
-    const QModelIndex index = f.model.insertRow(0, f.index({0}), list); // list is deleted here
+    const QModelIndex index = f.model.insertRow(0, f.index({ 0 }), list); // list is deleted here
     QVERIFY(index.isValid());
-    Item *existing = f.at({0, 1});
+    Item *existing = f.at({ 0, 1 });
     QCOMPARE(f.model.index2item(index), existing);
     QCOMPARE(existing->children.size(), 7);
     QCOMPARE(existing->children.at(4), first);
@@ -1357,10 +1370,10 @@ void TestEditorModel::insertListItemMergesAtRow()
     Item *list = makeItem(Enums);
     list->appendChild(makeItem(Enum, QStringLiteral("X"), true, 10));
     list->appendChild(makeItem(Enum, QStringLiteral("Y"), true, 11));
-    QVERIFY(f.model.insertRow(1, f.index({0, 1}), list).isValid());
-    QCOMPARE(f.at({0, 1, 1})->name, QStringLiteral("X"));
-    QCOMPARE(f.at({0, 1, 2})->name, QStringLiteral("Y"));
-    QCOMPARE(f.at({0, 1, 3})->name, QStringLiteral("Low"));
+    QVERIFY(f.model.insertRow(1, f.index({ 0, 1 }), list).isValid());
+    QCOMPARE(f.at({ 0, 1, 1 })->name, QStringLiteral("X"));
+    QCOMPARE(f.at({ 0, 1, 2 })->name, QStringLiteral("Y"));
+    QCOMPARE(f.at({ 0, 1, 3 })->name, QStringLiteral("Low"));
 }
 
 void TestEditorModel::insertRootRefused()
@@ -1390,10 +1403,10 @@ void TestEditorModel::insertList_data()
     QTest::addColumn<int>("tagRow");
     QTest::addColumn<int>("listRow");
 
-    QTest::newRow("bits into Hex from the tag") << QList<int>{5} << int(Bits) << 5 << 0;
-    QTest::newRow("bits into Hex from a value") << QList<int>{5, 0, 2} << int(Bits) << 5 << 0;
-    QTest::newRow("enums into Unassigned") << QList<int>{4} << int(Enums) << 4 << 0;
-    QTest::newRow("bits into nameless tag") << QList<int>{3} << int(Bits) << 3 << 0;
+    QTest::newRow("bits into Hex from the tag") << QList<int> { 5 } << int(Bits) << 5 << 0;
+    QTest::newRow("bits into Hex from a value") << QList<int> { 5, 0, 2 } << int(Bits) << 5 << 0;
+    QTest::newRow("enums into Unassigned") << QList<int> { 4 } << int(Enums) << 4 << 0;
+    QTest::newRow("bits into nameless tag") << QList<int> { 3 } << int(Bits) << 3 << 0;
 }
 
 void TestEditorModel::insertList()
@@ -1422,8 +1435,8 @@ void TestEditorModel::insertList()
 void TestEditorModel::insertListExisting()
 {
     Fixture f(roleTree);
-    QCOMPARE(f.model.insertList(f.index({0, 0, 2}), Enums), f.index({0, 1}));
-    QCOMPARE(f.model.insertList(f.index({0}), Bits), f.index({0, 0}));
+    QCOMPARE(f.model.insertList(f.index({ 0, 0, 2 }), Enums), f.index({ 0, 1 }));
+    QCOMPARE(f.model.insertList(f.index({ 0 }), Bits), f.index({ 0, 0 }));
     QCOMPARE(f.stack.count(), 0);
 }
 
@@ -1431,7 +1444,7 @@ void TestEditorModel::insertListRefused()
 {
     Fixture f(roleTree);
     QVERIFY(!f.model.insertList(QModelIndex(), Enums).isValid());
-    QVERIFY(!f.model.insertList(f.index({0}), Enum).isValid());
+    QVERIFY(!f.model.insertList(f.index({ 0 }), Enum).isValid());
     QCOMPARE(f.stack.count(), 0);
 }
 
@@ -1441,17 +1454,17 @@ void TestEditorModel::bitListGoesBeforeEnumList()
     Fixture f(document("  <tag name=\"T\" id=\"0x1001\">\n"
                        "    <enums><enum name=\"A\" id=\"0\"/></enums>\n"
                        "  </tag>\n"));
-    const QModelIndex bits = f.model.insertList(f.index({0}), Bits);
+    const QModelIndex bits = f.model.insertList(f.index({ 0 }), Bits);
     QCOMPARE(bits.row(), 0);
-    QCOMPARE(f.at({0, 0})->type, Bits);
-    QCOMPARE(f.at({0, 1})->type, Enums);
+    QCOMPARE(f.at({ 0, 0 })->type, Bits);
+    QCOMPARE(f.at({ 0, 1 })->type, Enums);
     f.stack.undo();
     // The same through an inserted list item.
     Item *list = makeItem(Bits);
     list->appendChild(makeItem(Bit, QStringLiteral("B"), true, 1));
-    QCOMPARE(f.model.insertRow(0, f.index({0, 0, 0}), list).row(), 0);
-    QCOMPARE(f.at({0, 0}), list);
-    QCOMPARE(f.at({0, 1})->type, Enums);
+    QCOMPARE(f.model.insertRow(0, f.index({ 0, 0, 0 }), list).row(), 0);
+    QCOMPARE(f.at({ 0, 0 }), list);
+    QCOMPARE(f.at({ 0, 1 })->type, Enums);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -1463,14 +1476,14 @@ void TestEditorModel::removeRow_data()
     QTest::addColumn<int>("row");
     QTest::addColumn<QString>("text");
 
-    QTest::newRow("tag") << QList<int>{} << 0 << QStringLiteral("Remove tag");
-    QTest::newRow("comment line") << QList<int>{} << 1 << QString();
-    QTest::newRow("blank line") << QList<int>{} << 2 << QString();
-    QTest::newRow("bit list") << QList<int>{0} << 0 << QString();
-    QTest::newRow("enum list") << QList<int>{0} << 1 << QString();
-    QTest::newRow("enum value") << QList<int>{0, 1} << 3 << QStringLiteral("Remove enum");
-    QTest::newRow("nameless enum value") << QList<int>{5, 0} << 2 << QStringLiteral("Remove enum");
-    QTest::newRow("bit") << QList<int>{0, 0} << 0 << QStringLiteral("Remove bit");
+    QTest::newRow("tag") << QList<int> {} << 0 << QStringLiteral("Remove tag");
+    QTest::newRow("comment line") << QList<int> {} << 1 << QString();
+    QTest::newRow("blank line") << QList<int> {} << 2 << QString();
+    QTest::newRow("bit list") << QList<int> { 0 } << 0 << QString();
+    QTest::newRow("enum list") << QList<int> { 0 } << 1 << QString();
+    QTest::newRow("enum value") << QList<int> { 0, 1 } << 3 << QStringLiteral("Remove enum");
+    QTest::newRow("nameless enum value") << QList<int> { 5, 0 } << 2 << QStringLiteral("Remove enum");
+    QTest::newRow("bit") << QList<int> { 0, 0 } << 0 << QStringLiteral("Remove bit");
 }
 
 void TestEditorModel::removeRow()
@@ -1507,7 +1520,7 @@ void TestEditorModel::removeRowRefused()
     Fixture f(roleTree);
     QVERIFY(!f.model.removeRow(-1, QModelIndex()));
     QVERIFY(!f.model.removeRow(6, QModelIndex()));
-    QVERIFY(!f.model.removeRow(0, f.index({4})));
+    QVERIFY(!f.model.removeRow(0, f.index({ 4 })));
     QCOMPARE(f.stack.count(), 0);
 }
 
@@ -1515,12 +1528,12 @@ void TestEditorModel::prepareRemoveRow()
 {
     Fixture f(roleTree);
     QVERIFY(!f.model.prepareRemoveRow(-1, QModelIndex()));
-    QVERIFY(!f.model.prepareRemoveRow(2, f.index({0})));
-    std::unique_ptr<CommandDelete> command(f.model.prepareRemoveRow(1, f.index({0})));
+    QVERIFY(!f.model.prepareRemoveRow(2, f.index({ 0 })));
+    std::unique_ptr<CommandDelete> command(f.model.prepareRemoveRow(1, f.index({ 0 })));
     QVERIFY(command);
     // Not pushed and not run.
     QCOMPARE(f.stack.count(), 0);
-    QCOMPARE(f.at({0})->children.size(), 2);
+    QCOMPARE(f.at({ 0 })->children.size(), 2);
     QVERIFY(command->text().isEmpty());
 }
 
@@ -1530,7 +1543,7 @@ void TestEditorModel::prepareRemoveRow()
 void TestEditorModel::setTagsClearsHistory()
 {
     Fixture f(roleTree);
-    QVERIFY(f.model.setData(f.index({0}), QStringLiteral("Other")));
+    QVERIFY(f.model.setData(f.index({ 0 }), QStringLiteral("Other")));
     QCOMPARE(f.stack.count(), 1);
     QSignalSpy reset(&f.model, &QAbstractItemModel::modelReset);
     Item *root = parseText(document("  <tag name=\"Only\" id=\"0x1001\"/>\n"));
@@ -1559,7 +1572,7 @@ void TestEditorModel::undoableClear()
     Fixture f(roleTree);
     const QByteArray before = f.encoding();
     Item *old = f.root();
-    f.model.undoableClear(f.index({2}));
+    f.model.undoableClear(f.index({ 2 }));
     QCOMPARE(f.stack.count(), 1);
     QCOMPARE(f.stack.text(0), QStringLiteral("New"));
     QVERIFY(f.root() != old);
@@ -1613,29 +1626,29 @@ void TestEditorModel::cachesFollowChanges()
     Fixture f(document("  <tag name=\"A\" id=\"0x1001\"/>\n"
                        "  <tag name=\"B\" id=\"0x1002\"/>\n"
                        "  <tag name=\"C\" id=\"0x1003\"/>\n"));
-    QVERIFY(!f.model.data(f.index({1}, 0), Qt::BackgroundRole).isValid());
-    QCOMPARE(f.model.findRow(f.at({2})), 2);
+    QVERIFY(!f.model.data(f.index({ 1 }, 0), Qt::BackgroundRole).isValid());
+    QCOMPARE(f.model.findRow(f.at({ 2 })), 2);
     // A rename into a collision shows at once on both siblings.
-    QVERIFY(f.model.setData(f.index({1}), QStringLiteral("A")));
-    QCOMPARE(f.model.data(f.index({0}, 0), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
-    QCOMPARE(f.model.data(f.index({1}, 0), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
-    QVERIFY(!f.model.data(f.index({1}, 1), Qt::BackgroundRole).isValid());
+    QVERIFY(f.model.setData(f.index({ 1 }), QStringLiteral("A")));
+    QCOMPARE(f.model.data(f.index({ 0 }, 0), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
+    QCOMPARE(f.model.data(f.index({ 1 }, 0), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
+    QVERIFY(!f.model.data(f.index({ 1 }, 1), Qt::BackgroundRole).isValid());
     // So does a code change.
-    QVERIFY(f.model.setData(f.index({2}, 1), QStringLiteral("0x1001")));
-    QCOMPARE(f.model.data(f.index({0}, 1), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
-    QCOMPARE(f.model.data(f.index({2}, 1), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
-    QVERIFY(!f.model.data(f.index({1}, 1), Qt::BackgroundRole).isValid());
+    QVERIFY(f.model.setData(f.index({ 2 }, 1), QStringLiteral("0x1001")));
+    QCOMPARE(f.model.data(f.index({ 0 }, 1), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
+    QCOMPARE(f.model.data(f.index({ 2 }, 1), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
+    QVERIFY(!f.model.data(f.index({ 1 }, 1), Qt::BackgroundRole).isValid());
     // Rows move with insertions and deletions.
-    Item *c = f.at({2});
+    Item *c = f.at({ 2 });
     QVERIFY(f.model.insertRow(0, QModelIndex()));
     QCOMPARE(f.model.findRow(c), 3);
     QCOMPARE(f.model.item2index(c).row(), 3);
     QVERIFY(f.model.removeRow(1, QModelIndex()));
     QCOMPARE(f.model.findRow(c), 2);
-    QCOMPARE(f.model.data(f.index({2}, 1), Qt::BackgroundRole).isValid(), false);
+    QCOMPARE(f.model.data(f.index({ 2 }, 1), Qt::BackgroundRole).isValid(), false);
     f.stack.undo();
     QCOMPARE(f.model.findRow(c), 3);
-    QCOMPARE(f.model.data(f.index({3}, 1), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
+    QCOMPARE(f.model.data(f.index({ 3 }, 1), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
 }
 
 void TestEditorModel::collisionCacheMatchesItem()
@@ -1646,7 +1659,7 @@ void TestEditorModel::collisionCacheMatchesItem()
     f.model.setTags(root);
     // Both directions: flags looked up from the last sibling first, then from the first.
     QList<const Item *> items;
-    QList<const Item *> queue = {root};
+    QList<const Item *> queue = { root };
     while (!queue.isEmpty()) {
         const Item *item = queue.takeFirst();
         for (const Item *child : item->children) {
@@ -1657,7 +1670,7 @@ void TestEditorModel::collisionCacheMatchesItem()
     for (auto it = items.crbegin(); it != items.crend(); ++it)
         QCOMPARE(f.model.findCollision(*it), (*it)->findCollision());
     f.model.setFixedFont(QFont());
-    QVERIFY(f.model.setData(f.index({0}, 2), QStringLiteral("refresh")));
+    QVERIFY(f.model.setData(f.index({ 0 }, 2), QStringLiteral("refresh")));
     int collisions = 0;
     for (const Item *item : items) {
         QCOMPARE(f.model.findCollision(item), item->findCollision());
@@ -1675,7 +1688,7 @@ void TestEditorModel::rowCacheMatchesItem()
     Item *root = parseFile(QStringLiteral(ZAT16_TEST_DATA "/editor/editing.zatdef"));
     QVERIFY(root);
     Fixture f(root);
-    QList<const Item *> queue = {root};
+    QList<const Item *> queue = { root };
     QList<const Item *> items;
     while (!queue.isEmpty()) {
         const Item *item = queue.takeFirst();

@@ -26,8 +26,7 @@ void quietHandler(QtMsgType type, const QMessageLogContext &context, const QStri
     previousHandler(type, context, message);
 }
 
-class RandomWalk
-{
+class RandomWalk {
 public:
     RandomWalk(Fixture &fixture, quint32 seed, const QString &path)
         : f(fixture)
@@ -68,7 +67,7 @@ QList<Item *> RandomWalk::items() const
     QList<Item *> result;
     if (!f.root())
         return result;
-    QList<Item *> stack = {f.root()};
+    QList<Item *> stack = { f.root() };
     while (!stack.isEmpty()) {
         Item *item = stack.takeLast();
         for (Item *child : item->children) {
@@ -152,7 +151,7 @@ QString RandomWalk::randomComment()
 // A fresh item of any kind, with children for tags and lists; codes stay within 32 bits.
 Item *RandomWalk::randomItem(int depth)
 {
-    static const ItemType kinds[] = {Tag, Tag, Enums, Bits, Enum, Enum, Bit, Bit, Root};
+    static const ItemType kinds[] = { Tag, Tag, Enums, Bits, Enum, Enum, Bit, Bit, Root };
     const ItemType kind = kinds[bounded(depth == 0 ? 9 : 8)];
     auto *item = new Item;
     item->type = kind;
@@ -276,7 +275,8 @@ void RandomWalk::step()
         const int before = f.stack.count();
         const QModelIndex inserted = f.model.insertRow(row, parent, item);
         if (inserted.isValid()) {
-            const bool merged = f.stack.count() > before && f.stack.text(f.stack.count() - 1) == QLatin1String("Merge data");
+            const bool merged
+                = f.stack.count() > before && f.stack.text(f.stack.count() - 1) == QLatin1String("Merge data");
             count(QStringLiteral("insert ") + kindName(kind) + (merged ? QStringLiteral(" merged") : QString()));
         } else {
             delete item;
@@ -311,8 +311,10 @@ void RandomWalk::step()
         const int before = f.stack.count();
         const QModelIndex pasted = f.model.paste(pickIndex(), m_clipboard.get());
         if (pasted.isValid()) {
-            const bool merged = f.stack.count() > before && f.stack.text(f.stack.count() - 1) == QLatin1String("Merge data");
-            count(QStringLiteral("paste ") + kindName(m_clipboardKind) + (merged ? QStringLiteral(" merged") : QString()));
+            const bool merged
+                = f.stack.count() > before && f.stack.text(f.stack.count() - 1) == QLatin1String("Merge data");
+            count(QStringLiteral("paste ") + kindName(m_clipboardKind)
+                + (merged ? QStringLiteral(" merged") : QString()));
         }
     } else if (op < 86) {
         QMimeData mime;
@@ -321,7 +323,7 @@ void RandomWalk::step()
             count(QStringLiteral("paste text"));
     } else if (op < 90) {
         const QModelIndex source = pickIndex();
-        std::unique_ptr<QMimeData> mime(f.model.mimeData({source}));
+        std::unique_ptr<QMimeData> mime(f.model.mimeData({ source }));
         if (!mime)
             return;
         const int kind = bounded(10);
@@ -370,8 +372,7 @@ bool RandomWalk::checkCaches(QString *problem)
 
 } // namespace
 
-class TestEditorRandom : public QObject
-{
+class TestEditorRandom : public QObject {
     Q_OBJECT
 
 private slots:
@@ -398,10 +399,9 @@ void TestEditorRandom::randomEdits_data()
     QTest::addColumn<int>("steps");
 
     QTest::newRow("editing file, seed 1") << QStringLiteral(ZAT16_TEST_DATA "/editor/editing.zatdef") << 1u << 2500;
-    QTest::newRow("editing file, seed 4242") << QStringLiteral(ZAT16_TEST_DATA "/editor/editing.zatdef") << 4242u
-                                             << 2500;
-    QTest::newRow("weather station, seed 7") << QStringLiteral(ZAT16_EXAMPLES "/weather-station.zatdef") << 7u
-                                             << 2500;
+    QTest::newRow("editing file, seed 4242")
+        << QStringLiteral(ZAT16_TEST_DATA "/editor/editing.zatdef") << 4242u << 2500;
+    QTest::newRow("weather station, seed 7") << QStringLiteral(ZAT16_EXAMPLES "/weather-station.zatdef") << 7u << 2500;
 }
 
 void TestEditorRandom::randomEdits()
@@ -432,21 +432,42 @@ void TestEditorRandom::randomEdits()
 
     // Every kind of operation took place.
     const QStringList expected = {
-        QStringLiteral("edit name"), QStringLiteral("edit code"), QStringLiteral("edit comment"),
-        QStringLiteral("item data"), QStringLiteral("new row under Root"), QStringLiteral("new row under Enums"),
-        QStringLiteral("new row under Bits"), QStringLiteral("insert Tag"), QStringLiteral("insert Enum"),
-        QStringLiteral("insert Bit"), QStringLiteral("insert Enums"), QStringLiteral("insert Bits"),
-        QStringLiteral("insert Enums merged"), QStringLiteral("insert Bits merged"), QStringLiteral("list"),
-        QStringLiteral("remove"), QStringLiteral("copy"), QStringLiteral("cut"), QStringLiteral("paste Tag"),
-        QStringLiteral("paste Enum"), QStringLiteral("paste Bit"), QStringLiteral("paste Enums merged"),
-        QStringLiteral("paste Bits merged"), QStringLiteral("paste text"), QStringLiteral("drop"),
-        QStringLiteral("clear"), QStringLiteral("replace"), QStringLiteral("undo"), QStringLiteral("redo"),
+        QStringLiteral("edit name"),
+        QStringLiteral("edit code"),
+        QStringLiteral("edit comment"),
+        QStringLiteral("item data"),
+        QStringLiteral("new row under Root"),
+        QStringLiteral("new row under Enums"),
+        QStringLiteral("new row under Bits"),
+        QStringLiteral("insert Tag"),
+        QStringLiteral("insert Enum"),
+        QStringLiteral("insert Bit"),
+        QStringLiteral("insert Enums"),
+        QStringLiteral("insert Bits"),
+        QStringLiteral("insert Enums merged"),
+        QStringLiteral("insert Bits merged"),
+        QStringLiteral("list"),
+        QStringLiteral("remove"),
+        QStringLiteral("copy"),
+        QStringLiteral("cut"),
+        QStringLiteral("paste Tag"),
+        QStringLiteral("paste Enum"),
+        QStringLiteral("paste Bit"),
+        QStringLiteral("paste Enums merged"),
+        QStringLiteral("paste Bits merged"),
+        QStringLiteral("paste text"),
+        QStringLiteral("drop"),
+        QStringLiteral("clear"),
+        QStringLiteral("replace"),
+        QStringLiteral("undo"),
+        QStringLiteral("redo"),
     };
     QStringList summary;
     for (auto it = walk.counts.cbegin(); it != walk.counts.cend(); ++it)
         summary << QStringLiteral("%1: %2").arg(it.key()).arg(it.value());
     for (const QString &what : expected)
-        QVERIFY2(walk.counts.value(what) > 0, qPrintable(what + QStringLiteral(" never happened; ") + summary.join(QStringLiteral(", "))));
+        QVERIFY2(walk.counts.value(what) > 0,
+            qPrintable(what + QStringLiteral(" never happened; ") + summary.join(QStringLiteral(", "))));
     qInfo("%d commands; %s", f.stack.count(), qPrintable(summary.join(QStringLiteral(", "))));
 
     // The walk may end with undone commands on the stack: "final" is the state it ended in,
