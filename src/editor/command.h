@@ -11,7 +11,8 @@ class Item;
 /// Base of every undoable change of the definitions tree. A command touches the tree only
 /// through the model's primitives, so that views always get their signals, and after an undo
 /// it asks the model to announce the index that should be selected again.
-class Command : public QUndoCommand {
+class Command : public QUndoCommand
+{
 public:
     Command(Item *item, EditorModel *model, const QModelIndex &index, Command *parent = nullptr);
 

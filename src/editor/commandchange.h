@@ -6,7 +6,8 @@
 namespace ZAT16 {
 
 /// Replaces the whole data record of an item: the result of the item edit dialog.
-class CommandChange : public Command {
+class CommandChange : public Command
+{
 public:
     CommandChange(
         const ItemData &data, Item *item, EditorModel *model, const QModelIndex &index, Command *parent = nullptr);

@@ -7,7 +7,8 @@
 namespace ZAT16 {
 
 /// Sets, changes or removes the comment of an item.
-class CommandChangeComment : public Command {
+class CommandChangeComment : public Command
+{
 public:
     CommandChangeComment(
         const QString &comment, Item *item, EditorModel *model, const QModelIndex &index, Command *parent = nullptr);

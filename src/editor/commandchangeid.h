@@ -6,7 +6,8 @@ namespace ZAT16 {
 
 /// Sets, changes or removes the code of an item. Codes are kept as 32 bits: a wider code that
 /// an edit replaces comes back on undo with its upper half cleared.
-class CommandChangeID : public Command {
+class CommandChangeID : public Command
+{
 public:
     CommandChangeID(unsigned code,
         bool hasCode,

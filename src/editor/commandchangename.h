@@ -7,7 +7,8 @@
 namespace ZAT16 {
 
 /// Sets, changes or removes the name of an item.
-class CommandChangeName : public Command {
+class CommandChangeName : public Command
+{
 public:
     CommandChangeName(
         const QString &name, Item *item, EditorModel *model, const QModelIndex &index, Command *parent = nullptr);

@@ -6,7 +6,8 @@ namespace ZAT16 {
 
 /// Takes child `row` of a parent item out of the tree (delete or cut). The command owns the
 /// taken item while it is outside the tree: after a redo, until the next undo.
-class CommandDelete : public Command {
+class CommandDelete : public Command
+{
 public:
     enum Mode {
         Cut = 0,

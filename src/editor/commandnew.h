@@ -6,7 +6,8 @@ namespace ZAT16 {
 
 /// Inserts an item with its subtree as child `row` of a parent item. The command owns the item
 /// whenever it is outside the tree: before the first redo and after an undo.
-class CommandNew : public Command {
+class CommandNew : public Command
+{
 public:
     CommandNew(Item *item,
         int row,

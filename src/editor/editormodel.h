@@ -19,7 +19,8 @@ class CommandDelete;
 /// index and is never shown. Every change becomes an undo command pushed on the undo stack;
 /// the commands change the tree only through the cmd* primitives, which emit the model signals
 /// and empty the row and collision caches.
-class EditorModel : public QAbstractItemModel {
+class EditorModel : public QAbstractItemModel
+{
     Q_OBJECT
 
 public:

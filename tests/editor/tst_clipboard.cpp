@@ -50,7 +50,8 @@ std::unique_ptr<QMimeData> xmlData(const QByteArray &xml)
 
 } // namespace
 
-class TestClipboard : public QObject {
+class TestClipboard : public QObject
+{
     Q_OBJECT
 
 private slots:

@@ -72,7 +72,8 @@ struct UndoneRecorder {
 
 } // namespace
 
-class TestCommands : public QObject {
+class TestCommands : public QObject
+{
     Q_OBJECT
 
 private slots:

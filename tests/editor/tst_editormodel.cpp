@@ -19,7 +19,8 @@ namespace {
 
 // Gives the tests indexes that the model itself never hands out: to the root, to a null item,
 // to an item of an unknown kind.
-class ProbeModel : public EditorModel {
+class ProbeModel : public EditorModel
+{
 public:
     using QAbstractItemModel::createIndex;
 };
@@ -95,7 +96,8 @@ QString signalText(const QSignalSpy &spy)
 
 } // namespace
 
-class TestEditorModel : public QObject {
+class TestEditorModel : public QObject
+{
     Q_OBJECT
 
 private slots:

@@ -26,7 +26,8 @@ void quietHandler(QtMsgType type, const QMessageLogContext &context, const QStri
     previousHandler(type, context, message);
 }
 
-class RandomWalk {
+class RandomWalk
+{
 public:
     RandomWalk(Fixture &fixture, quint32 seed, const QString &path)
         : f(fixture)
@@ -372,7 +373,8 @@ bool RandomWalk::checkCaches(QString *problem)
 
 } // namespace
 
-class TestEditorRandom : public QObject {
+class TestEditorRandom : public QObject
+{
     Q_OBJECT
 
 private slots:
