@@ -16,10 +16,6 @@ bool XmlParser::parse(const QString &path)
     depth = 0;
     auto file = std::make_unique<QFile>(path);
     if (!file->open(QIODevice::ReadOnly | QIODevice::Text)) {
-        // Forget an earlier input, so that the message carries no stale name or position.
-        setDevice(nullptr);
-        m_input.reset();
-        fileName = QString();
         raiseError(QStringLiteral("Failed to open input file"));
         return false;
     }

@@ -1,0 +1,673 @@
+#include "editorwindow.h"
+
+#include "ui_editorwindow.h"
+
+#include "editordelegate.h"
+#include "editoritemeditdialog.h"
+#include "editormodel.h"
+#include "highlighterc.h"
+#include "highlighterlua.h"
+#include "parser.h"
+#include "savesequence.h"
+#include "tools.h"
+#include "writercpp.h"
+#include "writercpplut.h"
+#include "writercs.h"
+#include "writerheader.h"
+#include "writerlua.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QCloseEvent>
+#include <QDialog>
+#include <QDir>
+#include <QDockWidget>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFontDialog>
+#include <QFontMetrics>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QSettings>
+#include <QSyntaxHighlighter>
+#include <QTextCursor>
+#include <QTextEdit>
+#include <QToolTip>
+#include <QUndoStack>
+#include <QUndoView>
+
+#include <memory>
+
+namespace ZAT16 {
+
+namespace {
+
+const QString keyState = QStringLiteral("ZAT16Editor/State");
+const QString keyGeometry = QStringLiteral("ZAT16Editor/Geometry");
+const QString keyTreeHeader = QStringLiteral("ZAT16Editor/TreeHeader");
+const QString keyFixedFont = QStringLiteral("ZAT16Editor/FixedFont");
+const QString keyCommentFont = QStringLiteral("ZAT16Editor/CommentFont");
+const QString keyLastOpenPath = QStringLiteral("ZAT16Editor/LastOpenPath");
+const QString keyLastSaveAsPath = QStringLiteral("ZAT16Editor/LastSaveAsPath");
+
+// A settings value as a string, or an empty one when it holds something else.
+QString settingsString(const QSettings &settings, const QString &key)
+{
+    const QVariant value = settings.value(key);
+    return value.canConvert<QString>() ? value.toString() : QString();
+}
+
+} // namespace
+
+EditorWindow::EditorWindow(QWidget *parent)
+    : QMainWindow(parent)
+    , m_ui(new Ui_ZAT16EditorWindow)
+{
+    m_ui->setupUi(this);
+    m_model = new EditorModel(this);
+    m_undoStack = new QUndoStack(this);
+    m_undoStack->setUndoLimit(1000);
+    connect(m_undoStack, &QUndoStack::indexChanged, this, &EditorWindow::onUndoHistoryChanged);
+    connect(m_undoStack, &QUndoStack::cleanChanged, this, &EditorWindow::updateCleanState);
+    m_model->setUndoStack(m_undoStack);
+    connect(m_model, &EditorModel::undone, this, &EditorWindow::setCurrentItem);
+    // Until a file is opened the window shows an empty document, to which the first tag can be
+    // added.
+    auto *empty = new Item;
+    empty->type = Root;
+    m_model->setTags(empty);
+
+    RowTreeView *view = m_ui->m_view;
+    view->setModel(m_model);
+    view->setItemDelegate(new EditorDelegate(view));
+    connect(view, &QTreeView::expanded, this, &EditorWindow::onExpanded);
+    connect(view, &QAbstractItemView::doubleClicked, this, &EditorWindow::onDoubleClicked);
+    connect(view, &RowTreeView::currentIndexChanged, this, &EditorWindow::updateActions);
+    connect(view, qOverload<const QModelIndex &>(&RowTreeView::selectionChanged), this, &EditorWindow::updateActions);
+
+    setWindowIcon(QIcon(QStringLiteral(":/icons/i16_table_edit.png")));
+    resize(800, 500);
+    view->header()->resizeSection(0, 250);
+    view->header()->resizeSection(1, 60);
+
+    m_ui->m_wdg_file_changed->hide();
+    connect(m_ui->m_wdg_file_changed, &FileChangedWidget::reloadClicked, this, &EditorWindow::onReloadClicked);
+
+    m_undoDock = new QDockWidget(tr("Undo History"), this);
+    m_undoDock->setObjectName(QStringLiteral("UndoDock"));
+    m_undoView = new QUndoView(m_undoStack, m_undoDock);
+    m_undoDock->setWidget(m_undoView);
+    addDockWidget(Qt::RightDockWidgetArea, m_undoDock);
+    m_undoDock->setFloating(true);
+    m_undoDock->hide();
+
+    m_messageDock = new QDockWidget(tr("Messages"), this);
+    m_messageDock->setObjectName(QStringLiteral("MessageDock"));
+    m_messages = new QTextEdit(m_messageDock);
+    m_messages->setReadOnly(true);
+    m_messages->document()->setMaximumBlockCount(1000);
+    // An empty paragraph without margins, so that the first message starts at the top.
+    m_messages->append(QStringLiteral("<span style=\"margin: 0;\"/>"));
+    m_messageDock->setWidget(m_messages);
+    addDockWidget(Qt::BottomDockWidgetArea, m_messageDock);
+    m_messageDock->setFloating(false);
+    m_messageDock->hide();
+
+    QAction *undo = m_undoStack->createUndoAction(m_ui->m_menu_edit, QString());
+    undo->setShortcut(QKeySequence(QStringLiteral("Ctrl+Z")));
+    undo->setIcon(QIcon(QStringLiteral(":/icons/i16_undo.png")));
+    QAction *redo = m_undoStack->createRedoAction(m_ui->m_menu_edit, QString());
+    redo->setShortcut(QKeySequence(QStringLiteral("Ctrl+Y")));
+    redo->setIcon(QIcon(QStringLiteral(":/icons/i16_redo.png")));
+    m_ui->m_menu_edit->insertAction(m_ui->m_act_insert_before, undo);
+    m_ui->m_menu_edit->insertAction(m_ui->m_act_insert_before, redo);
+    m_ui->m_menu_edit->insertSeparator(m_ui->m_act_insert_before);
+    QAction *history = m_undoDock->toggleViewAction();
+    history->setIcon(QIcon(QStringLiteral(":/icons/i16_undo_history.png")));
+    m_ui->m_menu_view->insertAction(m_ui->m_act_fixed_font, history);
+    m_ui->m_menu_view->insertSeparator(m_ui->m_act_fixed_font);
+
+    connect(m_ui->m_act_open, &QAction::triggered, this, &EditorWindow::onOpen);
+    connect(m_ui->m_act_save, &QAction::triggered, this, &EditorWindow::onSave);
+    connect(m_ui->m_act_save_as, &QAction::triggered, this, &EditorWindow::onSaveAs);
+    connect(m_ui->m_act_close, &QAction::triggered, this, &QWidget::close);
+    connect(m_ui->m_act_insert_before, &QAction::triggered, this, &EditorWindow::onInsertBefore);
+    connect(m_ui->m_act_insert_after, &QAction::triggered, this, &EditorWindow::onInsertAfter);
+    connect(m_ui->m_act_add_bits, &QAction::triggered, this, &EditorWindow::onAddBits);
+    connect(m_ui->m_act_add_enums, &QAction::triggered, this, &EditorWindow::onAddEnums);
+    connect(m_ui->m_act_cut, &QAction::triggered, this, &EditorWindow::onCut);
+    connect(m_ui->m_act_copy, &QAction::triggered, this, &EditorWindow::onCopy);
+    connect(m_ui->m_act_paste, &QAction::triggered, this, &EditorWindow::onPaste);
+    connect(m_ui->m_act_delete, &QAction::triggered, this, &EditorWindow::onDelete);
+    connect(m_ui->m_act_new, &QAction::triggered, this, &EditorWindow::onNew);
+    connect(m_ui->m_act_view_header, &QAction::triggered, this, &EditorWindow::onViewHeader);
+    connect(m_ui->m_act_view_lua, &QAction::triggered, this, &EditorWindow::onViewLua);
+    connect(m_ui->m_act_view_cpp, &QAction::triggered, this, &EditorWindow::onViewCpp);
+    connect(m_ui->m_act_view_cpp_lut, &QAction::triggered, this, &EditorWindow::onViewCppLut);
+    connect(m_ui->m_act_view_cs, &QAction::triggered, this, &EditorWindow::onViewCs);
+    connect(m_ui->m_act_fixed_font, &QAction::triggered, this, &EditorWindow::onFixedFont);
+    connect(m_ui->m_act_comment_font, &QAction::triggered, this, &EditorWindow::onCommentFont);
+
+    // Settings that are missing or unreadable leave the defaults.
+    QSettings settings;
+    const QVariant state = settings.value(keyState);
+    if (state.canConvert<QByteArray>())
+        restoreState(state.toByteArray(), 0);
+    const QVariant geometry = settings.value(keyGeometry);
+    if (geometry.canConvert<QByteArray>())
+        Tools::restoreWidgetGeometry(this, geometry.toByteArray());
+    const QVariant header = settings.value(keyTreeHeader);
+    if (header.canConvert<QByteArray>())
+        view->header()->restoreState(header.toByteArray());
+    QFont font;
+    const QString fixedFont = settingsString(settings, keyFixedFont);
+    if (!fixedFont.isEmpty() && font.fromString(fixedFont))
+        m_model->setFixedFont(font);
+    const QString commentFont = settingsString(settings, keyCommentFont);
+    if (!commentFont.isEmpty() && font.fromString(commentFont))
+        m_model->setCommentFont(font);
+}
+
+EditorWindow::~EditorWindow()
+{
+    delete m_ui;
+}
+
+void EditorWindow::initialize(const QString &path, const QString &displayName)
+{
+    QString p = path;
+    if (p.isEmpty())
+        p = settingsString(QSettings(), keyLastOpenPath);
+    m_displayName = !displayName.isEmpty() ? displayName : (p.isEmpty() ? QString() : QFileInfo(p).fileName());
+    if (!p.isEmpty()) {
+        if (Item *root = loadDefinitionFile(p)) {
+            m_model->setTags(root);
+            m_fileName = p;
+            m_ui->m_wdg_file_changed->watchFile(p);
+        }
+    }
+    updateCleanState();
+}
+
+// Messages and notes
+
+void EditorWindow::popupMessage(const QString &text)
+{
+    QWidget *anchor = QApplication::focusWidget();
+    if (!anchor)
+        anchor = m_ui->m_view;
+    QToolTip::showText(QPoint(), QString());
+    if (text.isEmpty())
+        return;
+    const QPoint at = anchor->mapToGlobal(QPoint(0, anchor->height() - 16));
+    QToolTip::showText(at, text, anchor, anchor->rect().adjusted(-16, -16, 16, 16));
+}
+
+void EditorWindow::message(const QString &text)
+{
+    m_messageDock->setVisible(true);
+    m_messageDock->showNormal();
+    // Plain text: messages quote element names such as <tag>.
+    QTextCursor cursor(m_messages->document());
+    cursor.movePosition(QTextCursor::End);
+    cursor.insertBlock();
+    cursor.insertText(text);
+    m_messages->ensureCursorVisible();
+}
+
+void EditorWindow::error(const QString &text)
+{
+    message(text);
+    QMessageBox::warning(this, windowTitle(), text, QMessageBox::Ok);
+}
+
+// State of the actions and the title
+
+void EditorWindow::updateActions()
+{
+    const bool valid = m_ui->m_view->currentIndex().isValid();
+    for (QAction *action : {m_ui->m_act_delete,
+                            m_ui->m_act_cut,
+                            m_ui->m_act_copy,
+                            m_ui->m_act_paste,
+                            m_ui->m_act_add_bits,
+                            m_ui->m_act_add_enums})
+        action->setEnabled(valid);
+    const Item *root = m_model->root();
+    const bool empty = !root || root->children.isEmpty();
+    m_ui->m_act_insert_before->setEnabled(valid || empty);
+    m_ui->m_act_insert_after->setEnabled(valid || empty);
+}
+
+void EditorWindow::updateCleanState()
+{
+    QString title;
+    if (!m_displayName.isEmpty())
+        title = m_displayName + QLatin1Char(' ');
+    if (!m_undoStack->isClean())
+        title += QLatin1String("* ");
+    title += QLatin1Char('[') + tr("ZAT16 tag editor") + QLatin1Char(']');
+    setWindowTitle(title);
+}
+
+void EditorWindow::setCurrentItem(const QModelIndex &index)
+{
+    m_ui->m_view->selectionModel()->setCurrentIndex(index,
+                                                    QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+// Editing
+
+void EditorWindow::onNew()
+{
+    m_model->undoableClear(m_ui->m_view->currentIndex());
+}
+
+void EditorWindow::onInsertAfter()
+{
+    QModelIndex at = m_ui->m_view->selectedItem();
+    if (!at.isValid()) {
+        const int count = m_model->rowCount();
+        at = m_model->index(count > 0 ? count - 1 : 0, 0);
+    }
+    const Item *item = m_model->index2item(at);
+    if (at.isValid() && item && (item->type == Enums || item->type == Bits)) {
+        const QModelIndex list = at.siblingAtColumn(0);
+        const int rows = int(item->children.size());
+        if (m_model->insertRow(rows, list))
+            setCurrentItem(m_model->index(rows, 0, list));
+        return;
+    }
+    const QModelIndex parent = at.parent();
+    const int row = at.isValid() ? at.row() + 1 : 0;
+    if (m_model->insertRow(row, parent))
+        setCurrentItem(m_model->index(row, 0, parent));
+}
+
+void EditorWindow::onInsertBefore()
+{
+    const Item *root = m_model->root();
+    if (!root || root->children.isEmpty()) {
+        onInsertAfter();
+        return;
+    }
+    QModelIndex at = m_ui->m_view->selectedItem();
+    if (!at.isValid())
+        at = m_model->index(0, 0);
+    const Item *item = m_model->index2item(at);
+    if (item && (item->type == Enums || item->type == Bits)) {
+        const QModelIndex list = at.siblingAtColumn(0);
+        if (m_model->insertRow(0, list))
+            setCurrentItem(m_model->index(0, 0, list));
+        return;
+    }
+    const QModelIndex parent = at.parent();
+    const int row = at.row();
+    if (m_model->insertRow(row, parent))
+        setCurrentItem(m_model->index(row, 0, parent));
+}
+
+void EditorWindow::onAddEnums()
+{
+    addList(Enums);
+}
+
+void EditorWindow::onAddBits()
+{
+    addList(Bits);
+}
+
+void EditorWindow::addList(ItemType type)
+{
+    const QModelIndex selected = m_ui->m_view->selectedItem();
+    if (!selected.isValid())
+        return;
+    const QModelIndex list = m_model->insertList(selected, type);
+    if (list.isValid())
+        setCurrentItem(list);
+}
+
+void EditorWindow::onCut()
+{
+    if (QMimeData *data = m_model->cut(m_ui->m_view->selectedItem()))
+        QGuiApplication::clipboard()->setMimeData(data, QClipboard::Clipboard);
+    updateActions();
+}
+
+void EditorWindow::onCopy()
+{
+    if (QMimeData *data = m_model->copy(m_ui->m_view->selectedItem()))
+        QGuiApplication::clipboard()->setMimeData(data, QClipboard::Clipboard);
+}
+
+void EditorWindow::onPaste()
+{
+    const QModelIndex selected = m_ui->m_view->selectedItem();
+    const QMimeData *data = QGuiApplication::clipboard()->mimeData(QClipboard::Clipboard);
+    if (!selected.isValid() || !data)
+        return;
+    const QModelIndex pasted = m_model->paste(selected, data);
+    if (!pasted.isValid())
+        return;
+    setCurrentItem(pasted);
+    const QModelIndex parent = pasted.parent();
+    const Item *parentItem = m_model->index2item(parent);
+    if (parent.isValid() && parentItem && parentItem->type == Tag)
+        m_ui->m_view->expand(parent);
+}
+
+void EditorWindow::onDelete()
+{
+    const QModelIndex selected = m_ui->m_view->selectedItem();
+    if (!selected.isValid())
+        return;
+    const int row = selected.row();
+    const QModelIndex parent = selected.parent();
+    if (m_model->removeRow(row, parent))
+        setCurrentItem(m_model->index(row, 0, parent));
+    updateActions();
+}
+
+void EditorWindow::onDoubleClicked(const QModelIndex &index)
+{
+    const Item *item = m_model->index2item(index);
+    if (!index.isValid() || !item || !(item->type == Tag || item->type == Enum || item->type == Bit))
+        return;
+    // Comment lines and blank lines have the type of their neighbours but nothing to edit.
+    if (item->isComment() || item->isNewline())
+        return;
+    EditorItemEditDialog dialog(this);
+    dialog.setData(item);
+    connect(&dialog, &EditorItemEditDialog::apply, this, &EditorWindow::onApplyItem);
+    dialog.exec();
+}
+
+void EditorWindow::onApplyItem(const Item *item, const ItemData &data)
+{
+    m_model->setItemData(m_model->item2index(item), data);
+}
+
+void EditorWindow::onExpanded(const QModelIndex &index)
+{
+    if (index.parent().isValid())
+        return;
+    const int rows = m_model->rowCount(index);
+    for (int row = 0; row < rows; ++row)
+        m_ui->m_view->expand(m_model->index(row, 0, index));
+}
+
+void EditorWindow::onUndoHistoryChanged()
+{
+}
+
+// Fonts
+
+void EditorWindow::onFixedFont()
+{
+    bool ok = false;
+    const QFont font = QFontDialog::getFont(&ok, m_model->fixedFont(), this, tr("Chose font for code"));
+    if (!ok)
+        return;
+    m_model->setFixedFont(font);
+    QSettings().setValue(keyFixedFont, font.toString());
+}
+
+void EditorWindow::onCommentFont()
+{
+    bool ok = false;
+    // The same title as the code font's dialog.
+    const QFont font = QFontDialog::getFont(&ok, m_model->commentFont(), this, tr("Chose font for code"));
+    if (!ok)
+        return;
+    m_model->setCommentFont(font);
+    QSettings().setValue(keyCommentFont, font.toString());
+}
+
+// Generated-code viewers
+
+QDialog *EditorWindow::createViewer(const QString &title, QSyntaxHighlighter *highlighter, const QString &text)
+{
+    auto *dialog = new QDialog(this);
+    dialog->setWindowTitle(title);
+    auto *layout = new QHBoxLayout(dialog);
+    auto *edit = new QTextEdit(dialog);
+    layout->addWidget(edit);
+    edit->setFont(m_model->fixedFont());
+    if (highlighter) {
+        highlighter->setDocument(edit->document());
+        highlighter->setParent(edit);
+    }
+    edit->setPlainText(text);
+    edit->setReadOnly(true);
+    const QFontMetrics metrics(edit->font());
+    dialog->resize(80 * metrics.horizontalAdvance(QLatin1Char('M')) + 64, 25 * metrics.lineSpacing() + 16);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->show();
+    return dialog;
+}
+
+void EditorWindow::onViewHeader()
+{
+    WriterHeader writer;
+    createViewer(tr("ZAT16 generated header"), new HighlighterC(nullptr), QString::fromUtf8(writer.encode(m_model->root())));
+}
+
+void EditorWindow::onViewLua()
+{
+    WriterLua writer;
+    createViewer(tr("ZAT16 generated Lua"), new HighlighterLua(nullptr), QString::fromUtf8(writer.encode(m_model->root())));
+}
+
+void EditorWindow::onViewCpp()
+{
+    WriterCpp writer;
+    createViewer(tr("ZAT16 generated C++"), nullptr, QString::fromUtf8(writer.encode(m_model->root())));
+}
+
+void EditorWindow::onViewCppLut()
+{
+    WriterCppLut writer;
+    createViewer(tr("ZAT16 generated C++ Lookup Tables"), nullptr, QString::fromUtf8(writer.encode(m_model->root())));
+}
+
+void EditorWindow::onViewCs()
+{
+    WriterCs writer;
+    createViewer(tr("ZAT16 generated C#"), nullptr, QString::fromUtf8(writer.encode(m_model->root())));
+}
+
+// Opening, saving and reloading
+
+QString EditorWindow::fileFilter() const
+{
+    return tr("ZAT16 Definition Files") + QLatin1String(" (*.zatdef);;") + Tools::allFilesFilter();
+}
+
+Item *EditorWindow::loadDefinitionFile(const QString &path)
+{
+    Parser parser;
+    const bool ok = parser.parse(path);
+    if (!parser.warnings.isEmpty())
+        message(parser.warnings);
+    Item *root = ok ? parser.takeRoot() : nullptr;
+    if (!root) {
+        QMessageBox box(QMessageBox::Critical, windowTitle(), parser.formatError(), QMessageBox::Close, this);
+        box.exec();
+        return nullptr;
+    }
+    return root;
+}
+
+void EditorWindow::onOpen()
+{
+    if (!canDiscard())
+        return;
+    QSettings settings;
+    QString start = settingsString(settings, keyLastOpenPath);
+    if (start.isEmpty())
+        start = Tools::documentsPath();
+    const QString path = QFileDialog::getOpenFileName(this, tr("Open ZAT16 definitions"), start, fileFilter());
+    if (path.isEmpty())
+        return;
+    // Stored before loading, so that a file that fails to load is still offered next time.
+    settings.setValue(keyLastOpenPath, path);
+    settings.sync();
+    Item *root = loadDefinitionFile(path);
+    if (!root)
+        return;
+    m_model->setTags(root);
+    m_fileName = path;
+    m_displayName = QFileInfo(path).fileName();
+    updateCleanState();
+    m_ui->m_wdg_file_changed->watchFile(path);
+    emit opened(root, path);
+}
+
+bool EditorWindow::onSave()
+{
+    return save(m_fileName);
+}
+
+void EditorWindow::onSaveAs()
+{
+    QSettings settings;
+    QString start = settingsString(settings, keyLastSaveAsPath);
+    if (start.isEmpty())
+        start = Tools::documentsPath();
+    const QString path = QFileDialog::getSaveFileName(this, tr("Save ZAT16 definitions"), start, fileFilter());
+    if (path.isEmpty())
+        return;
+    settings.setValue(keyLastSaveAsPath, path);
+    settings.sync();
+    if (save(path)) {
+        m_displayName = QFileInfo(path).fileName();
+        updateCleanState();
+    }
+}
+
+bool EditorWindow::save(const QString &path)
+{
+    // The save's own renames must not show up as an outside change. The watch that was active
+    // before is restored, whatever dosave() watched; after a Save As to a new name the banner
+    // therefore stays on the previous file.
+    const QString watched = m_ui->m_wdg_file_changed->fileName();
+    m_ui->m_wdg_file_changed->watchFile(QString());
+    const bool result = dosave(path);
+    m_ui->m_wdg_file_changed->watchFile(watched);
+    return result;
+}
+
+bool EditorWindow::dosave(const QString &path)
+{
+    SaveSequence sequence(path);
+    if (!sequence.run(m_model->root())) {
+        switch (sequence.failed) {
+        case SaveSequence::WriteTemporary:
+            error(sequence.writerError);
+            break;
+        case SaveSequence::DeleteBackup:
+            error(tr("Could not delete old backup %1: %2")
+                      .arg(QDir::toNativeSeparators(sequence.backupPath), Tools::systemErrorString(sequence.errorNumber)));
+            break;
+        case SaveSequence::RenameToBackup:
+            error(tr("Could not rename %1 to %2: %3")
+                      .arg(QDir::toNativeSeparators(sequence.path),
+                           QDir::toNativeSeparators(sequence.backupPath),
+                           Tools::systemErrorString(sequence.errorNumber)));
+            break;
+        case SaveSequence::RenameTemporary:
+            error(tr("Could not rename %1 to %2: %3")
+                      .arg(QDir::toNativeSeparators(sequence.temporaryPath),
+                           QDir::toNativeSeparators(sequence.path),
+                           Tools::systemErrorString(sequence.errorNumber)));
+            break;
+        case SaveSequence::Saved:
+            break;
+        }
+        return false;
+    }
+    m_undoStack->setClean();
+    m_fileName = path;
+    popupMessage(tr("Saved to %1").arg(QDir::toNativeSeparators(path)));
+    m_ui->m_wdg_file_changed->watchFile(path);
+    emit saved(m_model->root(), path);
+    return true;
+}
+
+bool EditorWindow::canDiscard()
+{
+    if (m_undoStack->isClean())
+        return true;
+    const QMessageBox::StandardButton answer
+        = QMessageBox::question(this,
+                                windowTitle(),
+                                tr("There are unsaved changes. What do you want to do?"),
+                                QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel,
+                                QMessageBox::Cancel);
+    if (answer == QMessageBox::Discard)
+        return true;
+    if (answer == QMessageBox::Save)
+        return save(m_fileName);
+    return false;
+}
+
+void EditorWindow::closeEvent(QCloseEvent *event)
+{
+    {
+        QSettings settings;
+        settings.setValue(keyGeometry, Tools::saveWidgetGeometry(this));
+        settings.setValue(keyState, saveState(0));
+        settings.setValue(keyTreeHeader, m_ui->m_view->header()->saveState());
+    }
+    if (!canDiscard()) {
+        event->ignore();
+        return;
+    }
+    QMainWindow::closeEvent(event);
+}
+
+void EditorWindow::onReloadClicked()
+{
+    const QString path = m_ui->m_wdg_file_changed->fileName();
+    Item *root = loadDefinitionFile(path);
+    if (!root) {
+        m_ui->m_wdg_file_changed->show();
+        return;
+    }
+    // Undoable, so that the user can go back to the state before the reload.
+    m_model->undoableSetTags(root, m_ui->m_view->currentIndex());
+    m_undoStack->setClean();
+    emit opened(root, path);
+}
+
+// Floating docks follow the main window.
+
+void EditorWindow::hideEvent(QHideEvent *event)
+{
+    if (m_undoDock->isFloating() && m_undoDock->isVisible()) {
+        m_undoDock->hide();
+        m_undoDockWasVisible = true;
+    }
+    if (m_messageDock->isFloating() && m_messageDock->isVisible()) {
+        m_messageDock->hide();
+        m_messageDockWasVisible = true;
+    }
+    QMainWindow::hideEvent(event);
+}
+
+void EditorWindow::showEvent(QShowEvent *event)
+{
+    QMainWindow::showEvent(event);
+    if (m_undoDockWasVisible) {
+        m_undoDock->showNormal();
+        m_undoDockWasVisible = false;
+    }
+    if (m_messageDockWasVisible) {
+        m_messageDock->showNormal();
+        m_messageDockWasVisible = false;
+    }
+}
+
+} // namespace ZAT16

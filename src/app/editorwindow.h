@@ -1,0 +1,115 @@
+#pragma once
+
+#include "item.h"
+
+#include <QMainWindow>
+#include <QModelIndex>
+
+class QDockWidget;
+class QSyntaxHighlighter;
+class QTextEdit;
+class QUndoStack;
+class QUndoView;
+class Ui_ZAT16EditorWindow;
+
+namespace ZAT16 {
+
+class EditorModel;
+
+/// The editor's single main window: the definitions tree with its actions, menus and docks, the
+/// title that follows the undo stack's clean state, opening and saving with one backup, and the
+/// banner that reports changes made by other programs.
+class EditorWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit EditorWindow(QWidget *parent = nullptr);
+    ~EditorWindow() override;
+
+    /// Opens `path`, or the file last chosen in the Open dialog when `path` is empty. The title
+    /// shows `displayName`, or the file's name when that is empty.
+    void initialize(const QString &path, const QString &displayName);
+
+    /// Parses one file and reports problems; the caller owns the returned root (null on failure).
+    Item *loadDefinitionFile(const QString &path);
+    /// Saves with the file change watcher paused.
+    bool save(const QString &path);
+    /// The save sequence proper: temporary file, one backup generation, rename into place.
+    bool dosave(const QString &path);
+    /// Asks before unsaved changes are lost; true when they may be dropped.
+    bool canDiscard();
+
+    /// Opens a read-only viewer of generated text.
+    QDialog *createViewer(const QString &title, QSyntaxHighlighter *highlighter, const QString &text);
+
+    Ui_ZAT16EditorWindow *ui() const { return m_ui; }
+    EditorModel *model() const { return m_model; }
+    QUndoStack *undoStack() const { return m_undoStack; }
+    QString fileName() const { return m_fileName; }
+    QString displayName() const { return m_displayName; }
+    QDockWidget *undoDock() const { return m_undoDock; }
+    QDockWidget *messageDock() const { return m_messageDock; }
+    QTextEdit *messages() const { return m_messages; }
+
+signals:
+    void saved(ZAT16::Item *root, const QString &path);
+    void opened(ZAT16::Item *root, const QString &path);
+
+public slots:
+    void popupMessage(const QString &text);
+    void message(const QString &text);
+    void error(const QString &text);
+
+    void updateActions();
+    void updateCleanState();
+    void setCurrentItem(const QModelIndex &index);
+
+    void onNew();
+    void onInsertBefore();
+    void onInsertAfter();
+    void onAddEnums();
+    void onAddBits();
+    void onCut();
+    void onCopy();
+    void onPaste();
+    void onDelete();
+    void onDoubleClicked(const QModelIndex &index);
+    void onApplyItem(const ZAT16::Item *item, const ZAT16::ItemData &data);
+    void onExpanded(const QModelIndex &index);
+    void onFixedFont();
+    void onCommentFont();
+    void onViewHeader();
+    void onViewLua();
+    void onViewCpp();
+    void onViewCppLut();
+    void onViewCs();
+    void onOpen();
+    bool onSave();
+    void onSaveAs();
+    void onReloadClicked();
+    void onUndoHistoryChanged();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+
+private:
+    void addList(ItemType type);
+    QString fileFilter() const;
+
+    Ui_ZAT16EditorWindow *m_ui;
+    QString m_fileName;
+    QString m_displayName;
+    EditorModel *m_model;
+    QUndoStack *m_undoStack;
+    QDockWidget *m_undoDock;
+    QUndoView *m_undoView;
+    bool m_undoDockWasVisible = false;
+    QDockWidget *m_messageDock;
+    QTextEdit *m_messages;
+    bool m_messageDockWasVisible = false;
+};
+
+} // namespace ZAT16

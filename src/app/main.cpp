@@ -1,0 +1,25 @@
+// zatedit: the ZAT16 tag definitions editor.
+
+#include "editorwindow.h"
+
+#include <QApplication>
+#include <QIcon>
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("zatedit"));
+    QApplication::setOrganizationName(QStringLiteral("zatedit"));
+    QApplication::setOrganizationDomain(QStringLiteral("zatedit.invalid"));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/i16_message.png")));
+
+    auto *window = new ZAT16::EditorWindow;
+    // A file named on the command line is opened instead of the last one chosen in the Open
+    // dialog; Qt's own options have been taken out of the arguments by now.
+    const QStringList arguments = QApplication::arguments();
+    window->initialize(arguments.size() > 1 ? arguments.at(1) : QString(), QString());
+    window->show();
+    const int result = app.exec();
+    delete window;
+    return result;
+}

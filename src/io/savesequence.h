@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QString>
+
+namespace ZAT16 {
+
+class Item;
+
+/// Saves a definitions tree over a file safely: the tree is written to a temporary file beside it
+/// (the name with ".tmp" appended), the previous content becomes the single backup generation
+/// (".bak" appended) and the temporary file takes the file's name. When a step fails, the
+/// sequence stops there, so the file and its backup are never both gone.
+class SaveSequence
+{
+public:
+    /// The step that failed; `Saved` when the whole sequence succeeded.
+    enum Step {
+        Saved = 0,
+        WriteTemporary, ///< the writer failed; `writerError` holds its message
+        DeleteBackup, ///< the old backup could not be deleted
+        RenameToBackup, ///< the file could not be renamed to the backup
+        RenameTemporary, ///< the temporary file could not be renamed to the file
+    };
+
+    /// The file system calls of the sequence, with the signatures and errno convention of their
+    /// POSIX namesakes. Tests replace them to provoke each failure.
+    struct Operations {
+        int (*unlink)(const char *path);
+        int (*rename)(const char *from, const char *to);
+    };
+    /// The operations used by every sequence; the POSIX calls unless a test changed them.
+    static Operations &operations();
+
+    explicit SaveSequence(const QString &path);
+
+    /// Runs the whole sequence for `root`; false when a step failed (see `failed`).
+    bool run(const Item *root);
+
+    QString path;
+    QString backupPath;
+    QString temporaryPath;
+    Step failed = Saved;
+    QString writerError; ///< the writer's formatError() when writing failed
+    int errorNumber = 0; ///< errno of the failed file operation
+};
+
+} // namespace ZAT16

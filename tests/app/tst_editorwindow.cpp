@@ -1,0 +1,997 @@
+// The main window as a user meets it: actions, title, opening, saving with a backup, the
+// unsaved-changes question, reloading and the file change banner. Offscreen; modal boxes are
+// answered from timers.
+
+#include "editormodel.h"
+#include "editorwindow.h"
+#include "filechangedwidget.h"
+#include "item.h"
+#include "modal.h"
+#include "savesequence.h"
+#include "ui_editorwindow.h"
+#include "writerxml.h"
+
+#include <QAbstractItemModelTester>
+#include <QClipboard>
+#include <QMimeData>
+#include <QProcess>
+#include <QDir>
+#include <QDockWidget>
+#include <QFile>
+#include <QFileDialog>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTextEdit>
+#include <QUndoStack>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <unistd.h>
+
+using namespace ZAT16;
+
+namespace {
+
+const QByteArray defs = "<?xml version=\"1.0\" encoding=\"UTF-8\"?> <!-- -*- nxml -*- -->\n"
+                        "<zat16>\n"
+                        "  <tag name=\"Power\" id=\"0x2001\"/>\n"
+                        "  <tag name=\"Mode\" id=\"0x1002\">\n"
+                        "    <enums>\n"
+                        "      <enum name=\"Off\" id=\"0\"/>\n"
+                        "      <enum name=\"On\" id=\"1\"/>\n"
+                        "    </enums>\n"
+                        "  </tag>\n"
+                        "  <!-- a comment line -->\n"
+                        "\n"
+                        "  <tag name=\"Flags\" id=\"0x7001\">\n"
+                        "    <bits>\n"
+                        "      <bit name=\"Ready\" id=\"0\"/>\n"
+                        "    </bits>\n"
+                        "  </tag>\n"
+                        "</zat16>\n";
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
+}
+
+QByteArray encode(const Item *root)
+{
+    WriterXml writer;
+    return writer.encode(root);
+}
+
+QStringList menuTexts(QMenu *menu)
+{
+    QStringList texts;
+    for (QAction *action : menu->actions())
+        texts << (action->isSeparator() ? QStringLiteral("|") : action->text());
+    return texts;
+}
+
+// Types a file name into a file dialog the way a user would, in the file's own directory.
+void chooseFile(QFileDialog *dialog, const QString &path)
+{
+    dialog->setDirectory(QFileInfo(path).absolutePath());
+    if (auto *edit = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit")))
+        edit->setText(path);
+}
+
+// Failing stand-ins for the file system calls of the save sequence.
+int renameFailsToBackup(const char *from, const char *to)
+{
+    if (QByteArray(to).endsWith(".bak")) {
+        errno = EXDEV;
+        return -1;
+    }
+    return ::rename(from, to);
+}
+
+int renameFailsFromTemporary(const char *from, const char *to)
+{
+    if (QByteArray(from).endsWith(".tmp")) {
+        errno = EACCES;
+        return -1;
+    }
+    return ::rename(from, to);
+}
+
+} // namespace
+
+class TestEditorWindow : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir *m_dir = nullptr;
+    EditorWindow *m_window = nullptr;
+    QString m_path;
+
+    QString path(const QString &name) const { return m_dir->filePath(name); }
+    Ui_ZAT16EditorWindow *ui() const { return m_window->ui(); }
+    EditorModel *model() const { return m_window->model(); }
+
+    // A window on a fresh copy of the test file.
+    void openWindow()
+    {
+        QVERIFY(writeFile(m_path, defs));
+        m_window = new EditorWindow;
+        m_window->initialize(m_path, QString());
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window));
+    }
+
+    void editSomething()
+    {
+        const QModelIndex power = model()->index(0, 0);
+        QVERIFY(model()->setData(power, QStringLiteral("PowerOn"), Qt::EditRole));
+        QVERIFY(!m_window->undoStack()->isClean());
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        QCoreApplication::setOrganizationName(QStringLiteral("zatedit-tests"));
+        QCoreApplication::setApplicationName(QStringLiteral("tst_editorwindow"));
+    }
+
+    void init()
+    {
+        QSettings().clear();
+        m_dir = new QTemporaryDir;
+        QVERIFY(m_dir->isValid());
+        m_path = path(QStringLiteral("defs.zatdef"));
+        openWindow();
+    }
+
+    void cleanup()
+    {
+        TestModal::cancelAll();
+        if (m_window) {
+            m_window->undoStack()->setClean();
+            delete m_window;
+            m_window = nullptr;
+        }
+        SaveSequence::operations() = {::unlink, ::rename};
+        delete m_dir;
+        m_dir = nullptr;
+    }
+
+    // --- construction ---
+
+    void form()
+    {
+        QCOMPARE(m_window->objectName(), QStringLiteral("ZAT16EditorWindow"));
+        QCOMPARE(m_window->size(), QSize(800, 500));
+        QCOMPARE(ui()->m_view->header()->sectionSize(0), 250);
+        QCOMPARE(ui()->m_view->header()->sectionSize(1), 60);
+        QCOMPARE(m_window->undoStack()->undoLimit(), 1000);
+        QCOMPARE(m_window->undoDock()->objectName(), QStringLiteral("UndoDock"));
+        QCOMPARE(m_window->undoDock()->windowTitle(), QStringLiteral("Undo History"));
+        QVERIFY(m_window->undoDock()->isFloating());
+        QVERIFY(!m_window->undoDock()->isVisible());
+        QCOMPARE(m_window->messageDock()->objectName(), QStringLiteral("MessageDock"));
+        QCOMPARE(m_window->messageDock()->windowTitle(), QStringLiteral("Messages"));
+        QVERIFY(!m_window->messageDock()->isFloating());
+        QVERIFY(!m_window->messageDock()->isVisible());
+        QCOMPARE(m_window->messages()->document()->maximumBlockCount(), 1000);
+        QVERIFY(ui()->m_wdg_file_changed->isHidden());
+        QCOMPARE(m_window->dockWidgetArea(m_window->undoDock()), Qt::RightDockWidgetArea);
+        QCOMPARE(m_window->dockWidgetArea(m_window->messageDock()), Qt::BottomDockWidgetArea);
+
+        const RowTreeView *view = ui()->m_view;
+        QVERIFY(view->acceptDrops());
+        QVERIFY(view->tabKeyNavigation());
+        QVERIFY(view->dragEnabled());
+        QCOMPARE(view->dragDropMode(), QAbstractItemView::DragDrop);
+        QCOMPARE(view->defaultDropAction(), Qt::CopyAction);
+        QVERIFY(view->alternatingRowColors());
+        QCOMPARE(view->selectionMode(), QAbstractItemView::ExtendedSelection);
+        QCOMPARE(view->selectionBehavior(), QAbstractItemView::SelectItems);
+        QCOMPARE(view->iconSize(), QSize(16, 16));
+        QVERIFY(view->rootIsDecorated());
+        QVERIFY(view->uniformRowHeights());
+        QVERIFY(view->itemsExpandable());
+        QVERIFY(!view->allColumnsShowFocus());
+        QCOMPARE(ui()->m_wdg_file_changed->minimumHeight(), 16);
+    }
+
+    void actions_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("shortcut");
+        QTest::addColumn<bool>("hasIcon");
+        QTest::newRow("open") << "m_act_open" << "Open" << "Ctrl+O" << true;
+        QTest::newRow("save") << "m_act_save" << "Save" << "Ctrl+S" << true;
+        QTest::newRow("save as") << "m_act_save_as" << "Save as..." << "" << true;
+        QTest::newRow("close") << "m_act_close" << "Close" << "Ctrl+Q" << true;
+        QTest::newRow("insert before") << "m_act_insert_before" << "Insert before" << "Ins" << true;
+        QTest::newRow("insert after") << "m_act_insert_after" << "Insert after" << "Shift+Ins" << true;
+        QTest::newRow("add bits") << "m_act_add_bits" << "Add bits" << "Ctrl+B" << true;
+        QTest::newRow("add enums") << "m_act_add_enums" << "Add enums" << "Ctrl+E" << true;
+        QTest::newRow("cut") << "m_act_cut" << "Cut" << "Ctrl+X" << true;
+        QTest::newRow("copy") << "m_act_copy" << "Copy" << "Ctrl+C" << true;
+        QTest::newRow("paste") << "m_act_paste" << "Paste" << "Ctrl+V" << true;
+        QTest::newRow("delete") << "m_act_delete" << "Delete" << "Del" << true;
+        QTest::newRow("clear all") << "m_act_new" << "Clear all" << "" << true;
+        QTest::newRow("view header") << "m_act_view_header" << "View generated header" << "" << true;
+        QTest::newRow("view lua") << "m_act_view_lua" << "View generated Lua" << "" << true;
+        QTest::newRow("view cpp") << "m_act_view_cpp" << "View generated C++ Include File" << "" << false;
+        QTest::newRow("view cpp lut") << "m_act_view_cpp_lut" << "View generated C++ Lookup Table" << "" << false;
+        QTest::newRow("view cs") << "m_act_view_cs" << "View generated C#" << "" << false;
+        QTest::newRow("code font") << "m_act_fixed_font" << "Chose Code Font" << "" << true;
+        QTest::newRow("comment font") << "m_act_comment_font" << "Chose Comment Font" << "" << true;
+        QTest::newRow("undo") << "m_act_undo" << "Undo" << "Ctrl+Z" << false;
+        QTest::newRow("redo") << "m_act_redo" << "Redo" << "Ctrl+Y" << false;
+        QTest::newRow("undo history") << "m_act_undo_history" << "Undo history" << "" << false;
+    }
+
+    void actions()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, text);
+        QFETCH(QString, shortcut);
+        QFETCH(bool, hasIcon);
+        auto *action = m_window->findChild<QAction *>(name);
+        QVERIFY(action);
+        QCOMPARE(action->text(), text);
+        QCOMPARE(action->shortcut(), QKeySequence(shortcut));
+        QCOMPARE(!action->icon().isNull(), hasIcon);
+    }
+
+    void sharedIcons()
+    {
+        QCOMPARE(ui()->m_act_insert_after->icon().pixmap(16).toImage(),
+                 ui()->m_act_insert_before->icon().pixmap(16).toImage());
+        QCOMPARE(ui()->m_act_comment_font->icon().pixmap(16).toImage(),
+                 ui()->m_act_fixed_font->icon().pixmap(16).toImage());
+        QCOMPARE(ui()->m_act_open->icon().pixmap(16).toImage(),
+                 QIcon(QStringLiteral(":/icons/i16_folder_open.png")).pixmap(16).toImage());
+        QCOMPARE(m_window->windowIcon().pixmap(16).toImage(),
+                 QIcon(QStringLiteral(":/icons/i16_table_edit.png")).pixmap(16).toImage());
+    }
+
+    void menus()
+    {
+        const QList<QAction *> bar = ui()->m_menubar->actions();
+        QCOMPARE(bar.size(), 3);
+        QCOMPARE(bar.at(0)->text(), QStringLiteral("File"));
+        QCOMPARE(bar.at(1)->text(), QStringLiteral("Edit"));
+        QCOMPARE(bar.at(2)->text(), QStringLiteral("View"));
+        QCOMPARE(menuTexts(ui()->m_menu_file),
+                 QStringList({"Open", "|", "Save", "Save as...", "|", "Close"}));
+        // The stack's undo and redo actions come first; with nothing to undo Qt calls them so.
+        QCOMPARE(menuTexts(ui()->m_menu_edit),
+                 QStringList({"Undo", "Redo", "|", "Insert before", "Insert after", "|", "Add bits", "Add enums", "|",
+                              "Cut", "Copy", "Paste", "Delete", "|", "Clear all"}));
+        QCOMPARE(menuTexts(ui()->m_menu_view),
+                 QStringList({"View generated header",
+                              "View generated Lua",
+                              "View generated C++ Include File",
+                              "View generated C++ Lookup Table",
+                              "View generated C#",
+                              "|",
+                              "Undo History",
+                              "|",
+                              "Chose Code Font",
+                              "Chose Comment Font"}));
+        const QList<QAction *> edit = ui()->m_menu_edit->actions();
+        QCOMPARE(edit.at(0)->shortcut(), QKeySequence(QStringLiteral("Ctrl+Z")));
+        QCOMPARE(edit.at(1)->shortcut(), QKeySequence(QStringLiteral("Ctrl+Y")));
+        QCOMPARE(edit.at(0)->icon().pixmap(16).toImage(), QIcon(QStringLiteral(":/icons/i16_undo.png")).pixmap(16).toImage());
+        QCOMPARE(edit.at(1)->icon().pixmap(16).toImage(), QIcon(QStringLiteral(":/icons/i16_redo.png")).pixmap(16).toImage());
+        QCOMPARE(ui()->m_menu_view->actions().at(6)->icon().pixmap(16).toImage(),
+                 QIcon(QStringLiteral(":/icons/i16_undo_history.png")).pixmap(16).toImage());
+
+        // The undo action's text follows the next command's text.
+        editSomething();
+        QCOMPARE(edit.at(0)->text(), QStringLiteral("Undo Change name"));
+        QVERIFY(edit.at(0)->isEnabled());
+    }
+
+    void initiallyDisabled()
+    {
+        EditorWindow fresh;
+        fresh.initialize(QString(), QString());
+        for (QAction *action : {fresh.ui()->m_act_delete,
+                                fresh.ui()->m_act_add_enums,
+                                fresh.ui()->m_act_add_bits,
+                                fresh.ui()->m_act_cut,
+                                fresh.ui()->m_act_copy,
+                                fresh.ui()->m_act_paste})
+            QVERIFY2(!action->isEnabled(), qPrintable(action->objectName()));
+    }
+
+    // --- title ---
+
+    void title()
+    {
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("defs.zatdef [ZAT16 tag editor]"));
+        editSomething();
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("defs.zatdef * [ZAT16 tag editor]"));
+        m_window->undoStack()->undo();
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("defs.zatdef [ZAT16 tag editor]"));
+        m_window->undoStack()->redo();
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("defs.zatdef * [ZAT16 tag editor]"));
+        QVERIFY(m_window->onSave());
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("defs.zatdef [ZAT16 tag editor]"));
+
+        EditorWindow unnamed;
+        unnamed.initialize(QString(), QString());
+        QCOMPARE(unnamed.windowTitle(), QStringLiteral("[ZAT16 tag editor]"));
+        EditorWindow named;
+        QVERIFY(writeFile(path(QStringLiteral("other.zatdef")), defs));
+        named.initialize(path(QStringLiteral("other.zatdef")), QStringLiteral("Shown name"));
+        QCOMPARE(named.windowTitle(), QStringLiteral("Shown name [ZAT16 tag editor]"));
+    }
+
+    // --- actions on the tree ---
+
+    void insertIntoEmptyTree()
+    {
+        EditorWindow fresh;
+        fresh.initialize(QString(), QString());
+        QVERIFY(fresh.ui()->m_act_insert_before->isEnabled());
+        QVERIFY(fresh.ui()->m_act_insert_after->isEnabled());
+        EditorModel *m = fresh.model();
+        QCOMPARE(m->rowCount(), 0);
+        fresh.ui()->m_act_insert_before->trigger();
+        QCOMPARE(m->rowCount(), 1);
+        QCOMPARE(m->index2item(m->index(0, 0))->type, Tag);
+        QCOMPARE(fresh.ui()->m_view->currentIndex(), m->index(0, 0));
+
+        EditorWindow second;
+        second.initialize(QString(), QString());
+        second.ui()->m_act_insert_after->trigger();
+        QCOMPARE(second.model()->rowCount(), 1);
+        QCOMPARE(second.undoStack()->undoText(), QStringLiteral("Insert tag"));
+    }
+
+    void nothingSelectedInNonEmptyTree()
+    {
+        ui()->m_view->setCurrentIndex(QModelIndex());
+        ui()->m_view->clearSelection();
+        m_window->updateActions();
+        QVERIFY(!ui()->m_act_insert_before->isEnabled());
+        QVERIFY(!ui()->m_act_insert_after->isEnabled());
+        QVERIFY(!ui()->m_act_delete->isEnabled());
+        QVERIFY(!ui()->m_act_paste->isEnabled());
+
+        m_window->setCurrentItem(model()->index(1, 0));
+        QVERIFY(ui()->m_act_insert_before->isEnabled());
+        QVERIFY(ui()->m_act_delete->isEnabled());
+        QVERIFY(ui()->m_act_cut->isEnabled());
+        QVERIFY(ui()->m_act_copy->isEnabled());
+        QVERIFY(ui()->m_act_paste->isEnabled());
+        QVERIFY(ui()->m_act_add_bits->isEnabled());
+        QVERIFY(ui()->m_act_add_enums->isEnabled());
+    }
+
+    void insertBeforeAndAfterTag()
+    {
+        m_window->setCurrentItem(model()->index(1, 0)); // Mode
+        ui()->m_act_insert_before->trigger();
+        QCOMPARE(model()->rowCount(), 6);
+        QCOMPARE(ui()->m_view->currentIndex().row(), 1);
+        QVERIFY(model()->index2item(model()->index(1, 0))->isNewline());
+        QCOMPARE(model()->index2item(model()->index(2, 0))->name, QStringLiteral("Mode"));
+
+        m_window->setCurrentItem(model()->index(2, 0)); // Mode again
+        ui()->m_act_insert_after->trigger();
+        QCOMPARE(model()->rowCount(), 7);
+        QCOMPARE(ui()->m_view->currentIndex().row(), 3);
+        QCOMPARE(model()->index2item(model()->index(2, 0))->name, QStringLiteral("Mode"));
+        QVERIFY(model()->index2item(model()->index(3, 0))->isNewline());
+    }
+
+    void insertIntoList()
+    {
+        const QModelIndex mode = model()->index(1, 0);
+        const QModelIndex enums = model()->index(0, 0, mode);
+        QCOMPARE(model()->index2item(enums)->type, Enums);
+        m_window->setCurrentItem(enums);
+        ui()->m_act_insert_before->trigger();
+        QCOMPARE(model()->rowCount(enums), 3);
+        QVERIFY(model()->index2item(model()->index(0, 0, enums))->isNewline());
+        QCOMPARE(model()->index2item(model()->index(1, 0, enums))->name, QStringLiteral("Off"));
+        QCOMPARE(ui()->m_view->currentIndex(), model()->index(0, 0, enums));
+
+        m_window->setCurrentItem(enums);
+        ui()->m_act_insert_after->trigger();
+        QCOMPARE(model()->rowCount(enums), 4);
+        QCOMPARE(model()->index2item(model()->index(2, 0, enums))->name, QStringLiteral("On"));
+        QVERIFY(model()->index2item(model()->index(3, 0, enums))->isNewline());
+        QCOMPARE(ui()->m_view->currentIndex(), model()->index(3, 0, enums));
+        QCOMPARE(model()->rowCount(), 5); // nothing beside the list
+    }
+
+    void deleteLastRowLeavesNoCurrentItem()
+    {
+        const QModelIndex flags = model()->index(4, 0);
+        const QModelIndex bits = model()->index(0, 0, flags);
+        const QModelIndex ready = model()->index(0, 0, bits);
+        m_window->setCurrentItem(ready);
+        ui()->m_act_delete->trigger();
+        QCOMPARE(model()->rowCount(bits), 0);
+        QVERIFY(!ui()->m_view->currentIndex().isValid());
+        QCOMPARE(m_window->undoStack()->undoText(), QStringLiteral("Remove bit"));
+        QVERIFY(!ui()->m_act_delete->isEnabled());
+    }
+
+    void deleteMovesUp()
+    {
+        m_window->setCurrentItem(model()->index(0, 0));
+        ui()->m_act_delete->trigger();
+        QCOMPARE(model()->rowCount(), 4);
+        QCOMPARE(ui()->m_view->currentIndex(), model()->index(0, 0));
+        QCOMPARE(model()->index2item(ui()->m_view->currentIndex())->name, QStringLiteral("Mode"));
+    }
+
+    void addLists()
+    {
+        m_window->setCurrentItem(model()->index(0, 0)); // Power has no lists
+        ui()->m_act_add_enums->trigger();
+        const QModelIndex power = model()->index(0, 0);
+        QCOMPARE(model()->rowCount(power), 1);
+        QCOMPARE(ui()->m_view->currentIndex(), model()->index(0, 0, power));
+        ui()->m_act_add_bits->trigger();
+        QCOMPARE(model()->rowCount(power), 2);
+        QCOMPARE(model()->index2item(model()->index(0, 0, power))->type, Bits);
+        QCOMPARE(ui()->m_view->currentIndex(), model()->index(0, 0, power));
+    }
+
+    void cutCopyPaste()
+    {
+        m_window->setCurrentItem(model()->index(1, 0)); // Mode
+        ui()->m_act_copy->trigger();
+        const QMimeData *data = QGuiApplication::clipboard()->mimeData();
+        QVERIFY(data);
+        QCOMPARE(data->text(), QStringLiteral("Mode 0x1002"));
+
+        m_window->setCurrentItem(model()->index(0, 0)); // Power
+        ui()->m_act_paste->trigger();
+        QCOMPARE(model()->rowCount(), 6);
+        QCOMPARE(model()->index2item(model()->index(0, 0))->name, QStringLiteral("Mode"));
+        QCOMPARE(ui()->m_view->currentIndex(), model()->index(0, 0));
+
+        m_window->setCurrentItem(model()->index(1, 0)); // Power
+        ui()->m_act_cut->trigger();
+        QCOMPARE(model()->rowCount(), 5);
+        QCOMPARE(QGuiApplication::clipboard()->mimeData()->text(), QStringLiteral("Power 0x2001"));
+        QCOMPARE(m_window->undoStack()->undoText(), QStringLiteral("Cut tag"));
+
+        // An enumeration value pasted onto a tag goes into that tag's list, which is expanded.
+        const QModelIndex mode = model()->index(1, 0);
+        const QModelIndex off = model()->index(0, 0, model()->index(0, 0, mode));
+        m_window->setCurrentItem(off);
+        ui()->m_act_copy->trigger();
+        const QModelIndex flags = model()->index(3, 0);
+        m_window->setCurrentItem(flags);
+        ui()->m_act_paste->trigger();
+        const QModelIndex pasted = ui()->m_view->currentIndex();
+        QVERIFY(pasted.isValid());
+        QCOMPARE(model()->index2item(pasted)->name, QStringLiteral("Off"));
+        QCOMPARE(model()->index2item(pasted.parent())->type, Enums);
+    }
+
+    void clearAllCanBeUndone()
+    {
+        const QByteArray before = encode(model()->root());
+        ui()->m_act_new->trigger();
+        QCOMPARE(model()->rowCount(), 0);
+        QCOMPARE(m_window->fileName(), m_path);
+        QCOMPARE(m_window->undoStack()->undoText(), QStringLiteral("New"));
+        m_window->undoStack()->undo();
+        QCOMPARE(encode(model()->root()), before);
+    }
+
+    void undoSelectsAgain()
+    {
+        const QModelIndex mode = model()->index(1, 0);
+        QVERIFY(model()->setData(model()->index(1, 2), QStringLiteral("note"), Qt::EditRole));
+        m_window->setCurrentItem(model()->index(0, 0));
+        m_window->undoStack()->undo();
+        QCOMPARE(ui()->m_view->currentIndex().row(), mode.row());
+        QCOMPARE(ui()->m_view->currentIndex().parent(), QModelIndex());
+    }
+
+    void expandingTopLevelExpandsChildren()
+    {
+        const QModelIndex mode = model()->index(1, 0);
+        const QModelIndex enums = model()->index(0, 0, mode);
+        QVERIFY(!ui()->m_view->isExpanded(enums));
+        ui()->m_view->expand(mode);
+        QVERIFY(ui()->m_view->isExpanded(enums));
+        ui()->m_view->collapse(enums);
+        ui()->m_view->expand(enums); // deeper expansions do nothing more
+        QVERIFY(ui()->m_view->isExpanded(enums));
+    }
+
+    void doubleClickOpensNoDialogForLists()
+    {
+        const QModelIndex mode = model()->index(1, 0);
+        const QModelIndex enums = model()->index(0, 0, mode);
+        const QModelIndex comment = model()->index(2, 0);
+        const QModelIndex blank = model()->index(3, 0);
+        QVERIFY(model()->index2item(comment)->isComment());
+        QVERIFY(model()->index2item(blank)->isNewline());
+        for (const QModelIndex &index : {enums, comment, blank}) {
+            bool opened = false;
+            TestModal::onNextModal([&](QWidget *w) { opened = true; w->close(); }, nullptr, 300);
+            m_window->onDoubleClicked(index);
+            QTest::qWait(400);
+            QVERIFY(!opened);
+        }
+    }
+
+    void doubleClickOpensDialogForTag()
+    {
+        bool opened = false;
+        QString title;
+        TestModal::onNextModal([&](QWidget *w) {
+            opened = true;
+            title = w->windowTitle();
+            w->close();
+        });
+        m_window->onDoubleClicked(model()->index(0, 0));
+        QVERIFY(opened);
+        QCOMPARE(title, QStringLiteral("Edit item"));
+    }
+
+    void applyItemIsUndoable()
+    {
+        Item *power = model()->index2item(model()->index(0, 0));
+        ItemData data = *power;
+        data.comment = QStringLiteral("changed");
+        data.secure = true;
+        m_window->onApplyItem(power, data);
+        QCOMPARE(m_window->undoStack()->undoText(), QStringLiteral("Change item"));
+        QCOMPARE(power->comment, QStringLiteral("changed"));
+        m_window->undoStack()->undo();
+        QVERIFY(power->comment.isEmpty());
+        QVERIFY(!power->secure);
+    }
+
+    // --- messages ---
+
+    void messagesAndErrors()
+    {
+        m_window->message(QStringLiteral("Unexpected element <foo>."));
+        QVERIFY(m_window->messageDock()->isVisible());
+        QVERIFY(m_window->messages()->toPlainText().endsWith(QStringLiteral("Unexpected element <foo>.")));
+
+        QString boxText;
+        QString boxTitle;
+        TestModal::onNextModal([&](QWidget *w) {
+            auto *box = qobject_cast<QMessageBox *>(w);
+            QVERIFY(box);
+            boxText = box->text();
+            boxTitle = box->windowTitle();
+            QCOMPARE(box->icon(), QMessageBox::Warning);
+            box->button(QMessageBox::Ok)->click();
+        });
+        m_window->error(QStringLiteral("Something failed"));
+        QCOMPARE(boxText, QStringLiteral("Something failed"));
+        QCOMPARE(boxTitle, m_window->windowTitle());
+        QVERIFY(m_window->messages()->toPlainText().endsWith(QStringLiteral("Something failed")));
+    }
+
+    void warningsGoToMessages()
+    {
+        const QString warn = path(QStringLiteral("warn.zatdef"));
+        QVERIFY(writeFile(warn, "<zat16>\n  <frob/>\n  <tag name=\"A\" id=\"0x1\"/>\n</zat16>\n"));
+        std::unique_ptr<Item> root(m_window->loadDefinitionFile(warn));
+        QVERIFY(root);
+        QVERIFY(m_window->messageDock()->isVisible());
+        QVERIFY(m_window->messages()->toPlainText().contains(
+            QStringLiteral("Warning: ") + warn + QStringLiteral(", Line 2, Column 9:\n  Unexpected element <frob>.")));
+    }
+
+    void loadFailureShowsCriticalBox()
+    {
+        const QString bad = path(QStringLiteral("bad.zatdef"));
+        QVERIFY(writeFile(bad, "<zat16>\n  <tag name=\"A\" id=\"0x10000\"/>\n</zat16>\n"));
+        QString text;
+        TestModal::onNextModal([&](QWidget *w) {
+            auto *box = qobject_cast<QMessageBox *>(w);
+            QVERIFY(box);
+            text = box->text();
+            QCOMPARE(box->icon(), QMessageBox::Critical);
+            QCOMPARE(box->windowTitle(), m_window->windowTitle());
+            QVERIFY(box->button(QMessageBox::Close));
+            box->button(QMessageBox::Close)->click();
+        });
+        QVERIFY(!m_window->loadDefinitionFile(bad));
+        QCOMPARE(text, QStringLiteral("Error: ") + bad + QStringLiteral(", Line 2, Column 30:\n  (EndElement) Tag out of range"));
+    }
+
+    // --- saving ---
+
+    void firstSaveCreatesOnlyTheFile()
+    {
+        const QString target = path(QStringLiteral("new.zatdef"));
+        QSignalSpy saved(m_window, &EditorWindow::saved);
+        QVERIFY(m_window->save(target));
+        QCOMPARE(readFile(target), defs);
+        QVERIFY(!QFile::exists(target + QStringLiteral(".bak")));
+        QVERIFY(!QFile::exists(target + QStringLiteral(".tmp")));
+        QCOMPARE(saved.count(), 1);
+        QCOMPARE(saved.at(0).at(1).toString(), target);
+        QCOMPARE(m_window->fileName(), target);
+    }
+
+    void secondSaveKeepsOneBackup()
+    {
+        editSomething();
+        QVERIFY(m_window->onSave());
+        const QByteArray first = readFile(m_path);
+        QVERIFY(first.contains("PowerOn"));
+        QCOMPARE(readFile(m_path + QStringLiteral(".bak")), defs);
+        QVERIFY(m_window->undoStack()->isClean());
+
+        QVERIFY(model()->setData(model()->index(0, 0), QStringLiteral("PowerOff"), Qt::EditRole));
+        QVERIFY(m_window->onSave());
+        QVERIFY(readFile(m_path).contains("PowerOff"));
+        QCOMPARE(readFile(m_path + QStringLiteral(".bak")), first);
+        QDir dir(m_dir->path());
+        QCOMPARE(dir.entryList(QDir::Files, QDir::Name),
+                 QStringList({QStringLiteral("defs.zatdef"), QStringLiteral("defs.zatdef.bak")}));
+    }
+
+    void saveFailsWhenTemporaryCannotBeWritten()
+    {
+        editSomething();
+        QVERIFY(QDir().mkdir(m_path + QStringLiteral(".tmp")));
+        QString text;
+        TestModal::answerMessageBox(QMessageBox::Ok, &text);
+        QVERIFY(!m_window->onSave());
+        const QString expected = QStringLiteral("Failed to open output file ") + m_path + QStringLiteral(".tmp.");
+        QCOMPARE(text, expected);
+        QVERIFY(m_window->messages()->toPlainText().endsWith(expected));
+        QCOMPARE(readFile(m_path), defs);
+        QVERIFY(!QFile::exists(m_path + QStringLiteral(".bak")));
+        QVERIFY(!m_window->undoStack()->isClean());
+    }
+
+    void saveFailsWhenBackupCannotBeDeleted()
+    {
+        editSomething();
+        QVERIFY(QDir().mkpath(m_path + QStringLiteral(".bak/inside")));
+        QString text;
+        TestModal::answerMessageBox(QMessageBox::Ok, &text);
+        QVERIFY(!m_window->onSave());
+        QCOMPARE(text,
+                 QStringLiteral("Could not delete old backup ") + m_path + QStringLiteral(".bak: ")
+                     + QString::fromLocal8Bit(std::strerror(EISDIR)));
+        QCOMPARE(readFile(m_path), defs);
+        QVERIFY(readFile(m_path + QStringLiteral(".tmp")).contains("PowerOn"));
+        QVERIFY(!m_window->undoStack()->isClean());
+    }
+
+    void saveFailsWhenFileCannotBecomeBackup()
+    {
+        editSomething();
+        QVERIFY(writeFile(m_path + QStringLiteral(".bak"), "old backup"));
+        SaveSequence::operations().rename = renameFailsToBackup;
+        QString text;
+        TestModal::answerMessageBox(QMessageBox::Ok, &text);
+        QVERIFY(!m_window->onSave());
+        QCOMPARE(text,
+                 QStringLiteral("Could not rename ") + m_path + QStringLiteral(" to ") + m_path
+                     + QStringLiteral(".bak: ") + QString::fromLocal8Bit(std::strerror(EXDEV)));
+        QCOMPARE(readFile(m_path), defs);
+        QVERIFY(readFile(m_path + QStringLiteral(".tmp")).contains("PowerOn"));
+        QVERIFY(!m_window->undoStack()->isClean());
+    }
+
+    void saveFailsWhenTemporaryCannotBeRenamed()
+    {
+        editSomething();
+        SaveSequence::operations().rename = renameFailsFromTemporary;
+        QString text;
+        TestModal::answerMessageBox(QMessageBox::Ok, &text);
+        QVERIFY(!m_window->onSave());
+        QCOMPARE(text,
+                 QStringLiteral("Could not rename ") + m_path + QStringLiteral(".tmp to ") + m_path
+                     + QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(EACCES)));
+        QVERIFY(!QFile::exists(m_path));
+        QCOMPARE(readFile(m_path + QStringLiteral(".bak")), defs);
+        QVERIFY(readFile(m_path + QStringLiteral(".tmp")).contains("PowerOn"));
+        QVERIFY(!m_window->undoStack()->isClean());
+    }
+
+    void savedFileIsAcceptedByXmllint()
+    {
+        editSomething();
+        QVERIFY(m_window->onSave());
+        if (QStandardPaths::findExecutable(QStringLiteral("xmllint")).isEmpty())
+            QSKIP("xmllint is not installed");
+        QProcess lint;
+        lint.start(QStringLiteral("xmllint"), {QStringLiteral("--noout"), m_path});
+        QVERIFY(lint.waitForFinished());
+        QCOMPARE(lint.exitCode(), 0);
+    }
+
+    // --- the unsaved-changes question ---
+
+    void canDiscardWhenClean() { QVERIFY(m_window->canDiscard()); }
+
+    void canDiscardAnswers_data()
+    {
+        QTest::addColumn<int>("button");
+        QTest::addColumn<bool>("result");
+        QTest::addColumn<bool>("saved");
+        QTest::newRow("save") << int(QMessageBox::Save) << true << true;
+        QTest::newRow("discard") << int(QMessageBox::Discard) << true << false;
+        QTest::newRow("cancel") << int(QMessageBox::Cancel) << false << false;
+    }
+
+    void canDiscardAnswers()
+    {
+        QFETCH(int, button);
+        QFETCH(bool, result);
+        QFETCH(bool, saved);
+        editSomething();
+        QString text;
+        QString title;
+        TestModal::onNextModal([&](QWidget *w) {
+            auto *box = qobject_cast<QMessageBox *>(w);
+            QVERIFY(box);
+            text = box->text();
+            title = box->windowTitle();
+            QCOMPARE(box->defaultButton(), box->button(QMessageBox::Cancel));
+            QVERIFY(box->button(QMessageBox::Save));
+            QVERIFY(box->button(QMessageBox::Discard));
+            box->button(QMessageBox::StandardButton(button))->click();
+        });
+        QCOMPARE(m_window->canDiscard(), result);
+        QCOMPARE(text, QStringLiteral("There are unsaved changes. What do you want to do?"));
+        QCOMPARE(title, QStringLiteral("defs.zatdef * [ZAT16 tag editor]"));
+        QCOMPARE(readFile(m_path).contains("PowerOn"), saved);
+        QCOMPARE(m_window->undoStack()->isClean(), saved);
+    }
+
+    void closeWithFailingSaveStaysOpen()
+    {
+        editSomething();
+        QVERIFY(QDir().mkdir(m_path + QStringLiteral(".tmp")));
+        QString warning;
+        TestModal::answerMessageBox(QMessageBox::Save, nullptr, [&]() {
+            TestModal::answerMessageBox(QMessageBox::Ok, &warning);
+        });
+        QVERIFY(!m_window->close());
+        QVERIFY(m_window->isVisible());
+        QCOMPARE(warning, QStringLiteral("Failed to open output file ") + m_path + QStringLiteral(".tmp."));
+        // The layout was stored before asking.
+        QSettings settings;
+        QVERIFY(!settings.value(QStringLiteral("ZAT16Editor/Geometry")).toByteArray().isEmpty());
+        QVERIFY(!settings.value(QStringLiteral("ZAT16Editor/State")).toByteArray().isEmpty());
+        QVERIFY(!settings.value(QStringLiteral("ZAT16Editor/TreeHeader")).toByteArray().isEmpty());
+    }
+
+    void closeWithCancelStaysOpenAndDiscardCloses()
+    {
+        editSomething();
+        TestModal::answerMessageBox(QMessageBox::Cancel);
+        QVERIFY(!m_window->close());
+        QVERIFY(m_window->isVisible());
+        TestModal::answerMessageBox(QMessageBox::Discard);
+        QVERIFY(m_window->close());
+        QVERIFY(!m_window->isVisible());
+    }
+
+    void openWithFailingSaveKeepsDocument()
+    {
+        editSomething();
+        const QByteArray before = encode(model()->root());
+        QVERIFY(QDir().mkdir(m_path + QStringLiteral(".tmp")));
+        bool dialogShown = false;
+        TestModal::answerMessageBox(QMessageBox::Save, nullptr, [&]() {
+            TestModal::answerMessageBox(QMessageBox::Ok, nullptr, [&]() {
+                TestModal::onNextModal([&](QWidget *w) {
+                    dialogShown = true;
+                    w->close();
+                }, nullptr, 500);
+            });
+        });
+        m_window->onOpen();
+        QTest::qWait(600);
+        QVERIFY(!dialogShown);
+        QCOMPARE(encode(model()->root()), before);
+        QCOMPARE(m_window->fileName(), m_path);
+    }
+
+    void cancelOpenAfterDiscardKeepsDocument()
+    {
+        editSomething();
+        const QByteArray before = encode(model()->root());
+        bool dialogShown = false;
+        TestModal::answerMessageBox(QMessageBox::Discard, nullptr, [&]() {
+            TestModal::onNextModal([&](QWidget *w) {
+                dialogShown = qobject_cast<QFileDialog *>(w) != nullptr;
+                qobject_cast<QDialog *>(w)->reject();
+            });
+        });
+        m_window->onOpen();
+        QVERIFY(dialogShown);
+        QCOMPARE(encode(model()->root()), before);
+        QVERIFY(!m_window->undoStack()->isClean());
+        QCOMPARE(m_window->fileName(), m_path);
+    }
+
+    void openChoosesFileAndStoresPath()
+    {
+        const QString other = path(QStringLiteral("other.zatdef"));
+        QVERIFY(writeFile(other, "<zat16>\n  <tag name=\"Only\" id=\"0x2002\"/>\n</zat16>\n"));
+        QSignalSpy opened(m_window, &EditorWindow::opened);
+        QString caption;
+        TestModal::onNextModal([&](QWidget *w) {
+            auto *dialog = qobject_cast<QFileDialog *>(w);
+            QVERIFY(dialog);
+            caption = dialog->windowTitle();
+            QCOMPARE(dialog->nameFilters(),
+                     QStringList({QStringLiteral("ZAT16 Definition Files (*.zatdef)"), QStringLiteral("All Files (*)")}));
+            chooseFile(dialog, other);
+            static_cast<QDialog *>(dialog)->accept();
+        });
+        m_window->onOpen();
+        QCOMPARE(caption, QStringLiteral("Open ZAT16 definitions"));
+        QCOMPARE(opened.count(), 1);
+        QCOMPARE(m_window->fileName(), other);
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("other.zatdef [ZAT16 tag editor]"));
+        QCOMPARE(model()->rowCount(), 1);
+        QCOMPARE(ui()->m_wdg_file_changed->fileName(), other);
+        QCOMPARE(QSettings().value(QStringLiteral("ZAT16Editor/LastOpenPath")).toString(), other);
+
+        // The next start reopens it.
+        EditorWindow next;
+        next.initialize(QString(), QString());
+        QCOMPARE(next.fileName(), other);
+        QCOMPARE(next.model()->rowCount(), 1);
+    }
+
+    void failedOpenIsStillRemembered()
+    {
+        const QString bad = path(QStringLiteral("broken.zatdef"));
+        QVERIFY(writeFile(bad, "not xml at all"));
+        const QByteArray before = encode(model()->root());
+        TestModal::onNextModal([&](QWidget *w) {
+            auto *dialog = qobject_cast<QFileDialog *>(w);
+            QVERIFY(dialog);
+            chooseFile(dialog, bad);
+            TestModal::answerMessageBox(QMessageBox::Close);
+            static_cast<QDialog *>(dialog)->accept();
+        });
+        m_window->onOpen();
+        QCOMPARE(QSettings().value(QStringLiteral("ZAT16Editor/LastOpenPath")).toString(), bad);
+        QCOMPARE(encode(model()->root()), before);
+        QCOMPARE(m_window->fileName(), m_path);
+    }
+
+    void saveAsStoresPathAndKeepsWatch()
+    {
+        const QString target = path(QStringLiteral("copy.zatdef"));
+        editSomething();
+        QString caption;
+        TestModal::onNextModal([&](QWidget *w) {
+            auto *dialog = qobject_cast<QFileDialog *>(w);
+            QVERIFY(dialog);
+            caption = dialog->windowTitle();
+            chooseFile(dialog, target);
+            static_cast<QDialog *>(dialog)->accept();
+        });
+        m_window->onSaveAs();
+        QCOMPARE(caption, QStringLiteral("Save ZAT16 definitions"));
+        QVERIFY(readFile(target).contains("PowerOn"));
+        QCOMPARE(m_window->fileName(), target);
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("copy.zatdef [ZAT16 tag editor]"));
+        QCOMPARE(QSettings().value(QStringLiteral("ZAT16Editor/LastSaveAsPath")).toString(), target);
+        // The banner stays on the file that was watched before.
+        QCOMPARE(ui()->m_wdg_file_changed->fileName(), m_path);
+    }
+
+    // --- reload and the watcher ---
+
+    void reloadIsUndoable()
+    {
+        const QByteArray before = encode(model()->root());
+        const QByteArray changed = "<?xml version=\"1.0\" encoding=\"UTF-8\"?> <!-- -*- nxml -*- -->\n"
+                                   "<zat16>\n"
+                                   "  <tag name=\"Other\" id=\"0x3001\"/>\n"
+                                   "</zat16>\n";
+        QVERIFY(writeFile(m_path, changed));
+        QTRY_VERIFY(ui()->m_wdg_file_changed->isVisible());
+        QVERIFY(ui()->m_wdg_file_changed->findChild<QLabel *>(QStringLiteral("m_lbl_message"))->text().contains(QStringLiteral("defs.zatdef")));
+        QSignalSpy opened(m_window, &EditorWindow::opened);
+        ui()->m_wdg_file_changed->findChild<QPushButton *>(QStringLiteral("m_pb_reload"))->click();
+        QCOMPARE(opened.count(), 1);
+        QCOMPARE(encode(model()->root()), changed);
+        QVERIFY(m_window->undoStack()->isClean());
+        QCOMPARE(m_window->undoStack()->undoText(), QStringLiteral("Replace data"));
+        m_window->undoStack()->undo();
+        QCOMPARE(encode(model()->root()), before);
+        QVERIFY(!m_window->undoStack()->isClean());
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("defs.zatdef * [ZAT16 tag editor]"));
+    }
+
+    void failedReloadShowsBannerAgain()
+    {
+        QVERIFY(writeFile(m_path, "<zat16><tag id=\"0x10000\"/></zat16>"));
+        TestModal::answerMessageBox(QMessageBox::Close);
+        m_window->onReloadClicked();
+        QVERIFY(ui()->m_wdg_file_changed->isVisible());
+        QCOMPARE(QString::fromUtf8(encode(model()->root())), QString::fromUtf8(defs));
+    }
+
+    void ownSaveIsNotAnOutsideChange()
+    {
+        editSomething();
+        QVERIFY(m_window->onSave());
+        QTest::qWait(1500);
+        QVERIFY(!ui()->m_wdg_file_changed->isVisible());
+        QCOMPARE(ui()->m_wdg_file_changed->fileName(), m_path);
+    }
+
+    void ignoreEndsWatchingAndSaveDoesNotResume()
+    {
+        QVERIFY(writeFile(m_path, defs + "\n"));
+        QTRY_VERIFY(ui()->m_wdg_file_changed->isVisible());
+        ui()->m_wdg_file_changed->findChild<QPushButton *>(QStringLiteral("m_pb_ignore"))->click();
+        QVERIFY(!ui()->m_wdg_file_changed->isVisible());
+        QVERIFY(ui()->m_wdg_file_changed->fileName().isEmpty());
+        editSomething();
+        QVERIFY(m_window->onSave());
+        QVERIFY(ui()->m_wdg_file_changed->fileName().isEmpty());
+        QVERIFY(writeFile(m_path, defs));
+        QTest::qWait(1500);
+        QVERIFY(!ui()->m_wdg_file_changed->isVisible());
+    }
+
+    // --- settings ---
+
+    void fontsAreRestored()
+    {
+        QFont fixed(QStringLiteral("DejaVu Sans Mono"), 13);
+        QFont comment(QStringLiteral("DejaVu Serif"), 9);
+        {
+            QSettings settings;
+            settings.setValue(QStringLiteral("ZAT16Editor/FixedFont"), fixed.toString());
+            settings.setValue(QStringLiteral("ZAT16Editor/CommentFont"), comment.toString());
+        }
+        EditorWindow window;
+        QCOMPARE(window.model()->fixedFont().toString(), fixed.toString());
+        QCOMPARE(window.model()->commentFont().toString(), comment.toString());
+    }
+
+    void floatingDocksFollowTheWindow()
+    {
+        m_window->undoDock()->show();
+        QTRY_VERIFY(m_window->undoDock()->isVisible());
+        m_window->hide();
+        QVERIFY(!m_window->undoDock()->isVisible());
+        m_window->show();
+        QTRY_VERIFY(m_window->undoDock()->isVisible());
+    }
+};
+
+QTEST_MAIN(TestEditorWindow)
+#include "tst_editorwindow.moc"
