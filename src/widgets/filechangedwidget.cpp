@@ -90,6 +90,10 @@ void FileChangedWidget::onFileChanged()
         return;
     QFileInfo const info(m_fileName);
     if (info.exists()) {
+        // A file replaced by a rename is a new file: the watch on the old one is gone, so the
+        // path is watched again to hear of the next change too.
+        if (m_watcher && !m_watcher->files().contains(m_fileName))
+            m_watcher->addPath(m_fileName);
         fileChanged(info.fileName());
         return;
     }

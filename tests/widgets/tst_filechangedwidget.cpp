@@ -218,6 +218,11 @@ void TestFileChangedWidget::replacedByRename()
     QTest::qWait(1500);
     QCOMPARE(shows.count, 1);
     QCOMPARE(label()->text(), changedText);
+
+    // The new file is watched as well: its next change is reported too.
+    QVERIFY(writeFile(m_path, "<zat16/>\n"));
+    QTRY_COMPARE(shows.count, 2);
+    QCOMPARE(label()->text(), changedText);
 }
 
 void TestFileChangedWidget::removedAndCreatedWithinASecond()
