@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+#include <functional>
+
+/// Runs the measurements of zatbench: for each file size the medians of the reader loop, the
+/// load, the save, the five generators and the editor steps; the peak memory of a load in a
+/// child process; then the table and one GOAL line per goal.
+class BenchRunner
+{
+public:
+    /// One measured operation and its median time at each size (negative: not measured).
+    struct Row {
+        QString name;
+        bool perByte; ///< throughput in MB/s is meaningful
+        QList<double> ms;
+    };
+
+    /// What the memory child process reports for one size.
+    struct Memory {
+        bool valid = false;
+        bool peakReset = false; ///< the peak was reset to the current size before loading
+        qint64 fileBytes = 0;
+        qint64 peakBeforeKiB = 0;
+        qint64 peakAfterKiB = 0;
+        qint64 residentBeforeKiB = 0;
+        qint64 residentAfterKiB = 0;
+        qint64 addedKiB() const { return peakAfterKiB - peakBeforeKiB; }
+    };
+
+    explicit BenchRunner(const QList<int> &sizes);
+
+    /// Measures every size and prints the table and the goals; false when the synthetic file
+    /// does not load and save back identically (the figures would mean nothing).
+    bool run();
+
+    /// The child process of the memory measurement: loads `tags` tags once and prints one
+    /// "MEMORY ..." line.
+    static int memoryChild(int tags);
+    /// Runs one operation once at `tags` tags inside zatbench_profiled(), for callgrind's
+    /// --toggle-collect; the preparation runs outside it.
+    static int profile(const QString &operation, int tags);
+    static QStringList profileOperations();
+
+private:
+    bool measureSize(int column);
+    Memory measureMemory(int tags) const;
+    void printTable() const;
+    void printGoals() const;
+    double value(const QString &row, int tags) const;
+    int repetitions(int tags) const;
+
+    QList<int> m_sizes;
+    QList<qint64> m_fileBytes;
+    QList<int> m_warnings;
+    QList<Memory> m_memory;
+    QList<Row> m_rows;
+};
