@@ -52,11 +52,29 @@ const QString keyCommentFont = QStringLiteral("ZAT16Editor/CommentFont");
 const QString keyLastOpenPath = QStringLiteral("ZAT16Editor/LastOpenPath");
 const QString keyLastSaveAsPath = QStringLiteral("ZAT16Editor/LastSaveAsPath");
 
-// A settings value as a string, or an empty one when it holds something else.
+// A settings value that must be a text (a font, a path): anything else, such as bytes another
+// program left there, reads as empty and so leaves the default.
 QString settingsString(const QSettings &settings, const QString &key)
 {
     const QVariant value = settings.value(key);
-    return value.canConvert<QString>() ? value.toString() : QString();
+    if (value.typeId() != QMetaType::QString)
+        return QString();
+    const QString text = value.toString();
+    for (QChar c : text) {
+        if (c.unicode() < 0x20 || c.category() == QChar::Other_Control)
+            return QString();
+    }
+    return text;
+}
+
+// A settings value that must be bytes (a saved layout); a text is accepted too, as Qt may store
+// bytes so.
+QByteArray settingsBytes(const QSettings &settings, const QString &key)
+{
+    const QVariant value = settings.value(key);
+    if (value.typeId() == QMetaType::QByteArray || value.typeId() == QMetaType::QString)
+        return value.toByteArray();
+    return QByteArray();
 }
 
 } // namespace
@@ -152,15 +170,13 @@ EditorWindow::EditorWindow(QWidget *parent)
 
     // Settings that are missing or unreadable leave the defaults.
     QSettings settings;
-    const QVariant state = settings.value(keyState);
-    if (state.canConvert<QByteArray>())
-        restoreState(state.toByteArray(), 0);
-    const QVariant geometry = settings.value(keyGeometry);
-    if (geometry.canConvert<QByteArray>())
-        Tools::restoreWidgetGeometry(this, geometry.toByteArray());
-    const QVariant header = settings.value(keyTreeHeader);
-    if (header.canConvert<QByteArray>())
-        view->header()->restoreState(header.toByteArray());
+    const QByteArray state = settingsBytes(settings, keyState);
+    if (!state.isEmpty())
+        restoreState(state, 0);
+    Tools::restoreWidgetGeometry(this, settingsBytes(settings, keyGeometry));
+    const QByteArray header = settingsBytes(settings, keyTreeHeader);
+    if (!header.isEmpty())
+        view->header()->restoreState(header);
     QFont font;
     const QString fixedFont = settingsString(settings, keyFixedFont);
     if (!fixedFont.isEmpty() && font.fromString(fixedFont))

@@ -3,6 +3,8 @@
 #include <QBuffer>
 #include <QFile>
 
+#include <cerrno>
+#include <cstring>
 #include <unistd.h>
 
 namespace ZAT16 {
@@ -30,12 +32,26 @@ bool Writer::write(const Item *root, const QString &path)
     }
     device = &file;
     fileName = path;
-    const bool result = writeDefinitions(root);
+    bool result = writeDefinitions(root);
     fileName = QString();
     device = nullptr;
-    file.flush();
-    ::fsync(file.handle());
+
+    // A full disk or an I/O error shows up in a write, the flush, the fsync or the close.
+    QString failure;
+    if (!file.flush() || file.error() != QFileDevice::NoError)
+        failure = file.errorString();
+    // Standard output may be a pipe or a terminal, which cannot be synced.
+    if (failure.isEmpty() && ::fsync(file.handle()) != 0 && errno != EINVAL && errno != ENOTSUP && errno != EROFS)
+        failure = QString::fromLocal8Bit(std::strerror(errno));
     file.close();
+    if (failure.isEmpty() && file.error() != QFileDevice::NoError)
+        failure = file.errorString();
+    if (!result && failure.isEmpty() && error.isEmpty())
+        failure = QStringLiteral("The output could not be produced.");
+    if (!failure.isEmpty()) {
+        error = QLatin1String("Error writing ") + path + QLatin1String(":\n  ") + failure;
+        result = false;
+    }
     return result;
 }
 

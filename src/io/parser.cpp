@@ -27,17 +27,69 @@ ItemType elementType(QStringView name)
     return ZAT16::Invalid;
 }
 
-// C notation: "0x"/"0X" hexadecimal, a leading "0" octal, otherwise decimal; signed first, then
-// unsigned for values above the signed range.
-bool parseId(QStringView text, quint64 *value)
+// Whether numbers shown in `display` come out as decimal digits that may start with a zero: the
+// signed and unsigned modes, and a digit count without a mode.
+bool isDecimalDisplay(const DisplayMode &display)
 {
+    return display.mode == 1 || display.mode == 2 || (display.mode == 0 && display.digits != 0);
+}
+
+// Reads an "id" in the notations the writer produces and in C notation: "0x"/"0X" hexadecimal,
+// "0o"/"0O" octal, "0y"/"0b" binary, a leading "0" octal, otherwise decimal, each with an optional
+// sign. Zeros before a minus sign are padding ("00-5" is -5). Where `decimal` is set, digits with
+// leading zeros are padded decimal, not octal. Values above the signed range are taken unsigned.
+bool parseId(QStringView text, bool decimal, quint64 *value)
+{
+    QStringView t = text.trimmed();
+    qsizetype zeros = 0;
+    while (zeros < t.size() && t.at(zeros) == u'0')
+        ++zeros;
+    if (zeros > 0 && zeros < t.size() && t.at(zeros) == u'-')
+        t = t.mid(zeros);
+
+    bool negative = false;
+    QStringView digits = t;
+    if (!digits.isEmpty() && (digits.front() == u'-' || digits.front() == u'+')) {
+        negative = digits.front() == u'-';
+        digits = digits.mid(1);
+    }
+    int base = 0;
+    if (digits.size() > 2 && digits.at(0) == u'0') {
+        const QChar letter = digits.at(1);
+        if (letter == u'o' || letter == u'O')
+            base = 8;
+        else if (letter == u'y' || letter == u'b')
+            base = 2;
+        if (base)
+            digits = digits.mid(2);
+    }
+    if (!base && decimal && digits.size() > 1 && digits.front() == u'0' && digits.at(1).isDigit())
+        base = 10;
+    if (base) {
+        // Only digits may follow; Qt's conversion would also take a sign or blanks here.
+        if (digits.isEmpty() || digits.front() == u'-' || digits.front() == u'+' || digits.front().isSpace())
+            return false;
+        bool ok = false;
+        const quint64 u = digits.toULongLong(&ok, base);
+        if (!ok)
+            return false;
+        if (negative) {
+            if (u > quint64(1) << 63)
+                return false;
+            *value = quint64(0) - u;
+        } else {
+            *value = u;
+        }
+        return true;
+    }
+
     bool ok = false;
-    const qint64 s = text.toLongLong(&ok, 0);
+    const qint64 s = t.toLongLong(&ok, 0);
     if (ok) {
         *value = quint64(s);
         return true;
     }
-    const quint64 u = text.toULongLong(&ok, 0);
+    const quint64 u = t.toULongLong(&ok, 0);
     if (ok) {
         *value = u;
         return true;
@@ -78,6 +130,8 @@ bool Parser::parser()
     root = nullptr;
     dtd = QString();
     m_siblings.clear();
+    m_open.clear();
+    m_depth = 0;
 
     if (readNext(SkipCommentsAndWhitespace) != StartDocument) {
         raiseError(QStringLiteral("This doesn't look like an XML file."));
@@ -138,9 +192,12 @@ bool Parser::parseElements(Item *parent)
             raiseError(QStringLiteral("Unexpected end element"));
             return false;
         case Characters:
-            // Text that is not whitespace ends reading here, quietly: the tree read so far stays.
-            if (!checkForNewline(parent))
+            // Text that is not whitespace ends reading here: the tree read so far stays. The
+            // warning tells that the rest of the file was not read.
+            if (!checkForNewline(parent)) {
+                raiseUnexpectedCharactersWarning();
                 return false;
+            }
             break;
         case Comment:
             storeComment(parent);
@@ -177,7 +234,17 @@ bool Parser::addElement(Item *parent, ItemType type)
         return fail();
     if (verbose)
         item->dump(0);
-    if (!parseElements(item))
+    // Known elements have the same nesting limit as skipped ones, so that no input can make the
+    // reading recurse without bound.
+    if (++m_depth > maximumDepth) {
+        raiseError(QStringLiteral("File too deeply nested"));
+        return fail();
+    }
+    m_open.append(item);
+    const bool read = parseElements(item);
+    m_open.removeLast();
+    --m_depth;
+    if (!read)
         return fail();
 
     if (type != Tag) {
@@ -238,8 +305,50 @@ bool Parser::parseElementAttributes(ItemData *data)
 
     data->comment = attrs.value(attrComment).toString();
 
+    // The display mode is read before the id: it decides how zero-padded digits are read.
+    if (attrs.hasAttribute(attrDisplay)) {
+        const QStringView text = attrs.value(attrDisplay);
+        qsizetype i = 0;
+        int digits = 0;
+        while (i < text.size() && text.at(i) >= u'0' && text.at(i) <= u'9') {
+            digits = int(unsigned(digits) * 10u + unsigned(text.at(i).unicode() - u'0'));
+            ++i;
+        }
+        data->display.digits = digits;
+        if (i < text.size()) {
+            switch (text.at(i).unicode()) {
+            case u'X':
+            case u'x':
+                data->display.mode = 3;
+                break;
+            case u'b':
+            case u'y':
+                data->display.mode = 5;
+                break;
+            case u'd':
+                data->display.mode = 1;
+                break;
+            case u'o':
+                data->display.mode = 4;
+                break;
+            case u'u':
+                data->display.mode = 2;
+                break;
+            default:
+                break;
+            }
+        }
+    }
+
     if (attrs.hasAttribute(attrId)) {
-        if (!parseId(attrs.value(attrId), &data->id)) {
+        // The display in effect for this element, as the tree inherits it: the open elements
+        // around it are not linked to their parents yet, so they are walked here.
+        DisplayMode display = data->display;
+        for (qsizetype i = m_open.size() - 1; display.mode == 0 && i >= 0; --i) {
+            if (m_open.at(i)->display.mode != 0)
+                display = m_open.at(i)->display;
+        }
+        if (!parseId(attrs.value(attrId), isDecimalDisplay(display), &data->id)) {
             raiseError(QStringLiteral("Invalid ID"));
             return false;
         }
@@ -249,39 +358,6 @@ bool Parser::parseElementAttributes(ItemData *data)
     if (attrs.hasAttribute(attrSecure))
         data->secure = parseBool(attrSecure);
 
-    if (attrs.hasAttribute(attrDisplay)) {
-        const QByteArray text = attrs.value(attrDisplay).toLatin1();
-        int i = 0;
-        int digits = 0;
-        while (i < text.size() && text.at(i) >= '0' && text.at(i) <= '9') {
-            digits = int(unsigned(digits) * 10u + unsigned(text.at(i) - '0'));
-            ++i;
-        }
-        data->display.digits = digits;
-        if (i < text.size()) {
-            switch (text.at(i)) {
-            case 'X':
-            case 'x':
-                data->display.mode = 3;
-                break;
-            case 'b':
-            case 'y':
-                data->display.mode = 5;
-                break;
-            case 'd':
-                data->display.mode = 1;
-                break;
-            case 'o':
-                data->display.mode = 4;
-                break;
-            case 'u':
-                data->display.mode = 2;
-                break;
-            default:
-                break;
-            }
-        }
-    }
     return true;
 }
 

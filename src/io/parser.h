@@ -49,6 +49,8 @@ private:
         QSet<QString> names;
     };
     QList<Siblings> m_siblings;
+    QList<const Item *> m_open; ///< the elements being read, outermost first
+    int m_depth = 0; ///< nesting depth of the known elements being read
 };
 
 } // namespace ZAT16

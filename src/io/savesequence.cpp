@@ -5,6 +5,7 @@
 #include <QFile>
 
 #include <cerrno>
+#include <fcntl.h>
 #include <cstdio>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -19,11 +20,30 @@ bool exists(const QByteArray &path)
     return ::lstat(path.constData(), &st) == 0;
 }
 
+bool isDirectory(const QByteArray &path)
+{
+    struct stat st;
+    return ::lstat(path.constData(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+// Makes the directory entries of the renames durable.
+void syncDirectory(const QByteArray &file)
+{
+    QByteArray dir = file.left(file.lastIndexOf('/'));
+    if (dir.isEmpty())
+        dir = file.startsWith('/') ? QByteArray("/") : QByteArray(".");
+    const int fd = ::open(dir.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd >= 0) {
+        ::fsync(fd);
+        ::close(fd);
+    }
+}
+
 } // namespace
 
 SaveSequence::Operations &SaveSequence::operations()
 {
-    static Operations ops = {::unlink, ::rename};
+    static Operations ops = {::unlink, ::rename, ::link};
     return ops;
 }
 
@@ -58,12 +78,46 @@ bool SaveSequence::run(const Item *root)
         return false;
     };
 
-    if (exists(backup) && ops.unlink(backup.constData()) != 0)
+    // An old backup that is not a file (a directory, say) cannot be replaced: try to delete it,
+    // which fails with the reason to report.
+    if (isDirectory(backup) && ops.unlink(backup.constData()) != 0)
         return fail(DeleteBackup);
-    if (exists(file) && ops.rename(file.constData(), backup.constData()) != 0)
-        return fail(RenameToBackup);
+
+    if (exists(file)) {
+        // The old file gets a second name first, which then replaces the old backup in one
+        // step: the file's name and the backup's name each hold a complete version throughout.
+        const QByteArray fresh = backup + ".new";
+        if (exists(fresh))
+            ops.unlink(fresh.constData());
+        if (ops.link(file.constData(), fresh.constData()) == 0) {
+            if (ops.rename(fresh.constData(), backup.constData()) != 0) {
+                const int error = errno;
+                ops.unlink(fresh.constData());
+                errno = error;
+                return fail(RenameToBackup);
+            }
+        } else {
+            // File systems without hard links get the plain sequence: delete the old backup,
+            // rename the file to the backup. For a moment the file's name is then empty.
+            const int linkError = errno;
+            const bool noLinks = linkError == EPERM || linkError == EXDEV || linkError == ENOTSUP
+                || linkError == EOPNOTSUPP || linkError == EMLINK || linkError == ENOSYS;
+            if (!noLinks) {
+                errno = linkError;
+                return fail(RenameToBackup);
+            }
+            if (exists(backup) && ops.unlink(backup.constData()) != 0)
+                return fail(DeleteBackup);
+            if (ops.rename(file.constData(), backup.constData()) != 0)
+                return fail(RenameToBackup);
+        }
+    } else if (exists(backup) && ops.unlink(backup.constData()) != 0) {
+        return fail(DeleteBackup);
+    }
+
     if (ops.rename(temporary.constData(), file.constData()) != 0)
         return fail(RenameTemporary);
+    syncDirectory(file);
     return true;
 }
 

@@ -8,8 +8,13 @@ class Item;
 
 /// Saves a definitions tree over a file safely: the tree is written to a temporary file beside it
 /// (the name with ".tmp" appended), the previous content becomes the single backup generation
-/// (".bak" appended) and the temporary file takes the file's name. When a step fails, the
-/// sequence stops there, so the file and its backup are never both gone.
+/// (".bak" appended) and the temporary file takes the file's name.
+///
+/// The file's name holds a complete file at every moment: the old file becomes the backup by a
+/// hard link that replaces the old backup in one rename (where the file system has no hard links,
+/// the old backup is deleted and the file renamed), and the temporary file replaces the file in
+/// one rename. The directory is synced afterwards, so that the renames survive a power failure.
+/// When a step fails, the sequence stops there.
 class SaveSequence
 {
 public:
@@ -18,7 +23,7 @@ public:
         Saved = 0,
         WriteTemporary, ///< the writer failed; `writerError` holds its message
         DeleteBackup, ///< the old backup could not be deleted
-        RenameToBackup, ///< the file could not be renamed to the backup
+        RenameToBackup, ///< the file could not become the backup (by a link or a rename)
         RenameTemporary, ///< the temporary file could not be renamed to the file
     };
 
@@ -27,6 +32,7 @@ public:
     struct Operations {
         int (*unlink)(const char *path);
         int (*rename)(const char *from, const char *to);
+        int (*link)(const char *from, const char *to);
     };
     /// The operations used by every sequence; the POSIX calls unless a test changed them.
     static Operations &operations();

@@ -1,5 +1,7 @@
 #include "xmlparser.h"
 
+#include "entityguard.h"
+
 #include <QBuffer>
 #include <QDebug>
 #include <QFile>
@@ -11,6 +13,7 @@ XmlParser::~XmlParser()
     setDevice(nullptr);
 }
 
+
 bool XmlParser::parse(const QString &path)
 {
     depth = 0;
@@ -19,10 +22,8 @@ bool XmlParser::parse(const QString &path)
         raiseError(QStringLiteral("Failed to open input file"));
         return false;
     }
-    setDevice(file.get());
-    m_input = std::move(file);
     fileName = path;
-    return parser();
+    return run(std::move(file));
 }
 
 bool XmlParser::parse(const QByteArray &data)
@@ -31,10 +32,23 @@ bool XmlParser::parse(const QByteArray &data)
     auto buffer = std::make_unique<QBuffer>();
     buffer->setData(data);
     buffer->open(QIODevice::ReadOnly | QIODevice::Text);
-    setDevice(buffer.get());
-    m_input = std::move(buffer);
     fileName = QStringLiteral("data");
-    return parser();
+    return run(std::move(buffer));
+}
+
+bool XmlParser::run(std::unique_ptr<QIODevice> input)
+{
+    // The reader sees the input through a guard that stops it at entity declarations.
+    auto guard = std::make_unique<EntityGuard>(input.get());
+    setDevice(guard.get());
+    m_guard = std::move(guard);
+    m_input = std::move(input);
+    const bool result = parser();
+    if (m_guard->tripped()) {
+        raiseError(QStringLiteral("Entity declarations are not supported"));
+        return false;
+    }
+    return result;
 }
 
 QXmlStreamReader::TokenType XmlParser::readNext(ReadMode mode)
@@ -59,7 +73,7 @@ QXmlStreamReader::TokenType XmlParser::readNext(ReadMode mode)
 
 bool XmlParser::skipElement()
 {
-    if (++depth > 100) {
+    if (++depth > maximumDepth) {
         raiseError(QStringLiteral("File too deeply nested"));
         return false;
     }

@@ -5,6 +5,7 @@
 
 #include <memory>
 
+class EntityGuard;
 class QIODevice;
 
 /// A streaming XML pull reader with diagnostics that carry the source name, line and column.
@@ -28,6 +29,10 @@ public:
     bool parse(const QString &path);
     /// Reads `data` and runs the grammar; messages name the source "data".
     bool parse(const QByteArray &data);
+
+    /// Elements may nest this deep, known or not; one more level fails with
+    /// "File too deeply nested".
+    static constexpr int maximumDepth = 100;
 
     /// Next token; processing instructions are always skipped, comments and whitespace-only
     /// text only in SkipCommentsAndWhitespace mode.
@@ -69,5 +74,8 @@ protected:
     virtual void warning(const QString &text);
 
 private:
+    bool run(std::unique_ptr<QIODevice> input);
+
     std::unique_ptr<QIODevice> m_input;
+    std::unique_ptr<EntityGuard> m_guard;
 };

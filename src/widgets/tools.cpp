@@ -54,7 +54,9 @@ bool restoreWidgetGeometry(QWidget *widget, QByteArray const &geometry)
     QSize size;
     bool maximized = false;
     stream >> pos >> size >> maximized;
-    if (stream.status() != QDataStream::Ok)
+    // Anything but exactly one record, such as bytes another program left in the settings, is
+    // not a saved geometry.
+    if (stream.status() != QDataStream::Ok || !stream.atEnd() || !size.isValid())
         return false;
 
     int const width = size.width();

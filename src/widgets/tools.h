@@ -20,8 +20,8 @@ QByteArray saveWidgetGeometry(QWidget *widget);
 ///
 /// A maximized record maximizes the widget (it shows maximized when, or if already, visible).
 ///
-/// Returns false when \a geometry is empty or too short to hold a record; the widget is then not
-/// touched. Otherwise returns true when anything was applied: the position, the size or the
+/// Returns false when \a geometry is empty, too short or too long to be one record, or holds an
+/// invalid size; the widget is then not touched. Otherwise returns true when anything was applied: the position, the size or the
 /// maximized state. So a record whose position is refused but whose size is restored returns
 /// true, and only a record of which nothing could be used (position refused, size refused, not
 /// maximized) returns false.

@@ -95,6 +95,19 @@ void chooseFile(QFileDialog *dialog, const QString &path)
 }
 
 // Failing stand-ins for the file system calls of the save sequence.
+int linkFails(const char *, const char *)
+{
+    errno = EACCES;
+    return -1;
+}
+
+// A file system without hard links: the sequence falls back to renaming the file.
+int linkUnsupported(const char *, const char *)
+{
+    errno = EPERM;
+    return -1;
+}
+
 int renameFailsToBackup(const char *from, const char *to)
 {
     if (QByteArray(to).endsWith(".bak")) {
@@ -170,7 +183,7 @@ private slots:
             delete m_window;
             m_window = nullptr;
         }
-        SaveSequence::operations() = {::unlink, ::rename};
+        SaveSequence::operations() = {::unlink, ::rename, ::link};
         delete m_dir;
         m_dir = nullptr;
     }
@@ -691,6 +704,30 @@ private slots:
     {
         editSomething();
         QVERIFY(writeFile(m_path + QStringLiteral(".bak"), "old backup"));
+        SaveSequence::operations().link = linkFails;
+        QString text;
+        TestModal::answerMessageBox(QMessageBox::Ok, &text);
+        QVERIFY(!m_window->onSave());
+        QCOMPARE(text,
+                 QStringLiteral("Could not rename ") + m_path + QStringLiteral(" to ") + m_path
+                     + QStringLiteral(".bak: ") + QString::fromLocal8Bit(std::strerror(EACCES)));
+        QCOMPARE(readFile(m_path), defs);
+        QVERIFY(readFile(m_path + QStringLiteral(".tmp")).contains("PowerOn"));
+        QVERIFY(!m_window->undoStack()->isClean());
+    }
+
+    void saveWithoutHardLinksRenames()
+    {
+        editSomething();
+        SaveSequence::operations().link = linkUnsupported;
+        QVERIFY(m_window->onSave());
+        QCOMPARE(readFile(m_path + QStringLiteral(".bak")), defs);
+        QVERIFY(readFile(m_path).contains("PowerOn"));
+        QVERIFY(!QFile::exists(m_path + QStringLiteral(".tmp")));
+
+        // Where the fallback rename fails, that is what the message names.
+        QVERIFY(model()->setData(model()->index(0, 0), QStringLiteral("PowerOff"), Qt::EditRole));
+        const QByteArray saved = readFile(m_path);
         SaveSequence::operations().rename = renameFailsToBackup;
         QString text;
         TestModal::answerMessageBox(QMessageBox::Ok, &text);
@@ -698,9 +735,9 @@ private slots:
         QCOMPARE(text,
                  QStringLiteral("Could not rename ") + m_path + QStringLiteral(" to ") + m_path
                      + QStringLiteral(".bak: ") + QString::fromLocal8Bit(std::strerror(EXDEV)));
-        QCOMPARE(readFile(m_path), defs);
-        QVERIFY(readFile(m_path + QStringLiteral(".tmp")).contains("PowerOn"));
-        QVERIFY(!m_window->undoStack()->isClean());
+        QCOMPARE(readFile(m_path), saved);
+        QVERIFY(!QFile::exists(m_path + QStringLiteral(".bak")));
+        QVERIFY(readFile(m_path + QStringLiteral(".tmp")).contains("PowerOff"));
     }
 
     void saveFailsWhenTemporaryCannotBeRenamed()
@@ -713,9 +750,24 @@ private slots:
         QCOMPARE(text,
                  QStringLiteral("Could not rename ") + m_path + QStringLiteral(".tmp to ") + m_path
                      + QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(EACCES)));
-        QVERIFY(!QFile::exists(m_path));
+        // The old file became the backup by a link, so its name still holds it.
+        QCOMPARE(readFile(m_path), defs);
         QCOMPARE(readFile(m_path + QStringLiteral(".bak")), defs);
         QVERIFY(readFile(m_path + QStringLiteral(".tmp")).contains("PowerOn"));
+        QVERIFY(!m_window->undoStack()->isClean());
+    }
+
+    void saveOnFullDevice()
+    {
+        editSomething();
+        QVERIFY(writeFile(m_path + QStringLiteral(".bak"), "backup before"));
+        QVERIFY(QFile::link(QStringLiteral("/dev/full"), m_path + QStringLiteral(".tmp")));
+        QString text;
+        TestModal::answerMessageBox(QMessageBox::Ok, &text);
+        QVERIFY(!m_window->onSave());
+        QCOMPARE(text, QStringLiteral("Error writing ") + m_path + QStringLiteral(".tmp:\n  No space left on device"));
+        QCOMPARE(readFile(m_path), defs);
+        QCOMPARE(readFile(m_path + QStringLiteral(".bak")), QByteArray("backup before"));
         QVERIFY(!m_window->undoStack()->isClean());
     }
 
@@ -967,6 +1019,46 @@ private slots:
     }
 
     // --- settings ---
+
+    void corruptSettingsAreSkipped_data()
+    {
+        QTest::addColumn<QVariant>("value");
+        QByteArray garbage;
+        for (int i = 0; i < 256; ++i)
+            garbage += char((i * 37 + 11) & 0xFF);
+        QTest::newRow("garbage bytes") << QVariant(garbage);
+        QTest::newRow("short bytes") << QVariant(QByteArray("\x01\x02"));
+        QTest::newRow("a number") << QVariant(42);
+        QTest::newRow("a list") << QVariant(QStringList({QStringLiteral("a"), QStringLiteral("b")}));
+        QTest::newRow("text with control characters") << QVariant(QString::fromLatin1(garbage.left(40)));
+    }
+
+    void corruptSettingsAreSkipped()
+    {
+        QFETCH(QVariant, value);
+        {
+            QSettings settings;
+            for (const char *key : {"State", "Geometry", "TreeHeader", "FixedFont", "CommentFont", "LastOpenPath",
+                                    "LastSaveAsPath"})
+                settings.setValue(QStringLiteral("ZAT16Editor/") + QLatin1String(key), value);
+        }
+        bool boxShown = false;
+        TestModal::onNextModal([&](QWidget *w) {
+            boxShown = true;
+            w->close();
+        }, nullptr, 500);
+        EditorWindow window;
+        window.initialize(QString(), QString());
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QTest::qWait(600);
+        QVERIFY(!boxShown);
+        QCOMPARE(window.windowTitle(), QStringLiteral("[ZAT16 tag editor]"));
+        QVERIFY(window.fileName().isEmpty());
+        QCOMPARE(window.model()->fixedFont().family(), QStringLiteral("Monospace"));
+        QVERIFY(window.ui()->m_view->header()->sectionSize(0) > 0);
+        QVERIFY(!window.isMaximized());
+    }
 
     void fontsAreRestored()
     {

@@ -4,6 +4,7 @@
 #include "generatortest.h"
 
 #include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -209,6 +210,30 @@ private slots:
         RecordingWriter writer;
         writer.result = false;
         QCOMPARE(writer.encode(&root), QByteArray());
+    }
+
+    void fullDeviceIsNoticed()
+    {
+        // A full disk shows only when the buffered data is flushed: write() must notice it.
+        QTemporaryDir dir;
+        QVERIFY(dir.isValid());
+        const QString path = dir.filePath(QStringLiteral("full.h"));
+        QVERIFY(QFile::link(QStringLiteral("/dev/full"), path));
+        RecordingWriter writer;
+        QVERIFY(!writer.write(nullptr, path));
+        QCOMPARE(writer.formatError(), QStringLiteral("Error writing ") + path + QStringLiteral(":\n  No space left on device"));
+    }
+
+    void failedWriterGetsAMessage()
+    {
+        QTemporaryDir dir;
+        QVERIFY(dir.isValid());
+        const QString path = dir.filePath(QStringLiteral("out.h"));
+        RecordingWriter writer;
+        writer.result = false;
+        QVERIFY(!writer.write(nullptr, path));
+        QCOMPARE(writer.formatError(),
+                 QStringLiteral("Error writing ") + path + QStringLiteral(":\n  The output could not be produced."));
     }
 
     void beginUtf8()

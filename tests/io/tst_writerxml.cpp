@@ -124,6 +124,8 @@ private slots:
     void commentsAndBlankLines();
     void escaping();
     void nonAsciiText();
+    void charactersXmlCannotCarry();
+    void commentLinesWithDashes();
     void itemsOfOtherTypesWriteNothing();
     void writeIndent();
     void writeItemAtDepthZero();
@@ -191,7 +193,8 @@ void TestWriterXml::enumsDisplayInherited()
 
 void TestWriterXml::displayLettersNormalised()
 {
-    // "8b" comes back as "8y", "X" as "x", a bare digit count is dropped
+    // "8b" comes back as "8y", "X" as "x"; a bare digit count is kept, since it pads decimal
+    // numbers and reading padded decimal digits depends on it
     QString error;
     const QByteArray saved = resave("<zat16>\n"
                                     "<tag name=\"A\" id=\"0x1001\" display=\"8b\">\n"
@@ -207,7 +210,7 @@ void TestWriterXml::displayLettersNormalised()
         head
             + "\n<zat16>\n"
               "  <tag name=\"A\" id=\"0x1001\" display=\"8y\">\n"
-              "    <enums/>\n"
+              "    <enums display=\"4\"/>\n"
               "    <enums display=\"x\"/>\n"
               "    <enums display=\"2x\"/>\n"
               "    <enums/>\n"
@@ -294,7 +297,7 @@ void TestWriterXml::attributeConditions()
               "  <tag name=\"NoId\"/>\n"
               "  <tag id=\"0x1001\" comment=\"nameless\"/>\n"
               "  <tag id=\"0x1002\"/>\n"
-              "  <tag name=\"DigitsOnly\" id=\"0x1003\"/>\n"
+              "  <tag name=\"DigitsOnly\" id=\"0x1003\" display=\"4\"/>\n"
               "  <tag name=\"Mode6\" id=\"0x1004\"/>\n"
               "  <tag name=\"ModeMinus\" id=\"0x1005\"/>\n"
               "  <tag name=\"Secure\" secure=\"true\"/>\n"
@@ -332,7 +335,7 @@ void TestWriterXml::displayLetters_data()
     QTest::newRow("octal 6") << 4 << 6 << QByteArray(" display=\"6o\"");
     QTest::newRow("binary 16") << 5 << 16 << QByteArray(" display=\"16y\"");
     QTest::newRow("not set") << 0 << 0 << QByteArray();
-    QTest::newRow("digits without mode") << 0 << 8 << QByteArray();
+    QTest::newRow("digits without mode") << 0 << 8 << QByteArray(" display=\"8\"");
     QTest::newRow("mode 6") << 6 << 0 << QByteArray();
     QTest::newRow("mode -1") << -1 << 3 << QByteArray();
 }
@@ -427,7 +430,7 @@ void TestWriterXml::idsInInheritedDisplayModes()
 void TestWriterXml::digitsWithoutModeNotInherited()
 {
     // A digit count without mode is passed over when looking up; the value keeps its own
-    // (unset) display and no display attribute is written.
+    // (unset) display. The digit counts are written back, so that "005" reads as decimal again.
     const auto root = makeRoot();
     Item *tag = addNumbered(root.get(), Tag, QStringLiteral("T"), 0x1001);
     setDisplay(tag, 0, 4);
@@ -439,10 +442,10 @@ void TestWriterXml::digitsWithoutModeNotInherited()
     IOTEST_COMPARE_BYTES(save(root.get()),
         head
             + "\n<zat16>\n"
-              "  <tag name=\"T\" id=\"0x1001\">\n"
+              "  <tag name=\"T\" id=\"0x1001\" display=\"4\">\n"
               "    <enums>\n"
               "      <enum name=\"Five\" id=\"5\"/>\n"
-              "      <enum name=\"Padded\" id=\"005\"/>\n"
+              "      <enum name=\"Padded\" id=\"005\" display=\"3\"/>\n"
               "    </enums>\n"
               "  </tag>\n"
               "</zat16>\n");
@@ -518,6 +521,49 @@ void TestWriterXml::nonAsciiText()
               "c\xc3\xb6"
               "d\xc3\xa9 \xe2\x9c\x93\"/>\n"
               "</zat16>\n");
+}
+
+void TestWriterXml::charactersXmlCannotCarry()
+{
+    // Control characters, U+FFFF and lone surrogates cannot stand in XML: they become U+FFFD,
+    // and the file still reads back.
+    const auto root = makeRoot();
+    Item *tag = addNumbered(root.get(), Tag, QStringLiteral("A"), 0x1001);
+    tag->comment = QStringLiteral("a\x01" "b") + QChar(0xFFFF) + QChar(0xD800) + QStringLiteral("c\U0001F600");
+    addComment(root.get(), Tag, QStringLiteral("bell\x07"));
+
+    const QByteArray saved = save(root.get());
+    IOTEST_COMPARE_BYTES(saved,
+        head
+            + "\n<zat16>\n"
+              "  <tag name=\"A\" id=\"0x1001\" comment=\"a\xef\xbf\xbd"
+              "b\xef\xbf\xbd\xef\xbf\xbd"
+              "c\xf0\x9f\x98\x80\"/>\n"
+              "  <!--bell\xef\xbf\xbd-->\n"
+              "</zat16>\n");
+    Parser parser;
+    QVERIFY2(parser.parse(saved), qPrintable(parser.formatError()));
+}
+
+void TestWriterXml::commentLinesWithDashes()
+{
+    // A comment line cannot hold "--" or end with "-" in XML: a blank separates such dashes.
+    const auto root = makeRoot();
+    addComment(root.get(), Tag, QStringLiteral("a--b---c-"));
+    addComment(root.get(), Tag, QStringLiteral("- ok -x"));
+
+    const QByteArray saved = save(root.get());
+    IOTEST_COMPARE_BYTES(saved,
+        head
+            + "\n<zat16>\n"
+              "  <!--a- -b- - -c- -->\n"
+              "  <!--- ok -x-->\n"
+              "</zat16>\n");
+    Parser parser;
+    QVERIFY2(parser.parse(saved), qPrintable(parser.formatError()));
+    const std::unique_ptr<Item> loaded(parser.takeRoot());
+    QCOMPARE(loaded->child(0)->comment, QStringLiteral("a- -b- - -c- "));
+    QCOMPARE(loaded->child(1)->comment, QStringLiteral("- ok -x"));
 }
 
 void TestWriterXml::itemsOfOtherTypesWriteNothing()

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QByteArray>
+#include <QIODevice>
+
+/// A read-only pass-through device that refuses entity declarations. The XML reader expands
+/// entities declared in a document type declaration before it reports anything, so a few hundred
+/// bytes of declarations can cost it gigabytes and minutes (the "billion laughs" and its quadratic
+/// variants, also through parameter entities). Definitions files have no use for entities, so the
+/// guard stops the input at the first "<!ENTITY" in any of the encodings the reader decodes
+/// (8-bit, UTF-16 and UTF-32 in both byte orders) before the reader sees it.
+class EntityGuard : public QIODevice
+{
+public:
+    /// Reads from `source` (not owned), which must stay open while the guard is used.
+    explicit EntityGuard(QIODevice *source, QObject *parent = nullptr);
+
+    /// True once an entity declaration was found; the input ended there.
+    bool tripped() const { return m_tripped; }
+
+    bool isSequential() const override { return true; }
+    qint64 bytesAvailable() const override;
+    bool atEnd() const override;
+
+protected:
+    qint64 readData(char *data, qint64 maxSize) override;
+    qint64 writeData(const char *data, qint64 maxSize) override;
+
+private:
+    bool scan(const char *data, qint64 size);
+
+    QIODevice *m_source;
+    QByteArray m_tail; ///< the end of the previous chunk, for declarations split between reads
+    bool m_tripped = false;
+};
