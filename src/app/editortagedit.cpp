@@ -4,6 +4,7 @@
 #include "tagcodes.h"
 #include "tagvalidator.h"
 
+#include <QAbstractItemView>
 #include <QLineEdit>
 
 namespace ZAT16 {
@@ -17,6 +18,8 @@ EditorTagEdit::EditorTagEdit(QWidget *parent)
     setInsertPolicy(QComboBox::NoInsert);
     setModel(m_model);
     setMaxVisibleItems(m_model->rowCount());
+    // In the narrow code column the list still shows the type names in full.
+    view()->setMinimumWidth(view()->sizeHintForColumn(0) + 2 * view()->frameWidth() + 24);
     connect(this, qOverload<int>(&QComboBox::currentIndexChanged), this, &EditorTagEdit::onCurrentIndexChanged);
     connect(this, &QComboBox::editTextChanged, this, &EditorTagEdit::onEditTextChanged);
     m_updating = false;
