@@ -82,6 +82,7 @@ private slots:
     void pasteValueOntoCommentLine();
     void pasteCommentAsDocumentType();
     void pasteRefused();
+    void pasteEntityDeclarationsRefused();
     void pastePlainText();
     void pastePlainTextOnCodeCell();
 
@@ -466,6 +467,30 @@ void TestClipboard::pasteRefused()
     QCOMPARE(lonely.at({ 0 })->type, Enums);
     QVERIFY(!lonely.model.paste(lonely.index({ 0 }), value.get()).isValid());
     QCOMPARE(lonely.stack.count(), 0);
+    QCOMPARE(f.stack.count(), 0);
+    QCOMPARE(f.encoding(), before);
+}
+
+// Pasted data is read like a file: entity declarations, which could make the reader expand a few
+// bytes into gigabytes, are refused and nothing changes.
+void TestClipboard::pasteEntityDeclarationsRefused()
+{
+    Fixture f(tree);
+    const QByteArray before = f.encoding();
+    QByteArray laughs = "<?xml version=\"1.0\"?>\n<!DOCTYPE tag [\n <!ENTITY l0 \"lol\">\n";
+    for (int i = 1; i < 10; ++i) {
+        laughs += " <!ENTITY l" + QByteArray::number(i) + " \"";
+        for (int j = 0; j < 10; ++j)
+            laughs += "&l" + QByteArray::number(i - 1) + ";";
+        laughs += "\">\n";
+    }
+    laughs += "]>\n<tag name=\"X\" id=\"0x1\" comment=\"&l9;\"/>\n";
+    std::unique_ptr<QMimeData> mime = xmlData(laughs);
+    QVERIFY(!f.model.paste(f.index({ 0 }), mime.get()).isValid());
+    std::unique_ptr<QMimeData> external = xmlData("<?xml version=\"1.0\"?>\n<!DOCTYPE tag [\n"
+                                                  " <!ENTITY e SYSTEM \"file:///etc/passwd\">\n]>\n"
+                                                  "<tag name=\"X\" id=\"0x1\" comment=\"&e;\"/>\n");
+    QVERIFY(!f.model.paste(f.index({ 0 }), external.get()).isValid());
     QCOMPARE(f.stack.count(), 0);
     QCOMPARE(f.encoding(), before);
 }
