@@ -1,30 +1,12 @@
 #pragma once
 
-#include <QRegularExpression>
-#include <QSyntaxHighlighter>
-#include <QTextCharFormat>
-#include <QVector>
+#include "commenthighlighter.h"
 
-/// Colours Lua text: keywords, -- and // comments, and /* */ comments (the C forms as well, on
-/// purpose; Lua's long comments are not treated specially).
-class HighlighterLua : public QSyntaxHighlighter {
+/// Colours the generated Lua: keywords, "--" comments, and, like the C highlighter, // and
+/// /* */ comments (Lua's own long comments are not treated specially).
+class HighlighterLua : public CommentHighlighter {
     Q_OBJECT
 
 public:
     explicit HighlighterLua(QTextDocument *parent = nullptr);
-
-protected:
-    void highlightBlock(const QString &text) override;
-
-private:
-    struct HighlightingRule {
-        QRegularExpression pattern;
-        QTextCharFormat format;
-    };
-    QVector<HighlightingRule> m_highlightingRules;
-
-    QRegularExpression m_commentStartExpression;
-    QRegularExpression m_commentEndExpression;
-
-    QTextCharFormat m_multiLineCommentFormat;
 };
