@@ -12,11 +12,18 @@
 class BenchRunner
 {
 public:
-    /// One measured operation and its median time at each size (negative: not measured).
+    /// One run of an operation, in milliseconds.
+    struct Sample {
+        double cpu; ///< processor time of the thread
+        double wall; ///< elapsed time
+    };
+
+    /// One measured operation and its median times at each size (negative: not measured).
     struct Row {
         QString name;
         bool perByte; ///< throughput in MB/s is meaningful
-        QList<double> ms;
+        QList<double> ms; ///< processor time
+        QList<double> wall; ///< elapsed time
     };
 
     /// What the memory child process reports for one size.
