@@ -226,6 +226,16 @@ namespace {
     // `depth` 0 is the root. Reading that stops early at stray text leaves the root unfinished: its
     // range check is skipped, and only the children of the root's children are certain to have had
     // their blank lines trimmed.
+    // Characters of text held by the tree. Without entities every one of them comes from at least
+    // one byte of the input, so more characters than input bytes mean that entities were expanded.
+    qsizetype treeText(const Item *item)
+    {
+        qsizetype size = item->name.size() + item->comment.size();
+        for (const Item *child : item->children)
+            size += treeText(child);
+        return size;
+    }
+
     QString checkTree(const Item *item, int depth)
     {
         if (item->type < Root || item->type > Bit)
@@ -277,6 +287,12 @@ QString checkLoad(const QByteArray &data)
         return QStringLiteral("the root has a parent");
     if (parser.hasError())
         return QStringLiteral("a successful parse left the reader in the error state: ") + parser.errorString();
+    const qsizetype text = treeText(parser.root);
+    if (text > data.size()) {
+        return QStringLiteral("the tree holds %1 characters of text read from %2 bytes: entities were expanded")
+            .arg(text)
+            .arg(data.size());
+    }
     return checkTree(parser.root, 0);
 }
 

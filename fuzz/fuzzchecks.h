@@ -15,7 +15,8 @@ class Item;
 namespace FuzzChecks {
 
 /// Parses `data` with a fresh parser. A successful parse must leave a root whose children all
-/// point back to their parents; a failed one no root and an error text.
+/// point back to their parents, with no more characters of text than the input has bytes (no
+/// entity was expanded); a failed one no root and an error text.
 QString checkLoad(const QByteArray &data);
 
 /// What one round trip through the definitions writer gave.

@@ -56,6 +56,11 @@ QHash<QString, QString> knownFailures()
         { QStringLiteral("fuzz_roundtrip/display-digit-count-two-billion.zatdef"), hugePadding },
         { QStringLiteral("fuzz_generators/display-digit-count-two-billion.zatdef"), hugePadding },
         { QStringLiteral("fuzz_paste/display-digit-count-two-billion-on-tag.bin"), hugePadding },
+        { QStringLiteral("fuzz_load/entity-declaration-in-utf7.zatdef"),
+            QStringLiteral(
+                "the entity guard looks for \"<!ENTITY\" only in 8-bit, UTF-16 and UTF-32 bytes, but the reader "
+                "also decodes UTF-7 (and other encodings it knows), where the declaration reads "
+                "\"+ADw-!ENTITY\"; its entities are then expanded") },
     };
 }
 
