@@ -1,9 +1,13 @@
 // zatgen: reads a definitions file and writes it back in the canonical layout or as generated
-// source, without a display. Exit status: 0 success, 1 bad input, 2 bad usage, 3 an output could
-// not be written, 4 --check-outputs found an output file that is not up to date.
+// source, without a display; lists the file's problems (--check) or compares it with an older
+// version (--compare). Exit status: 0 success, 1 bad input, 2 bad usage, 3 an output could not be
+// written, 4 --check-outputs found an output file that is not up to date, 5 --compare found a
+// change that breaks programs built from the older version.
 
+#include "compatibility.h"
 #include "item.h"
 #include "parser.h"
+#include "problems.h"
 #include "writercpp.h"
 #include "writercpplut.h"
 #include "writercs.h"
@@ -27,6 +31,7 @@ enum ExitStatus {
     BadUsage = 2,
     WriteFailed = 3,
     OutOfDate = 4,
+    Breaking = 5,
 };
 
 void printErr(const QString &text)
@@ -34,6 +39,41 @@ void printErr(const QString &text)
     const QByteArray bytes = text.toLocal8Bit();
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
     std::fflush(stderr);
+}
+
+void printOut(const QString &text)
+{
+    const QByteArray bytes = text.toLocal8Bit();
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
+    std::fflush(stdout);
+}
+
+// Reads one definitions file, printing its warnings and, on failure, its error; null on failure.
+std::unique_ptr<ZAT16::Item> readDefinitions(const QString &path, bool *warned)
+{
+    ZAT16::Parser parser;
+    const bool ok = parser.parse(path);
+    printErr(parser.warnings);
+    if (!parser.warnings.isEmpty())
+        *warned = true;
+    if (!ok) {
+        printErr(parser.formatError() + QLatin1Char('\n'));
+        return nullptr;
+    }
+    return std::unique_ptr<ZAT16::Item>(parser.takeRoot());
+}
+
+// One line per problem: "<path>: problem: <message>" or "<path>: warning: <message>".
+int printProblems(const QString &path, const ZAT16::Item *root)
+{
+    const QList<ZAT16::Problems::Problem> problems = ZAT16::Problems::find(root);
+    QString text;
+    for (const ZAT16::Problems::Problem &problem : problems) {
+        text += path + (problem.isWarning() ? QStringLiteral(": warning: ") : QStringLiteral(": problem: "))
+            + problem.message + QLatin1Char('\n');
+    }
+    printErr(text);
+    return int(problems.size());
 }
 
 enum class OutputResult {
@@ -122,8 +162,19 @@ int main(int argc, char *argv[])
     cmd.setApplicationDescription(QStringLiteral("Reads a ZAT16 definitions file and generates source code from it."));
     cmd.addHelpOption();
     cmd.addVersionOption();
-    const QCommandLineOption checkOption(QStringLiteral("check"), QStringLiteral("Only read the file and report problems."));
-    const QCommandLineOption werrorOption(QStringLiteral("werror"), QStringLiteral("Treat warnings as errors."));
+    const QCommandLineOption checkOption(
+        QStringLiteral("check"),
+        QStringLiteral("Write nothing; after the warnings of reading, list the entries that zatedit marks in red and the "
+                       "names that are keywords of C, C++, C# or Lua on standard error, one line each: "
+                       "\"<input>: problem: <message>\" or \"<input>: warning: <message>\"."));
+    const QCommandLineOption compareOption(
+        QStringLiteral("compare"),
+        QStringLiteral("Compare the input with <old>, an older version of it, and print on standard output what would "
+                       "break programs built from <old> and what was added; exit with status 5 if anything breaks. "
+                       "No output is written."),
+        QStringLiteral("old"));
+    const QCommandLineOption werrorOption(
+        QStringLiteral("werror"), QStringLiteral("Treat warnings as errors; with --check, the problems too."));
     const QCommandLineOption checkOutputsOption(
         QStringLiteral("check-outputs"),
         QStringLiteral("Write nothing; name every output file whose content differs from what would be generated, "
@@ -132,10 +183,12 @@ int main(int argc, char *argv[])
     cmd.addOption(checkOption);
     cmd.addOption(werrorOption);
     cmd.addOption(checkOutputsOption);
+    cmd.addOption(compareOption);
     const QList<OutputKind> kinds = outputKinds();
     for (const OutputKind &kind : kinds)
         cmd.addOption(QCommandLineOption(kind.option, kind.description, QStringLiteral("path")));
-    cmd.addPositionalArgument(QStringLiteral("input"), QStringLiteral("The definitions file (.zatdef)."));
+    cmd.addPositionalArgument(QStringLiteral("input"),
+                              QStringLiteral("The definitions file (.zatdef); with --compare, its new version."));
 
     if (!cmd.parse(app.arguments())) {
         printErr(QStringLiteral("zatgen: %1\n").arg(cmd.errorText()));
@@ -153,18 +206,41 @@ int main(int argc, char *argv[])
         return BadUsage;
     }
 
-    ZAT16::Parser parser;
-    const bool ok = parser.parse(inputs.first());
-    printErr(parser.warnings);
-    if (!ok) {
-        printErr(parser.formatError() + QLatin1Char('\n'));
-        return BadInput;
+    const QString input = inputs.first();
+
+    if (cmd.isSet(compareOption)) {
+        bool outputs = cmd.isSet(checkOption) || cmd.isSet(checkOutputsOption);
+        for (const OutputKind &kind : kinds)
+            outputs = outputs || cmd.isSet(kind.option);
+        if (outputs) {
+            printErr(QStringLiteral("zatgen: --compare cannot be combined with --check, --check-outputs or an output\n"));
+            return BadUsage;
+        }
+        const QString old = cmd.value(compareOption);
+        bool warned = false;
+        const std::unique_ptr<ZAT16::Item> oldRoot = readDefinitions(old, &warned);
+        if (!oldRoot)
+            return BadInput;
+        const std::unique_ptr<ZAT16::Item> newRoot = readDefinitions(input, &warned);
+        if (!newRoot)
+            return BadInput;
+        if (cmd.isSet(werrorOption) && warned)
+            return BadInput;
+        const ZAT16::CompatibilityReport report(oldRoot.get(), newRoot.get());
+        printOut(report.text(old, input));
+        return report.isBreaking() ? Breaking : Success;
     }
-    std::unique_ptr<ZAT16::Item> root(parser.takeRoot());
-    if (cmd.isSet(werrorOption) && !parser.warnings.isEmpty())
+
+    bool warned = false;
+    const std::unique_ptr<ZAT16::Item> root = readDefinitions(input, &warned);
+    if (!root)
         return BadInput;
-    if (cmd.isSet(checkOption))
-        return Success;
+    if (cmd.isSet(checkOption)) {
+        const int problems = printProblems(input, root.get());
+        return cmd.isSet(werrorOption) && (warned || problems > 0) ? BadInput : Success;
+    }
+    if (cmd.isSet(werrorOption) && warned)
+        return BadInput;
 
     const bool checkOnly = cmd.isSet(checkOutputsOption);
     bool outOfDate = false;

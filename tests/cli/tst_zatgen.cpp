@@ -76,6 +76,21 @@ private slots:
                                         << QByteArray("zatgen: Unknown option 'frobnicate'.");
         QTest::newRow("missing option value") << QStringList{QStringLiteral("a.zatdef"), QStringLiteral("--xml")}
                                               << QByteArray("zatgen: Missing value after '--xml'.");
+        QTest::newRow("compare without the old file")
+            << QStringList{QStringLiteral("a.zatdef"), QStringLiteral("--compare")}
+            << QByteArray("zatgen: Missing value after '--compare'.");
+        QTest::newRow("compare with an output")
+            << QStringList{QStringLiteral("--compare"), QStringLiteral("old.zatdef"), QStringLiteral("--xml"),
+                           QStringLiteral("-"), QStringLiteral("a.zatdef")}
+            << QByteArray("zatgen: --compare cannot be combined with --check, --check-outputs or an output");
+        QTest::newRow("compare with check")
+            << QStringList{QStringLiteral("--check"), QStringLiteral("--compare"), QStringLiteral("old.zatdef"),
+                           QStringLiteral("a.zatdef")}
+            << QByteArray("zatgen: --compare cannot be combined with --check, --check-outputs or an output");
+        QTest::newRow("compare with check-outputs")
+            << QStringList{QStringLiteral("--check-outputs"), QStringLiteral("--compare"), QStringLiteral("old.zatdef"),
+                           QStringLiteral("a.zatdef")}
+            << QByteArray("zatgen: --compare cannot be combined with --check, --check-outputs or an output");
     }
 
     void usage()
@@ -96,6 +111,7 @@ private slots:
         QVERIFY(run.out.contains("--xml <path>"));
         QVERIFY(run.out.contains("--werror"));
         QVERIFY(run.out.contains("--check"));
+        QVERIFY(run.out.contains("--compare <old>"));
 
         run = zatgen({QStringLiteral("--version")});
         QCOMPARE(run.status, 0);
@@ -136,9 +152,13 @@ private slots:
                                             + path + QStringLiteral(", Line 4, Column 9:\n  Unexpected element <frob>.\n"))
                                         .toUtf8();
 
+        // --check lists the problems of the tree after the warnings of reading.
+        const QByteArray problems = QString(path + QStringLiteral(": problem: Tag A (0x1001): code collision with a sibling\n")
+                                            + path + QStringLiteral(": problem: Tag B (0x1001): code collision with a sibling\n"))
+                                        .toUtf8();
         Run run = zatgen({QStringLiteral("--check"), path});
         QCOMPARE(run.status, 0);
-        QCOMPARE(run.err, expected);
+        QCOMPARE(run.err, expected + problems);
         QVERIFY(run.out.isEmpty());
 
         run = zatgen({QStringLiteral("--werror"), QStringLiteral("--xml"), QStringLiteral("-"), path});
@@ -205,6 +225,204 @@ private slots:
         const Run run = zatgen({QStringLiteral("--xml"), QStringLiteral("-"), path});
         QCOMPARE(run.status, 0);
         QCOMPARE(run.out, original);
+    }
+
+    // --check: one line per problem, after the warnings of reading; the exit status stays 0
+    // unless --werror is given.
+    void checkListsProblems()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("problems.zatdef"));
+        QVERIFY(writeFile(path,
+                          "<zat16>\n"
+                          "  <tag name=\"Mode\"/>\n"
+                          "  <tag id=\"0x1002\"/>\n"
+                          "  <tag name=\"Level\" id=\"0x1003\">\n"
+                          "    <enums>\n"
+                          "      <enum name=\"Low\" id=\"0\"/>\n"
+                          "      <enum name=\"High\" id=\"0\"/>\n"
+                          "      <enum id=\"5\" comment=\"reserved\"/>\n"
+                          "    </enums>\n"
+                          "  </tag>\n"
+                          "  <tag><bits><bit name=\"Ready\" id=\"0\"/></bits></tag>\n"
+                          "  <tag name=\"end\" id=\"0x1005\"/>\n"
+                          "</zat16>\n"));
+        const QByteArray warnings = QString(QStringLiteral("Warning: ") + path
+                                            + QStringLiteral(", Line 7, Column 32:\n  Double number 0\nWarning: ") + path
+                                            + QStringLiteral(", Line 11, Column 52:\n  Double tag name \n"))
+                                        .toUtf8();
+        const QByteArray problems
+            = QString(path + QStringLiteral(": problem: Tag Mode: name without code\n") + path
+                      + QStringLiteral(": problem: Tag (0x1002): code without name\n") + path
+                      + QStringLiteral(": problem: Enum Low (0) of Tag Level (0x1003): code collision with a sibling\n")
+                      + path
+                      + QStringLiteral(": problem: Enum High (0) of Tag Level (0x1003): code collision with a sibling\n")
+                      + path + QStringLiteral(": problem: Tag in row 4: has entries but no name and no code\n") + path
+                      + QStringLiteral(": warning: Tag end (0x1005): name is a keyword of Lua\n"))
+                  .toUtf8();
+
+        Run run = zatgen({QStringLiteral("--check"), path});
+        QCOMPARE(run.status, 0);
+        QCOMPARE(run.err, warnings + problems);
+        QVERIFY(run.out.isEmpty());
+
+        run = zatgen({QStringLiteral("--check"), QStringLiteral("--werror"), path});
+        QCOMPARE(run.status, 1);
+        QCOMPARE(run.err, warnings + problems);
+
+        // Without --check the problems are not looked for.
+        run = zatgen({QStringLiteral("--xml"), QStringLiteral("-"), path});
+        QCOMPARE(run.status, 0);
+        QCOMPARE(run.err, warnings);
+    }
+
+    void checkWerrorWithOnlyKeywordWarnings()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("keyword.zatdef"));
+        QVERIFY(writeFile(path, "<zat16>\n  <tag name=\"class\" id=\"0x1001\"/>\n</zat16>\n"));
+        Run run = zatgen({QStringLiteral("--check"), path});
+        QCOMPARE(run.status, 0);
+        QCOMPARE(run.err, QString(path + QStringLiteral(": warning: Tag class (0x1001): name is a keyword of C++ and C#\n")).toUtf8());
+        run = zatgen({QStringLiteral("--check"), QStringLiteral("--werror"), path});
+        QCOMPARE(run.status, 1);
+    }
+
+    void checkCleanFileWithWerror()
+    {
+        const Run run = zatgen({QStringLiteral("--check"), QStringLiteral("--werror"),
+                                QStringLiteral(ZAT16_EXAMPLES "/weather-station.zatdef")});
+        QCOMPARE(run.status, 0);
+        QVERIFY(run.err.isEmpty());
+        QVERIFY(run.out.isEmpty());
+    }
+
+    // --compare OLD NEW: the report on standard output, exit status 5 when anything breaks.
+    void compareBreaking()
+    {
+        const QString oldPath = m_dir.filePath(QStringLiteral("v1.zatdef"));
+        const QString newPath = m_dir.filePath(QStringLiteral("v2.zatdef"));
+        QVERIFY(writeFile(oldPath,
+                          "<zat16>\n"
+                          "  <tag name=\"Power\" id=\"0x2001\"/>\n"
+                          "  <tag name=\"Humidity\" id=\"0x1003\"/>\n"
+                          "  <tag name=\"Speed\" id=\"0x1006\"/>\n"
+                          "  <tag name=\"Mode\" id=\"0x1002\">\n"
+                          "    <enums><enum name=\"Off\" id=\"0\"/><enum name=\"On\" id=\"1\"/><enum name=\"Eco\" id=\"2\"/></enums>\n"
+                          "  </tag>\n"
+                          "  <tag name=\"Status\" id=\"0x7001\">\n"
+                          "    <bits><bit name=\"Ready\" id=\"0\"/><bit name=\"Fault\" id=\"4\"/></bits>\n"
+                          "  </tag>\n"
+                          "</zat16>\n"));
+        QVERIFY(writeFile(newPath,
+                          "<zat16>\n"
+                          "  <tag name=\"Power\" id=\"0x2005\"/>\n"
+                          "  <tag name=\"Dewpoint\" id=\"0x1003\"/>\n"
+                          "  <tag name=\"Speed\" id=\"0x3006\"/>\n"
+                          "  <tag name=\"Mode\" id=\"0x1002\">\n"
+                          "    <enums><enum name=\"Off\" id=\"0\"/><enum name=\"On\" id=\"3\"/><enum name=\"Boost\" id=\"4\"/></enums>\n"
+                          "  </tag>\n"
+                          "  <tag name=\"Status\" id=\"0x7001\">\n"
+                          "    <bits><bit name=\"Ready\" id=\"1\"/><bit name=\"Low\" id=\"5\"/></bits>\n"
+                          "  </tag>\n"
+                          "  <tag name=\"Volume\" id=\"0x1010\"/>\n"
+                          "</zat16>\n"));
+        const Run run = zatgen({QStringLiteral("--compare"), oldPath, newPath});
+        QCOMPARE(run.status, 5);
+        QVERIFY(run.err.isEmpty());
+        QCOMPARE(run.out,
+                 QString(QStringLiteral("Old: ") + oldPath + QStringLiteral("\nNew: ") + newPath
+                         + QStringLiteral("\n\n"
+                                          "Breaking changes: 8\n"
+                                          "  Tag code changed: Power 0x2001 -> 0x2005\n"
+                                          "  Tag removed: Humidity (0x1003)\n"
+                                          "  Tag type changed: Speed 0x1006 (Integer) -> 0x3006 (String)\n"
+                                          "  Enum value changed: Mode.On 1 -> 3\n"
+                                          "  Enum value removed: Mode.Eco (2)\n"
+                                          "  Bit changed: Status.Ready 0 -> 1\n"
+                                          "  Bit removed: Status.Fault (4)\n"
+                                          "  Tag code reused: 0x1003 was Humidity, is now Dewpoint\n"
+                                          "\n"
+                                          "Additions: 3\n"
+                                          "  Enum value added: Mode.Boost (4)\n"
+                                          "  Bit added: Status.Low (5)\n"
+                                          "  Tag added: Volume (0x1010)\n"))
+                     .toUtf8());
+
+        // The input may also come first.
+        const Run again = zatgen({newPath, QStringLiteral("--compare"), oldPath});
+        QCOMPARE(again.status, 5);
+        QCOMPARE(again.out, run.out);
+    }
+
+    void compareOnlyAdditions()
+    {
+        const QString oldPath = m_dir.filePath(QStringLiteral("small.zatdef"));
+        const QString newPath = m_dir.filePath(QStringLiteral("grown.zatdef"));
+        QVERIFY(writeFile(oldPath, "<zat16>\n  <tag name=\"Power\" id=\"0x2001\"/>\n</zat16>\n"));
+        QVERIFY(writeFile(newPath,
+                          "<zat16>\n  <tag name=\"Power\" id=\"0x2001\" comment=\"on or off\"/>\n"
+                          "  <tag name=\"Level\" id=\"0x1001\"/>\n</zat16>\n"));
+        const Run run = zatgen({QStringLiteral("--compare"), oldPath, newPath});
+        QCOMPARE(run.status, 0);
+        QVERIFY(run.err.isEmpty());
+        QCOMPARE(run.out,
+                 QString(QStringLiteral("Old: ") + oldPath + QStringLiteral("\nNew: ") + newPath
+                         + QStringLiteral("\n\nBreaking changes: none\n\nAdditions: 1\n  Tag added: Level (0x1001)\n"))
+                     .toUtf8());
+    }
+
+    void compareUnreadableFiles()
+    {
+        const QString good = QStringLiteral(ZAT16_EXAMPLES "/battery-charger.zatdef");
+        const QString bad = m_dir.filePath(QStringLiteral("bad.zatdef"));
+        QVERIFY(writeFile(bad, "<zat16>\n  <tag name=\"A\" id=\"0x10000\"/>\n</zat16>\n"));
+        const QByteArray error
+            = QString(QStringLiteral("Error: ") + bad + QStringLiteral(", Line 2, Column 30:\n  (EndElement) Tag out of range\n"))
+                  .toUtf8();
+
+        Run run = zatgen({QStringLiteral("--compare"), bad, good});
+        QCOMPARE(run.status, 1);
+        QCOMPARE(run.err, error);
+        QVERIFY(run.out.isEmpty());
+
+        run = zatgen({QStringLiteral("--compare"), good, bad});
+        QCOMPARE(run.status, 1);
+        QCOMPARE(run.err, error);
+        QVERIFY(run.out.isEmpty());
+
+        run = zatgen({QStringLiteral("--compare"), QStringLiteral("no-such-file.zatdef"), good}, m_dir.path());
+        QCOMPARE(run.status, 1);
+        QCOMPARE(run.err, QByteArray("Error: Failed to open input file\n"));
+        QVERIFY(run.out.isEmpty());
+    }
+
+    void compareWithWerror()
+    {
+        const QString oldPath = m_dir.filePath(QStringLiteral("warned.zatdef"));
+        QVERIFY(writeFile(oldPath, "<zat16>\n  <tag name=\"A\" id=\"0x1001\"/>\n  <frob/>\n</zat16>\n"));
+        const QString good = QStringLiteral(ZAT16_EXAMPLES "/battery-charger.zatdef");
+        const QByteArray warning
+            = QString(QStringLiteral("Warning: ") + oldPath + QStringLiteral(", Line 3, Column 9:\n  Unexpected element <frob>.\n"))
+                  .toUtf8();
+        Run run = zatgen({QStringLiteral("--werror"), QStringLiteral("--compare"), oldPath, good});
+        QCOMPARE(run.status, 1);
+        QCOMPARE(run.err, warning);
+        QVERIFY(run.out.isEmpty());
+
+        run = zatgen({QStringLiteral("--compare"), oldPath, good});
+        QCOMPARE(run.status, 5);
+        QCOMPARE(run.err, warning);
+        QVERIFY(run.out.startsWith("Old: "));
+    }
+
+    void compareWithItself()
+    {
+        const QString path = QStringLiteral(ZAT16_EXAMPLES "/weather-station.zatdef");
+        const Run run = zatgen({QStringLiteral("--compare"), path, path});
+        QCOMPARE(run.status, 0);
+        QCOMPARE(run.out,
+                 QString(QStringLiteral("Old: ") + path + QStringLiteral("\nNew: ") + path
+                         + QStringLiteral("\n\nBreaking changes: none\n\nAdditions: none\n"))
+                     .toUtf8());
     }
 
 private:
