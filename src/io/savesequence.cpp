@@ -5,6 +5,7 @@
 #include <QFile>
 
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <cstdio>
 #include <sys/stat.h>
@@ -117,6 +118,49 @@ bool SaveSequence::run(const Item *root)
 
     if (ops.rename(temporary.constData(), file.constData()) != 0)
         return fail(RenameTemporary);
+    syncDirectory(file);
+    return true;
+}
+
+bool SaveSequence::replaceWith(const QByteArray &bytes)
+{
+    const Operations &ops = operations();
+    failed = Saved;
+    errorNumber = 0;
+    writerError.clear();
+
+    const QByteArray file = QFile::encodeName(path);
+    const QByteArray temporary = QFile::encodeName(temporaryPath);
+
+    // The messages are those of the writers, so that both kinds of save read alike.
+    QFile out(temporaryPath);
+    if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        failed = WriteTemporary;
+        writerError = QLatin1String("Failed to open output file ") + temporaryPath + QLatin1Char('.');
+        return false;
+    }
+    QString failure;
+    if (out.write(bytes) != bytes.size() || !out.flush())
+        failure = out.errorString();
+    // A full disk or an I/O error may show up only in the sync or the close.
+    if (failure.isEmpty() && ::fsync(out.handle()) != 0 && errno != EINVAL && errno != ENOTSUP)
+        failure = QString::fromLocal8Bit(std::strerror(errno));
+    out.close();
+    if (failure.isEmpty() && out.error() != QFileDevice::NoError)
+        failure = out.errorString();
+    if (!failure.isEmpty()) {
+        failed = WriteTemporary;
+        writerError = QLatin1String("Error writing ") + temporaryPath + QLatin1String(":\n  ") + failure;
+        ops.unlink(temporary.constData());
+        return false;
+    }
+
+    if (ops.rename(temporary.constData(), file.constData()) != 0) {
+        failed = RenameTemporary;
+        errorNumber = errno;
+        ops.unlink(temporary.constData());
+        return false;
+    }
     syncDirectory(file);
     return true;
 }

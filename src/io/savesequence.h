@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 namespace ZAT16 {
@@ -41,6 +42,13 @@ public:
 
     /// Runs the whole sequence for `root`; false when a step failed (see `failed`).
     bool run(const Item *root);
+
+    /// Replaces the file with exactly `bytes` through the temporary file alone: written, synced
+    /// and renamed into place, so that the file's name holds the old or the new content at every
+    /// moment. No backup generation is kept; this is for texts that can be produced again, such
+    /// as generated code. On a failure the temporary file is removed; `failed` is
+    /// `WriteTemporary` (with `writerError`) or `RenameTemporary` (with `errorNumber`).
+    bool replaceWith(const QByteArray &bytes);
 
     QString path;
     QString backupPath;

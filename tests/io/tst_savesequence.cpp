@@ -16,6 +16,7 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <csignal>
 #include <memory>
 
@@ -172,6 +173,74 @@ private slots:
                      qPrintable(state));
             lastSaved = file;
         }
+    }
+
+    // Given bytes (a viewer's text) replace the file through the temporary file alone.
+    void replaceWithWritesExactlyTheBytes()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("generated.h"));
+        const QByteArray bytes("\xEF\xBB\xBF#define A 1\r\nno final line break \xE2\x82\xAC", 39);
+        SaveSequence sequence(path);
+        QVERIFY(sequence.replaceWith(bytes));
+        QCOMPARE(sequence.failed, SaveSequence::Saved);
+        QCOMPARE(readFile(path), bytes);
+        QVERIFY(!QFile::exists(path + QStringLiteral(".tmp")));
+        QVERIFY(!QFile::exists(path + QStringLiteral(".bak")));
+
+        // An existing file is replaced in one rename, and no backup is kept.
+        const ino_t before = inode(path);
+        QVERIFY(SaveSequence(path).replaceWith("second"));
+        QCOMPARE(readFile(path), QByteArray("second"));
+        QVERIFY(inode(path) != before);
+        QVERIFY(!QFile::exists(path + QStringLiteral(".tmp")));
+        QVERIFY(!QFile::exists(path + QStringLiteral(".bak")));
+
+        QVERIFY(SaveSequence(path).replaceWith(QByteArray()));
+        bool exists = false;
+        QCOMPARE(readFile(path, &exists), QByteArray());
+        QVERIFY(exists);
+    }
+
+    void replaceWithOnFullDevice()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("full.h"));
+        QVERIFY(writeFile(path, "old text"));
+        QVERIFY(QFile::link(QStringLiteral("/dev/full"), path + QStringLiteral(".tmp")));
+        SaveSequence sequence(path);
+        QVERIFY(!sequence.replaceWith(QByteArray(100000, 'x')));
+        QCOMPARE(sequence.failed, SaveSequence::WriteTemporary);
+        QCOMPARE(sequence.writerError,
+                 QStringLiteral("Error writing ") + path + QStringLiteral(".tmp:\n  No space left on device"));
+        QCOMPARE(readFile(path), QByteArray("old text"));
+        QVERIFY(!QFileInfo::exists(path + QStringLiteral(".tmp")) && !QFileInfo(path + QStringLiteral(".tmp")).isSymLink());
+    }
+
+    void replaceWithUnopenableTemporary()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("missing-dir/out.h"));
+        SaveSequence sequence(path);
+        QVERIFY(!sequence.replaceWith("text"));
+        QCOMPARE(sequence.failed, SaveSequence::WriteTemporary);
+        QCOMPARE(sequence.writerError, QStringLiteral("Failed to open output file ") + path + QStringLiteral(".tmp."));
+    }
+
+    void replaceWithFailingRename()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("rename.h"));
+        QVERIFY(writeFile(path, "old text"));
+        const SaveSequence::Operations saved = SaveSequence::operations();
+        SaveSequence::operations().rename = [](const char *, const char *) {
+            errno = EACCES;
+            return -1;
+        };
+        SaveSequence sequence(path);
+        const bool ok = sequence.replaceWith("new text");
+        SaveSequence::operations() = saved;
+        QVERIFY(!ok);
+        QCOMPARE(sequence.failed, SaveSequence::RenameTemporary);
+        QCOMPARE(sequence.errorNumber, EACCES);
+        QCOMPARE(readFile(path), QByteArray("old text"));
+        QVERIFY(!QFile::exists(path + QStringLiteral(".tmp")));
     }
 };
 
