@@ -4,10 +4,13 @@
 
 #include "editordelegate.h"
 #include "editoritemeditdialog.h"
+#include "compatibility.h"
 #include "editormodel.h"
+#include "findbar.h"
 #include "highlighterc.h"
 #include "highlighterlua.h"
 #include "parser.h"
+#include "problemsdock.h"
 #include "savesequence.h"
 #include "tools.h"
 #include "writercpp.h"
@@ -20,6 +23,7 @@
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QDialog>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QDockWidget>
 #include <QFileDialog>
@@ -30,6 +34,7 @@
 #include <QHeaderView>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QPushButton>
 #include <QSettings>
 #include <QSyntaxHighlighter>
 #include <QTextCursor>
@@ -37,6 +42,7 @@
 #include <QToolTip>
 #include <QUndoStack>
 #include <QUndoView>
+#include <QVBoxLayout>
 
 #include <memory>
 
@@ -51,6 +57,7 @@ const QString keyFixedFont = QStringLiteral("ZAT16Editor/FixedFont");
 const QString keyCommentFont = QStringLiteral("ZAT16Editor/CommentFont");
 const QString keyLastOpenPath = QStringLiteral("ZAT16Editor/LastOpenPath");
 const QString keyLastSaveAsPath = QStringLiteral("ZAT16Editor/LastSaveAsPath");
+const QString keyLastViewerSavePath = QStringLiteral("ZAT16Editor/LastViewerSavePath");
 
 // A settings value that must be a text (a font, a path): anything else, such as bytes another
 // program left there, reads as empty and so leaves the default.
@@ -133,6 +140,19 @@ EditorWindow::EditorWindow(QWidget *parent)
     m_messageDock->setFloating(false);
     m_messageDock->hide();
 
+    // Beside the messages, below the tree.
+    m_problemsDock = new ProblemsDock(m_model, this);
+    addDockWidget(Qt::BottomDockWidgetArea, m_problemsDock);
+    m_problemsDock->setFloating(false);
+    m_problemsDock->hide();
+    connect(m_problemsDock, &ProblemsDock::itemChosen, this, &EditorWindow::showItem);
+
+    FindBar *find = m_ui->m_wdg_find;
+    find->hide();
+    find->attach(m_model, view);
+    connect(find, &FindBar::found, this, &EditorWindow::showItem);
+    connect(find, &FindBar::closed, view, qOverload<>(&QWidget::setFocus));
+
     QAction *undo = m_undoStack->createUndoAction(m_ui->m_menu_edit, QString());
     undo->setShortcut(QKeySequence(QStringLiteral("Ctrl+Z")));
     undo->setIcon(QIcon(QStringLiteral(":/icons/i16_undo.png")));
@@ -146,6 +166,7 @@ EditorWindow::EditorWindow(QWidget *parent)
     history->setIcon(QIcon(QStringLiteral(":/icons/i16_undo_history.png")));
     m_ui->m_menu_view->insertAction(m_ui->m_act_fixed_font, history);
     m_ui->m_menu_view->insertSeparator(m_ui->m_act_fixed_font);
+    m_ui->m_menu_view->insertAction(m_ui->m_act_next_problem, m_problemsDock->toggleViewAction());
 
     connect(m_ui->m_act_open, &QAction::triggered, this, &EditorWindow::onOpen);
     connect(m_ui->m_act_save, &QAction::triggered, this, &EditorWindow::onSave);
@@ -167,6 +188,12 @@ EditorWindow::EditorWindow(QWidget *parent)
     connect(m_ui->m_act_view_cs, &QAction::triggered, this, &EditorWindow::onViewCs);
     connect(m_ui->m_act_fixed_font, &QAction::triggered, this, &EditorWindow::onFixedFont);
     connect(m_ui->m_act_comment_font, &QAction::triggered, this, &EditorWindow::onCommentFont);
+    connect(m_ui->m_act_find, &QAction::triggered, this, &EditorWindow::onFind);
+    connect(m_ui->m_act_find_next, &QAction::triggered, this, &EditorWindow::onFindNext);
+    connect(m_ui->m_act_find_previous, &QAction::triggered, this, &EditorWindow::onFindPrevious);
+    connect(m_ui->m_act_next_problem, &QAction::triggered, this, &EditorWindow::onNextProblem);
+    connect(m_ui->m_act_previous_problem, &QAction::triggered, this, &EditorWindow::onPreviousProblem);
+    connect(m_ui->m_act_compare, &QAction::triggered, this, &EditorWindow::onCompare);
 
     // Settings that are missing or unreadable leave the defaults.
     QSettings settings;
@@ -447,7 +474,10 @@ QDialog *EditorWindow::createViewer(const QString &title, QSyntaxHighlighter *hi
 {
     auto *dialog = new QDialog(this);
     dialog->setWindowTitle(title);
-    auto *layout = new QHBoxLayout(dialog);
+    auto *outer = new QVBoxLayout(dialog);
+    auto *layout = new QHBoxLayout;
+    layout->setContentsMargins(0, 0, 0, 0);
+    outer->addLayout(layout);
     auto *edit = new QTextEdit(dialog);
     layout->addWidget(edit);
     edit->setFont(m_model->fixedFont());
@@ -457,11 +487,56 @@ QDialog *EditorWindow::createViewer(const QString &title, QSyntaxHighlighter *hi
     }
     edit->setPlainText(text);
     edit->setReadOnly(true);
+
+    // Below the text: saving and copying the text exactly as it was generated (the text edit
+    // would hand back its own idea of the text, with line separators and blanks normalised).
+    auto *buttons = new QDialogButtonBox(dialog);
+    buttons->setObjectName(QStringLiteral("viewerButtons"));
+    QPushButton *saveAs = buttons->addButton(tr("Save as..."), QDialogButtonBox::ActionRole);
+    saveAs->setObjectName(QStringLiteral("saveAsButton"));
+    QPushButton *copyAll = buttons->addButton(tr("Copy all"), QDialogButtonBox::ActionRole);
+    copyAll->setObjectName(QStringLiteral("copyAllButton"));
+    for (QPushButton *button : {saveAs, copyAll}) {
+        // Return in the text must not press a button.
+        button->setAutoDefault(false);
+        button->setDefault(false);
+    }
+    outer->addWidget(buttons);
+    connect(saveAs, &QPushButton::clicked, dialog, [this, dialog, text]() {
+        QSettings settings;
+        QString start = settingsString(settings, keyLastViewerSavePath);
+        if (start.isEmpty())
+            start = Tools::documentsPath();
+        const QString path = QFileDialog::getSaveFileName(dialog, tr("Save generated text"), start);
+        if (path.isEmpty())
+            return;
+        settings.setValue(keyLastViewerSavePath, path);
+        settings.sync();
+        saveText(path, text);
+    });
+    connect(copyAll, &QPushButton::clicked, dialog, [text]() { QGuiApplication::clipboard()->setText(text); });
     const QFontMetrics metrics(edit->font());
     dialog->resize(80 * metrics.horizontalAdvance(QLatin1Char('M')) + 64, 25 * metrics.lineSpacing() + 16);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->show();
     return dialog;
+}
+
+bool EditorWindow::saveText(const QString &path, const QString &text)
+{
+    SaveSequence sequence(path);
+    if (sequence.replaceWith(text.toUtf8())) {
+        popupMessage(tr("Saved to %1").arg(QDir::toNativeSeparators(path)));
+        return true;
+    }
+    if (sequence.failed == SaveSequence::WriteTemporary)
+        error(sequence.writerError);
+    else
+        error(tr("Could not rename %1 to %2: %3")
+                  .arg(QDir::toNativeSeparators(sequence.temporaryPath),
+                       QDir::toNativeSeparators(sequence.path),
+                       Tools::systemErrorString(sequence.errorNumber)));
+    return false;
 }
 
 void EditorWindow::onViewHeader()
@@ -670,6 +745,10 @@ void EditorWindow::hideEvent(QHideEvent *event)
         m_messageDock->hide();
         m_messageDockWasVisible = true;
     }
+    if (m_problemsDock->isFloating() && m_problemsDock->isVisible()) {
+        m_problemsDock->hide();
+        m_problemsDockWasVisible = true;
+    }
     QMainWindow::hideEvent(event);
 }
 
@@ -684,6 +763,97 @@ void EditorWindow::showEvent(QShowEvent *event)
         m_messageDock->showNormal();
         m_messageDockWasVisible = false;
     }
+    if (m_problemsDockWasVisible) {
+        m_problemsDock->showNormal();
+        m_problemsDockWasVisible = false;
+    }
+}
+
+// Find, problems and the comparison with another version
+
+FindBar *EditorWindow::findBar() const
+{
+    return m_ui->m_wdg_find;
+}
+
+void EditorWindow::showItem(const QModelIndex &index)
+{
+    if (!index.isValid())
+        return;
+    RowTreeView *view = m_ui->m_view;
+    QModelIndexList parents;
+    for (QModelIndex up = index.parent(); up.isValid(); up = up.parent())
+        parents.prepend(up);
+    for (const QModelIndex &parent : std::as_const(parents))
+        view->expand(parent);
+    setCurrentItem(index.siblingAtColumn(0));
+    view->scrollTo(index.siblingAtColumn(0));
+}
+
+void EditorWindow::showFindBar(const QString &text)
+{
+    m_ui->m_wdg_find->openWith(text);
+}
+
+void EditorWindow::onFind()
+{
+    m_ui->m_wdg_find->open();
+}
+
+void EditorWindow::onFindNext()
+{
+    m_ui->m_wdg_find->show();
+    m_ui->m_wdg_find->findNext();
+}
+
+void EditorWindow::onFindPrevious()
+{
+    m_ui->m_wdg_find->show();
+    m_ui->m_wdg_find->findPrevious();
+}
+
+void EditorWindow::showProblems()
+{
+    m_problemsDock->refresh();
+    m_problemsDock->show();
+    m_problemsDock->raise();
+}
+
+void EditorWindow::onNextProblem()
+{
+    m_problemsDock->show();
+    showItem(m_problemsDock->step(m_ui->m_view->currentIndex(), true));
+}
+
+void EditorWindow::onPreviousProblem()
+{
+    m_problemsDock->show();
+    showItem(m_problemsDock->step(m_ui->m_view->currentIndex(), false));
+}
+
+void EditorWindow::onCompare()
+{
+    QString start = m_fileName.isEmpty() ? settingsString(QSettings(), keyLastOpenPath) : m_fileName;
+    start = start.isEmpty() ? Tools::documentsPath() : QFileInfo(start).absolutePath();
+    const QString path
+        = QFileDialog::getOpenFileName(this, tr("Compare with an older version"), start, fileFilter());
+    if (path.isEmpty())
+        return;
+    showCompareReport(path);
+}
+
+QDialog *EditorWindow::showCompareReport(const QString &oldPath)
+{
+    const std::unique_ptr<Item> old(loadDefinitionFile(oldPath));
+    if (!old)
+        return nullptr;
+    const CompatibilityReport report(old.get(), m_model->root());
+    QString current = m_fileName.isEmpty() ? tr("(not saved yet)") : QDir::toNativeSeparators(m_fileName);
+    if (!m_fileName.isEmpty() && !m_undoStack->isClean())
+        current += tr(" (with unsaved changes)");
+    return createViewer(tr("ZAT16 compatibility with %1").arg(QFileInfo(oldPath).fileName()),
+                        nullptr,
+                        report.text(QDir::toNativeSeparators(oldPath), current));
 }
 
 } // namespace ZAT16

@@ -15,6 +15,8 @@ class Ui_ZAT16EditorWindow;
 namespace ZAT16 {
 
 class EditorModel;
+class FindBar;
+class ProblemsDock;
 
 /// The editor's single main window: the definitions tree with its actions, menus and docks, the
 /// title that follows the undo stack's clean state, opening and saving with one backup, and the
@@ -40,8 +42,22 @@ public:
     /// Asks before unsaved changes are lost; true when they may be dropped.
     bool canDiscard();
 
-    /// Opens a read-only viewer of generated text.
+    /// Opens a read-only viewer of generated text, with the buttons "Save as..." (writes exactly
+    /// `text`, UTF-8) and "Copy all".
     QDialog *createViewer(const QString &title, QSyntaxHighlighter *highlighter, const QString &text);
+    /// Writes `text` UTF-8 encoded to `path` through a temporary file and a rename; failures
+    /// are reported with error(). True on success.
+    bool saveText(const QString &path, const QString &text);
+
+    /// Opens the find bar with `text` and selects the first match.
+    void showFindBar(const QString &text);
+    /// Shows the problems dock with a fresh list.
+    void showProblems();
+    /// Compares the file at `oldPath` (the older version) with the open document and shows the
+    /// report in a viewer; null when the file cannot be read (the error has been shown).
+    QDialog *showCompareReport(const QString &oldPath);
+    /// Makes `index` current, expanding its parents and scrolling it into view.
+    void showItem(const QModelIndex &index);
 
     Ui_ZAT16EditorWindow *ui() const { return m_ui; }
     EditorModel *model() const { return m_model; }
@@ -51,6 +67,8 @@ public:
     QDockWidget *undoDock() const { return m_undoDock; }
     QDockWidget *messageDock() const { return m_messageDock; }
     QTextEdit *messages() const { return m_messages; }
+    FindBar *findBar() const;
+    ProblemsDock *problemsDock() const { return m_problemsDock; }
 
 signals:
     void saved(ZAT16::Item *root, const QString &path);
@@ -89,6 +107,12 @@ public slots:
     void onSaveAs();
     void onReloadClicked();
     void onUndoHistoryChanged();
+    void onFind();
+    void onFindNext();
+    void onFindPrevious();
+    void onNextProblem();
+    void onPreviousProblem();
+    void onCompare();
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -110,6 +134,8 @@ private:
     QDockWidget *m_messageDock;
     QTextEdit *m_messages;
     bool m_messageDockWasVisible = false;
+    ProblemsDock *m_problemsDock;
+    bool m_problemsDockWasVisible = false;
 };
 
 } // namespace ZAT16
