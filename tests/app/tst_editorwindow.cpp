@@ -256,6 +256,13 @@ private slots:
         QTest::newRow("undo") << "m_act_undo" << "Undo" << "Ctrl+Z" << false;
         QTest::newRow("redo") << "m_act_redo" << "Redo" << "Ctrl+Y" << false;
         QTest::newRow("undo history") << "m_act_undo_history" << "Undo history" << "" << false;
+        // Added to the window's own actions: find, problems, comparison.
+        QTest::newRow("find") << "m_act_find" << "Find..." << "Ctrl+F" << false;
+        QTest::newRow("find next") << "m_act_find_next" << "Find next" << "F3" << false;
+        QTest::newRow("find previous") << "m_act_find_previous" << "Find previous" << "Shift+F3" << false;
+        QTest::newRow("next problem") << "m_act_next_problem" << "Next problem" << "F8" << false;
+        QTest::newRow("previous problem") << "m_act_previous_problem" << "Previous problem" << "Shift+F8" << false;
+        QTest::newRow("compare") << "m_act_compare" << "Compare with file..." << "" << false;
     }
 
     void actions()
@@ -290,12 +297,15 @@ private slots:
         QCOMPARE(bar.at(0)->text(), QStringLiteral("File"));
         QCOMPARE(bar.at(1)->text(), QStringLiteral("Edit"));
         QCOMPARE(bar.at(2)->text(), QStringLiteral("View"));
+        // Each menu holds its own actions first, then the later additions (find, problems,
+        // comparison) after a separator.
         QCOMPARE(menuTexts(ui()->m_menu_file),
-                 QStringList({"Open", "|", "Save", "Save as...", "|", "Close"}));
+                 QStringList({"Open", "|", "Save", "Save as...", "|", "Close", "|", "Compare with file..."}));
         // The stack's undo and redo actions come first; with nothing to undo Qt calls them so.
         QCOMPARE(menuTexts(ui()->m_menu_edit),
                  QStringList({"Undo", "Redo", "|", "Insert before", "Insert after", "|", "Add bits", "Add enums", "|",
-                              "Cut", "Copy", "Paste", "Delete", "|", "Clear all"}));
+                              "Cut", "Copy", "Paste", "Delete", "|", "Clear all", "|", "Find...", "Find next",
+                              "Find previous"}));
         QCOMPARE(menuTexts(ui()->m_menu_view),
                  QStringList({"View generated header",
                               "View generated Lua",
@@ -306,7 +316,11 @@ private slots:
                               "Undo History",
                               "|",
                               "Chose Code Font",
-                              "Chose Comment Font"}));
+                              "Chose Comment Font",
+                              "|",
+                              "Problems",
+                              "Next problem",
+                              "Previous problem"}));
         const QList<QAction *> edit = ui()->m_menu_edit->actions();
         QCOMPARE(edit.at(0)->shortcut(), QKeySequence(QStringLiteral("Ctrl+Z")));
         QCOMPARE(edit.at(1)->shortcut(), QKeySequence(QStringLiteral("Ctrl+Y")));
