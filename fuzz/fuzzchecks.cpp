@@ -105,25 +105,42 @@ namespace {
     }
 
     // The fields in which two items differ, by name.
+    // The "display" attribute as the writer puts it, empty when it writes none.
+    QString writtenDisplay(const Item *item)
+    {
+        const DisplayMode &display = item->display;
+        const bool hasMode = display.mode >= 1 && display.mode <= 5;
+        if (!hasMode && display.digits == 0)
+            return QString();
+        return (display.digits ? QString::number(display.digits) : QString())
+            + (hasMode ? QString(QLatin1Char("duxoy"[display.mode - 1])) : QString());
+    }
+
+    // The parts of two items that the writer puts into the file and that differ: a difference
+    // of A and B must come from one of them. (An item's other fields, such as the secure flag of
+    // an item written as a comment, are lost on the first save already and change nothing after.)
     QStringList differentFields(const Item *x, const Item *y)
     {
         QStringList fields;
-        if (x->type != y->type)
-            fields << QStringLiteral("type");
-        if (x->hasId != y->hasId)
-            fields << QStringLiteral("hasId");
-        if (x->id != y->id)
-            fields << QStringLiteral("id");
+        if (itemLabel(x) != itemLabel(y))
+            return { QStringLiteral("kind") };
+        if (x->isNewline())
+            return fields;
+        if (x->isComment()) {
+            if (x->comment != y->comment)
+                fields << QStringLiteral("comment");
+            return fields;
+        }
         if (x->name != y->name)
             fields << QStringLiteral("name");
-        if (x->comment != y->comment)
+        if (x->hasId != y->hasId || (x->hasId && x->formatId() != y->formatId()))
+            fields << QStringLiteral("id");
+        if (x->type != Root && x->comment != y->comment)
             fields << QStringLiteral("comment");
-        if (x->display.mode != y->display.mode)
-            fields << QStringLiteral("display mode");
-        if (x->display.digits != y->display.digits)
-            fields << QStringLiteral("display digits");
         if (x->secure != y->secure)
             fields << QStringLiteral("secure");
+        if (writtenDisplay(x) != writtenDisplay(y))
+            fields << QStringLiteral("display");
         return fields;
     }
 
@@ -140,9 +157,10 @@ namespace {
     {
         const QStringList fields = differentFields(x, y);
         if (!fields.isEmpty()) {
-            *kind = itemLabel(x) + QStringLiteral(" changed its ") + fields.join(QStringLiteral(", "));
             if (itemLabel(x) != itemLabel(y))
-                *kind += QStringLiteral(" and became a ") + itemLabel(y);
+                *kind = itemLabel(x) + QStringLiteral(" became a ") + itemLabel(y);
+            else
+                *kind = itemLabel(x) + QStringLiteral(" changed its ") + fields.join(QStringLiteral(", "));
             *what = path + QStringLiteral(": ") + *kind + QStringLiteral(":\n    before: ")
                 + dumpItem(x, 0).section(QLatin1Char('\n'), 0, 0) + QStringLiteral("\n    after:  ")
                 + dumpItem(y, 0).section(QLatin1Char('\n'), 0, 0);
@@ -183,6 +201,15 @@ namespace {
                 *kind = itemLabel(b.at(i)) + QStringLiteral(" added") + where;
                 *what
                     = childPath + QStringLiteral(": ") + *kind + QStringLiteral(": ") + dumpItem(b.at(i), 0).trimmed();
+                return true;
+            }
+            bool moved = false;
+            for (int j = i + 1; j < b.size() && !moved; ++j)
+                moved = sameData(a.at(i), b.at(j));
+            if (moved && a.size() == b.size()) {
+                *kind = QStringLiteral("children reordered") + where;
+                *what = childPath + QStringLiteral(": ") + *kind + QStringLiteral(": ") + dumpItem(a.at(i), 0).trimmed()
+                    + QStringLiteral(" moved down");
                 return true;
             }
             return firstDifference(a.at(i), b.at(i), childPath, what, kind);
