@@ -36,6 +36,11 @@ ProblemsDock::ProblemsDock(EditorModel *model, QWidget *parent)
     connect(m_model, &QAbstractItemModel::layoutChanged, this, &ProblemsDock::scheduleRefresh);
     connect(m_list, &QAbstractItemView::activated, this, &ProblemsDock::onActivated);
     connect(m_list, &QAbstractItemView::doubleClicked, this, &ProblemsDock::onActivated);
+    // A hidden list is brought up to date when it is shown.
+    connect(this, &QDockWidget::visibilityChanged, this, [this](bool visible) {
+        if (visible && m_stale)
+            m_timer->start();
+    });
     scheduleRefresh();
 }
 
@@ -49,8 +54,10 @@ const QList<Problems::Problem> &ProblemsDock::problems()
 void ProblemsDock::scheduleRefresh()
 {
     // From here until the refresh the entries of m_problems may be gone: nothing reads them.
+    // While the dock is hidden, large files are not walked after every edit.
     m_stale = true;
-    m_timer->start();
+    if (isVisible())
+        m_timer->start();
 }
 
 void ProblemsDock::refresh()

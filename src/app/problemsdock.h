@@ -17,7 +17,8 @@ class EditorModel;
 ///
 /// The list follows every change of the model, undo and redo included. Changes only mark the
 /// list as stale and start a zero-time timer, so that a burst of changes (a paste, a macro, an
-/// undo of many steps) recomputes it once, when the event loop is next idle.
+/// undo of many steps) recomputes it once, when the event loop is next idle. While the dock is
+/// hidden nothing is recomputed until it is shown or its problems are asked for.
 class ProblemsDock : public QDockWidget
 {
     Q_OBJECT

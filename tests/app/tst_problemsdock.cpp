@@ -200,6 +200,30 @@ private slots:
         QCOMPARE(rows(list()), loaded);
     }
 
+    // A hidden dock does not walk the tree after each change; it catches up when shown.
+    void hiddenDockWaits()
+    {
+        QVERIFY(!dock()->isVisible());
+        QCoreApplication::processEvents();
+        const int before = dock()->refreshCount();
+        QVERIFY(model()->setData(model()->index(0, 0), QStringLiteral("Mode"), Qt::EditRole));
+        QTest::qWait(20);
+        QCOMPARE(dock()->refreshCount(), before);
+        m_window->ui()->m_act_next_problem->trigger();
+        QCOMPARE(dock()->refreshCount(), before + 1);
+        QCOMPARE(list()->item(0)->text(), QStringLiteral("Tag Mode (0x2001): name collision with a sibling"));
+        m_window->undoStack()->undo();
+        QTRY_COMPARE(rows(list()), loaded);
+        QCOMPARE(dock()->refreshCount(), before + 2);
+        dock()->hide();
+        QVERIFY(model()->setData(model()->index(0, 0), QStringLiteral("Mode"), Qt::EditRole));
+        QTest::qWait(20);
+        QCOMPARE(dock()->refreshCount(), before + 2);
+        dock()->toggleViewAction()->trigger();
+        QTRY_COMPARE(dock()->refreshCount(), before + 3);
+        QCOMPARE(list()->item(0)->text(), QStringLiteral("Tag Mode (0x2001): name collision with a sibling"));
+    }
+
     // Read between a change and the timer, the list is computed afresh.
     void staleListIsNotUsed()
     {
