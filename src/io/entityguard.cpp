@@ -68,8 +68,78 @@ qint64 EntityGuard::writeData(const char *, qint64)
     return -1;
 }
 
+// The encoding named in the XML declaration at the start of the input, or an empty string.
+static QString declaredEncoding(const QByteArray &start)
+{
+    QString probe;
+    const QByteArray head = start.left(1024);
+    const auto at = [&](int i) { return i < head.size() ? head.at(i) : char(-1); };
+    if (head.startsWith("\xFF\xFE\0\0") || (at(0) == '<' && at(1) == 0 && at(2) == 0 && at(3) == 0))
+        probe = QString::fromUcs4(reinterpret_cast<const char32_t *>(head.constData()), head.size() / 4);
+    else if (head.startsWith(QByteArray("\0\0\xFE\xFF", 4)) || (at(0) == 0 && at(1) == 0 && at(2) == 0 && at(3) == '<'))
+        probe = QStringDecoder(QStringConverter::Utf32BE)(head);
+    else if (head.startsWith("\xFF\xFE") || (at(0) == '<' && at(1) == 0))
+        probe = QStringDecoder(QStringConverter::Utf16LE)(head);
+    else if (head.startsWith("\xFE\xFF") || (at(0) == 0 && at(1) == '<'))
+        probe = QStringDecoder(QStringConverter::Utf16BE)(head);
+    else
+        probe = QString::fromLatin1(head);
+    const qsizetype begin = probe.indexOf(QLatin1String("<?xml"));
+    if (begin < 0 || begin > 4)
+        return QString();
+    const qsizetype end = probe.indexOf(QLatin1String("?>"), begin);
+    const QString declaration = probe.mid(begin, end < 0 ? -1 : end - begin);
+    const qsizetype key = declaration.indexOf(QLatin1String("encoding"));
+    if (key < 0)
+        return QString();
+    qsizetype i = declaration.indexOf(QLatin1Char('='), key);
+    if (i < 0)
+        return QString();
+    ++i;
+    while (i < declaration.size() && declaration.at(i).isSpace())
+        ++i;
+    if (i >= declaration.size() || (declaration.at(i) != QLatin1Char('"') && declaration.at(i) != QLatin1Char('\'')))
+        return QString();
+    const QChar quote = declaration.at(i);
+    const qsizetype close = declaration.indexOf(quote, i + 1);
+    return close < 0 ? QString() : declaration.mid(i + 1, close - i - 1).trimmed();
+}
+
+// Encodings in which the byte patterns find every "<!ENTITY".
+static bool isPlainEncoding(const QString &name)
+{
+    const QString n = name.toLower();
+    return n.isEmpty() || n == QLatin1String("utf-8") || n == QLatin1String("utf8") || n.startsWith(QLatin1String("utf-16"))
+        || n.startsWith(QLatin1String("utf-32")) || n == QLatin1String("us-ascii") || n == QLatin1String("ascii")
+        || n.startsWith(QLatin1String("iso-8859-")) || n == QLatin1String("latin1") || n == QLatin1String("latin-1");
+}
+
+void EntityGuard::sniffEncoding(const QByteArray &start)
+{
+    m_sniffed = true;
+    const QString name = declaredEncoding(start);
+    if (isPlainEncoding(name))
+        return;
+    m_decoder = QStringDecoder(qPrintable(name));
+}
+
+bool EntityGuard::scanDecoded(const char *data, qint64 size)
+{
+    QString window = m_decodedTail;
+    window += m_decoder.decode(QByteArrayView(data, size));
+    if (window.contains(QLatin1String("<!ENTITY")))
+        return false;
+    m_decodedTail = window.right(8);
+    return true;
+}
+
 bool EntityGuard::scan(const char *data, qint64 size)
 {
+    if (!m_sniffed)
+        sniffEncoding(QByteArray::fromRawData(data, size));
+    if (m_decoder.isValid() && !scanDecoded(data, size))
+        return false;
+
     // Every pattern contains a '<' byte within its first four bytes; look for the patterns only
     // there, over the tail of the previous chunk followed by this one.
     QByteArray window = m_tail;

@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 #include <QIODevice>
+#include <QString>
+#include <QStringDecoder>
 
 /// A read-only pass-through device that refuses entity declarations. The XML reader expands
 /// entities declared in a document type declaration before it reports anything, so a few hundred
@@ -28,8 +30,13 @@ protected:
 
 private:
     bool scan(const char *data, qint64 size);
+    bool scanDecoded(const char *data, qint64 size);
+    void sniffEncoding(const QByteArray &start);
 
     QIODevice *m_source;
     QByteArray m_tail; ///< the end of the previous chunk, for declarations split between reads
     bool m_tripped = false;
+    bool m_sniffed = false;
+    QStringDecoder m_decoder; ///< for a declared encoding that spells "<" unlike ASCII
+    QString m_decodedTail;
 };

@@ -91,8 +91,10 @@ QString formatNumber(unsigned long long value, const DisplayMode &mode)
     if (digits.isEmpty())
         digits = QString::number(qint64(value));
     // The padding goes before the digit text including its sign: -5 with 4 digits is "00-5".
+    // No number needs more than 64 digits (binary); a larger count from a damaged file would
+    // otherwise make every number gigabytes long.
     if (mode.digits != 0)
-        digits = digits.rightJustified(mode.digits, QLatin1Char('0'));
+        digits = digits.rightJustified(qMin(mode.digits, maximumDigits), QLatin1Char('0'));
     return prefix + digits;
 }
 

@@ -51,6 +51,9 @@ QString typeName(unsigned int code);
 /// "0x" and at least four upper-case hexadecimal digits, never truncated.
 QString tag2hex(unsigned int code);
 
+/// Padding never goes beyond this many digits, the length of a 64-bit number in binary.
+constexpr int maximumDigits = 64;
+
 /// Formats `value` in the given display mode. Padding applies to the digits only, after any
 /// minus sign, so -5 with four digits is "00-5".
 QString formatNumber(unsigned long long value, const DisplayMode &mode);

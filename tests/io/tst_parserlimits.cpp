@@ -140,6 +140,8 @@ private slots:
         QTest::newRow("external entity") << QByteArray("<?xml version=\"1.0\"?>\n<!DOCTYPE zat16 [\n"
                                                        " <!ENTITY e SYSTEM \"file:///etc/passwd\">\n]>\n"
                                                        "<zat16><tag name=\"A\" id=\"0x1\" comment=\"&e;\"/></zat16>\n");
+        QTest::newRow("UTF-7") << QByteArray("<?xml version=\"1.0\" encoding=\"UTF-7\"?>\n"
+                                             "+ADw-!DOCTYPE zat16 [+ADw-!ENTITY a \"b\">]>+ADw-zat16/>\n");
         QTest::newRow("UTF-16") << QByteArray("\xFF\xFE") + QByteArray::fromRawData(
                                        reinterpret_cast<const char *>(u"<!DOCTYPE zat16 [<!ENTITY a \"b\">]><zat16/>"), 84);
     }

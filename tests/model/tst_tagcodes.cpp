@@ -312,6 +312,11 @@ void TestTagCodes::formatNumberOf_data()
     QTest::newRow("12345 unsigned 3 digits") << 12345ull << 2 << 3 << QStringLiteral("12345");
     QTest::newRow("0xABC hex 2 digits") << 0xABCull << 3 << 2 << QStringLiteral("0xABC");
     QTest::newRow("8 octal 4 digits") << 8ull << 4 << 4 << QStringLiteral("0o0010");
+    // a digit count from a damaged file pads to 64 digits at most
+    QTest::newRow("5 binary 64 digits") << 5ull << 5 << 64 << QStringLiteral("0y") + QString(61, QLatin1Char('0'))
+                                                                   + QStringLiteral("101");
+    QTest::newRow("7 decimal 2000000000 digits") << 7ull << 1 << 2000000000 << QString(63, QLatin1Char('0'))
+                                                                                     + QStringLiteral("7");
 }
 
 void TestTagCodes::formatNumberOf()
