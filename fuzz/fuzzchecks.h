@@ -68,8 +68,10 @@ QString pasteRowName(PasteRow row);
 /// the first byte, which chooses the format, the row kind and the column) onto the first row of
 /// the chosen kind, asks the model for every cell as a view showing the whole tree would, undoes
 /// every command pushed and compares the document with its saved form before the paste; then
-/// redoes everything (the state after the paste must come back) and undoes again. Needs a QGuiApplication. With
-/// `modelTester` a QAbstractItemModelTester watches the model (it aborts the process on a broken model).
+/// redoes everything (the state after the paste must come back) and undoes again. Needs a
+/// QGuiApplication. With `modelTester` a QAbstractItemModelTester watches the model (it aborts the
+/// process on a broken model), except for dataChanged, whose ranges end one past the last row and
+/// column on purpose.
 QString checkPaste(const QByteArray &document, const QByteArray &data, bool modelTester = false);
 
 /// Every field of every item, one indented line each; for comparing whole trees.
