@@ -21,6 +21,9 @@ namespace ZAT16 {
 
 namespace {
 
+// How many rows on either side of an item a row cache miss keeps.
+constexpr qsizetype rowWindow = 64;
+
 const QString xmlMimeType = QStringLiteral("text/xml");
 const QString textMimeType = QStringLiteral("text/plain");
 
@@ -107,16 +110,18 @@ int EditorModel::findRow(const Item *item) const
     const auto it = m_rows.constFind(item);
     if (it != m_rows.constEnd())
         return it.value();
-    // One miss fills the rows of all siblings, so that a repaint after a change does not scan
-    // a long child list once per visible row.
+    // A miss looks the item up in its parent's list and keeps the rows around it: a repaint
+    // asks for neighbours, and a long list is not walked once per row.
     if (const Item *parent = item->parent) {
-        const qsizetype count = parent->children.size();
-        m_rows.reserve(m_rows.size() + count);
-        for (qsizetype i = 0; i < count; ++i)
-            m_rows.insert(parent->children.at(i), int(i));
-        const auto found = m_rows.constFind(item);
-        if (found != m_rows.constEnd())
-            return found.value();
+        const QList<Item *> &siblings = parent->children;
+        const qsizetype row = siblings.indexOf(const_cast<Item *>(item));
+        if (row >= 0) {
+            const qsizetype first = qMax<qsizetype>(0, row - rowWindow);
+            const qsizetype last = qMin<qsizetype>(siblings.size(), row + rowWindow + 1);
+            for (qsizetype i = first; i < last; ++i)
+                m_rows.insert(siblings.at(i), int(i));
+            return int(row);
+        }
     }
     const int row = item->row();
     m_rows.insert(item, row);
@@ -348,51 +353,68 @@ QVariant EditorModel::highlightData(const Item *item, int row, int column, int r
 
 Item::CollisionFlags EditorModel::findCollision(const Item *item) const
 {
-    const auto it = m_collisions.constFind(item);
-    if (it != m_collisions.constEnd())
-        return it.value();
-    // One miss computes the flags of all siblings in one pass, each name and code hashed once,
-    // so that a repaint after a change walks a long child list once instead of once per
-    // visible row. The hashes remember where a name or code was first seen (row + 1).
-    if (const Item *parent = item->parent) {
-        const QList<Item *> &siblings = parent->children;
-        const qsizetype count = siblings.size();
-        QList<Item::CollisionFlags> flags(count);
-        QHash<QStringView, qsizetype> names;
-        QHash<quint64, qsizetype> ids;
-        names.reserve(count);
-        ids.reserve(count);
-        for (qsizetype i = 0; i < count; ++i) {
-            const Item *sibling = siblings.at(i);
-            if (!sibling->name.isEmpty()) {
-                qsizetype &first = names[QStringView(sibling->name)];
-                if (first == 0) {
-                    first = i + 1;
-                } else {
-                    flags[i] |= Item::NameCollision;
-                    flags[first - 1] |= Item::NameCollision;
-                }
-            }
-            if (sibling->hasId) {
-                qsizetype &first = ids[sibling->id];
-                if (first == 0) {
-                    first = i + 1;
-                } else {
-                    flags[i] |= Item::IdCollision;
-                    flags[first - 1] |= Item::IdCollision;
-                }
-            }
-        }
-        m_collisions.reserve(m_collisions.size() + count);
-        for (qsizetype i = 0; i < count; ++i)
-            m_collisions.insert(siblings.at(i), flags.at(i));
-        const auto found = m_collisions.constFind(item);
-        if (found != m_collisions.constEnd())
-            return found.value();
-    }
-    const Item::CollisionFlags flags = item->findCollision();
-    m_collisions.insert(item, flags);
+    const Item *parent = item->parent;
+    if (!parent)
+        return {};
+    const SiblingCounts *counts = siblingCounts(parent);
+    // An item that is not where its parent pointer says (taken out of the tree) and the
+    // children of a parent outside the document are compared the slow way, as Item does it.
+    const int row = findRow(item);
+    if (!counts || row < 0 || row >= parent->children.size() || parent->children.at(row) != item)
+        return item->findCollision();
+    Item::CollisionFlags flags;
+    if (!item->name.isEmpty() && counts->names.value(item->name) > 1)
+        flags |= Item::NameCollision;
+    if (item->hasId && counts->ids.value(item->id) > 1)
+        flags |= Item::IdCollision;
     return flags;
+}
+
+// The counts of a parent in the document, made in one pass over its children on first need.
+// Parents outside the document get none: nothing would tell when they are deleted.
+const EditorModel::SiblingCounts *EditorModel::siblingCounts(const Item *parent) const
+{
+    const auto it = m_counts.constFind(parent);
+    if (it != m_counts.constEnd())
+        return &it.value();
+    // A taken item keeps its parent pointer, so each step up must be in its parent's list.
+    for (const Item *at = parent; at != m_root; at = at->parent) {
+        if (!at->parent || at->parent->children.value(findRow(at)) != at)
+            return nullptr;
+    }
+
+    SiblingCounts counts;
+    const qsizetype count = parent->children.size();
+    counts.names.reserve(count);
+    counts.ids.reserve(count);
+    counts.counted.reserve(count);
+    for (const Item *child : parent->children) {
+        counts.add(child->name, child->hasId, child->id);
+        counts.counted.append(Counted{ child->name, child->id, child->hasId });
+    }
+    return &m_counts.insert(parent, std::move(counts)).value();
+}
+
+void EditorModel::SiblingCounts::add(const QString &name, bool hasId, quint64 id)
+{
+    if (!name.isEmpty())
+        ++names[name];
+    if (hasId)
+        ++ids[id];
+}
+
+void EditorModel::SiblingCounts::remove(const QString &name, bool hasId, quint64 id)
+{
+    if (!name.isEmpty()) {
+        const auto it = names.find(name);
+        if (it != names.end() && --it.value() <= 0)
+            names.erase(it);
+    }
+    if (hasId) {
+        const auto it = ids.find(id);
+        if (it != ids.end() && --it.value() <= 0)
+            ids.erase(it);
+    }
 }
 
 QVariant EditorModel::headerData(int section, Qt::Orientation orientation, int role) const
@@ -805,7 +827,7 @@ Qt::DropActions EditorModel::supportedDragActions() const
 
 void EditorModel::clearCaches()
 {
-    m_collisions.clear();
+    m_counts.clear();
     m_rows.clear();
 }
 
@@ -826,11 +848,26 @@ Item *EditorModel::cmdTakeRow(Item *parent, int row)
     return item;
 }
 
+// A data change moves no rows, so the row cache stays; the counts of the item's siblings move
+// from its old name and code, as they were counted, to the new ones.
 // The bottom-right corner lies one past the last column on purpose, as in allChildrenChanged.
 void EditorModel::cmdItemChanged(Item *item)
 {
-    clearCaches();
     const int row = findRow(item);
+    if (const Item *parent = item->parent) {
+        const auto it = m_counts.find(parent);
+        if (it != m_counts.end()) {
+            SiblingCounts &counts = it.value();
+            if (row >= 0 && row < counts.counted.size() && parent->children.value(row) == item) {
+                Counted &old = counts.counted[row];
+                counts.remove(old.name, old.hasId, old.id);
+                counts.add(item->name, item->hasId, item->id);
+                old = Counted{ item->name, item->id, item->hasId };
+            } else {
+                m_counts.erase(it);
+            }
+        }
+    }
     emit dataChanged(createIndex(row, 0, item), createIndex(row, 3, item));
 }
 

@@ -18,7 +18,7 @@ class CommandDelete;
 /// definitions tree. Three columns: name, code, comment. The root item stands for the invalid
 /// index and is never shown. Every change becomes an undo command pushed on the undo stack;
 /// the commands change the tree only through the cmd* primitives, which emit the model signals
-/// and empty the row and collision caches.
+/// and keep the row cache and the collision counts up to date.
 class EditorModel : public QAbstractItemModel
 {
     Q_OBJECT
@@ -46,7 +46,8 @@ public:
     QVariant highlightData(const Item *item, int row, int column, int role) const;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;
-    /// Name and code collisions of the item with its siblings, cached.
+    /// Name and code collisions of the item with its siblings, from counts of the siblings'
+    /// names and codes that edits keep up to date. Always equal to Item::findCollision().
     Item::CollisionFlags findCollision(const Item *item) const;
 
     /// The root item of the document (may be null); the model owns it.
@@ -108,6 +109,22 @@ signals:
     void undone(const QModelIndex &index);
 
 private:
+    // A child's name and code as its parent's counts hold them.
+    struct Counted {
+        QString name;
+        quint64 id = 0;
+        bool hasId = false;
+    };
+    // How many children of one parent carry each non-empty name and each code.
+    struct SiblingCounts {
+        QHash<QString, int> names;
+        QHash<quint64, int> ids;
+        QList<Counted> counted; ///< by row: what the counts hold for each child
+        void add(const QString &name, bool hasId, quint64 id);
+        void remove(const QString &name, bool hasId, quint64 id);
+    };
+
+    const SiblingCounts *siblingCounts(const Item *parent) const;
     void clearCaches();
     // Pushes on the undo stack; without a stack the change is made at once and not kept.
     void push(QUndoCommand *command);
@@ -115,7 +132,9 @@ private:
 
     Item *m_root = nullptr;
     QUndoStack *m_undoStack = nullptr;
-    mutable QHash<const Item *, Item::CollisionFlags> m_collisions;
+    /// Collision counts per parent, made on first need. A data change updates them; an
+    /// insertion, removal or new root drops them all.
+    mutable QHash<const Item *, SiblingCounts> m_counts;
     mutable QHash<const Item *, int> m_rows;
     QFont m_fixedFont;
     QFont m_commentFont;

@@ -185,6 +185,8 @@ private slots:
     void cachesFollowChanges();
     void collisionCacheMatchesItem();
     void rowCacheMatchesItem();
+    void collisionCountsFollowEdits_data();
+    void collisionCountsFollowEdits();
 };
 
 // ---------------------------------------------------------------------------------------------
@@ -1705,6 +1707,81 @@ void TestEditorModel::rowCacheMatchesItem()
     for (const Item *item : items) {
         if (item->parent && item->parent->children.contains(const_cast<Item *>(item)))
             QCOMPARE(f.model.findRow(item), item->row());
+    }
+}
+
+void TestEditorModel::collisionCountsFollowEdits_data()
+{
+    QTest::addColumn<quint32>("seed");
+    QTest::newRow("seed 3") << 3u;
+    QTest::newRow("seed 1234") << 1234u;
+}
+
+// Names and codes from small sets, so that edits make and break collisions all the time; after
+// every step the flags of every item in the tree, and of an item just taken out of it, are what
+// the items themselves say, and the rows are right.
+void TestEditorModel::collisionCountsFollowEdits()
+{
+    QFETCH(quint32, seed);
+    QRandomGenerator random(seed);
+    auto bounded = [&](int n) { return int(random.bounded(quint32(n))); };
+    const QStringList names = { QString(), QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C") };
+
+    QByteArray body;
+    for (int i = 0; i < 60; ++i) {
+        body += "  <tag name=\"T" + QByteArray::number(i % 25) + "\" id=\"0x" + QByteArray::number(0x1000 + i % 30, 16)
+            + "\">\n    <enums>\n";
+        for (int k = 0; k < 6; ++k)
+            body += "      <enum name=\"" + names.at(1 + k % 3).toLatin1() + "\" id=\"" + QByteArray::number(k % 4) + "\"/>\n";
+        body += "    </enums>\n  </tag>\n";
+    }
+    Fixture f(document(body));
+
+    auto allItems = [&]() {
+        QList<Item *> items;
+        QList<Item *> queue = { f.root() };
+        while (!queue.isEmpty()) {
+            Item *item = queue.takeFirst();
+            for (Item *child : item->children) {
+                items << child;
+                queue << child;
+            }
+        }
+        return items;
+    };
+
+    for (int step = 0; step < 400; ++step) {
+        const QList<Item *> items = allItems();
+        Item *item = items.at(bounded(int(items.size())));
+        const QModelIndex index = f.model.item2index(item);
+        const int op = bounded(100);
+        if (op < 35) {
+            f.model.setData(index.siblingAtColumn(0), names.at(bounded(4)));
+        } else if (op < 70) {
+            const QString code = bounded(5) == 0 ? QString() : QStringLiteral("0x%1").arg(0x1000 + bounded(4), 0, 16);
+            f.model.setData(index.siblingAtColumn(1), code);
+        } else if (op < 78) {
+            ItemData data = *item;
+            data.name = names.at(bounded(4));
+            data.hasId = bounded(3) != 0;
+            data.id = quint64(bounded(3));
+            QVERIFY(f.model.setItemData(index, data));
+        } else if (op < 84) {
+            // The removed item, held by the command, still points at its old parent.
+            Item *victim = f.model.index2item(index);
+            QVERIFY(f.model.removeRow(index.row(), index.parent()));
+            QCOMPARE(f.model.findCollision(victim), victim->findCollision());
+        } else if (op < 87) {
+            f.model.insertRow(index.row(), index.parent());
+        } else if (op < 95) {
+            f.stack.undo();
+        } else {
+            f.stack.redo();
+        }
+        for (const Item *each : allItems()) {
+            QCOMPARE(f.model.findCollision(each), each->findCollision());
+            QCOMPARE(f.model.findRow(each), each->row());
+        }
     }
 }
 
