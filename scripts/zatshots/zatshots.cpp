@@ -188,6 +188,20 @@ int main(int argc, char *argv[])
     }
     settle();
 
+    // The find bar, the Problems dock and a compatibility report, on the edited document.
+    window->showFindBar(QStringLiteral("wind"));
+    settle();
+    grabWidget(window, QStringLiteral("find-bar.png"));
+    window->showProblems();
+    settle();
+    grabWidget(window, QStringLiteral("problems.png"));
+    if (QDialog *report = window->showCompareReport(example)) {
+        report->move(80, 60);
+        grabWidget(report, QStringLiteral("compare-report.png"));
+        report->close();
+    }
+    settle();
+
     // The Messages dock after opening a file with warnings.
     window->undoStack()->setClean();
     delete window;

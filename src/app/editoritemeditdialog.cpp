@@ -34,6 +34,10 @@ EditorItemEditDialog::EditorItemEditDialog(QWidget *parent)
 
 EditorItemEditDialog::~EditorItemEditDialog()
 {
+    // The fields signal while they go (a validator explains the text it loses); the
+    // half-destroyed dialog must not answer.
+    for (QObject *child : findChildren<QObject *>())
+        child->disconnect(this);
     delete m_ui;
 }
 

@@ -215,6 +215,10 @@ EditorWindow::EditorWindow(QWidget *parent)
 
 EditorWindow::~EditorWindow()
 {
+    // The children signal while they go (the undo stack clears itself, views drop their
+    // selection); nothing of this half-destroyed window may answer them.
+    for (QObject *child : findChildren<QObject *>())
+        child->disconnect(this);
     delete m_ui;
 }
 
