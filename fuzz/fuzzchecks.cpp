@@ -119,6 +119,25 @@ namespace {
     // The parts of two items that the writer puts into the file and that differ: a difference
     // of A and B must come from one of them. (An item's other fields, such as the secure flag of
     // an item written as a comment, are lost on the first save already and change nothing after.)
+    // The item alone as the writer writes it, with the characters that XML cannot carry
+    // replaced; its id is left out (it depends on the display modes of the parents).
+    QByteArray writtenForm(const Item *item)
+    {
+        WriterXml writer;
+        auto *copy = new Item(static_cast<const ItemData &>(*item));
+        copy->id = 0;
+        if (!item->parent) {
+            // The document's root: its comment is the document type declaration.
+            std::unique_ptr<Item> root(copy);
+            return writer.encode(root.get());
+        }
+        // Anything else is written inside a root, or its comment would be taken for one.
+        Item root;
+        root.type = Root;
+        root.appendChild(copy);
+        return writer.encode(&root);
+    }
+
     QStringList differentFields(const Item *x, const Item *y)
     {
         QStringList fields;
@@ -126,21 +145,20 @@ namespace {
             return { QStringLiteral("kind") };
         if (x->isNewline())
             return fields;
-        if (x->isComment()) {
-            if (x->comment != y->comment)
-                fields << QStringLiteral("comment");
+        if (!x->isComment() && (x->hasId != y->hasId || (x->hasId && x->formatId() != y->formatId())))
+            fields << QStringLiteral("id");
+        if (writtenForm(x) == writtenForm(y))
             return fields;
-        }
         if (x->name != y->name)
             fields << QStringLiteral("name");
-        if (x->hasId != y->hasId || (x->hasId && x->formatId() != y->formatId()))
-            fields << QStringLiteral("id");
-        if (x->type != Root && x->comment != y->comment)
+        if (x->comment != y->comment)
             fields << QStringLiteral("comment");
         if (x->secure != y->secure)
             fields << QStringLiteral("secure");
         if (writtenDisplay(x) != writtenDisplay(y))
             fields << QStringLiteral("display");
+        if (fields.isEmpty())
+            fields << QStringLiteral("written form");
         return fields;
     }
 
@@ -189,8 +207,22 @@ namespace {
                     return true;
                 continue;
             }
-            const bool lost = a.size() > b.size() && i + 1 < a.size() && sameData(a.at(i + 1), b.at(i));
-            const bool added = a.size() < b.size() && i + 1 < b.size() && sameData(a.at(i), b.at(i + 1));
+            bool moved = false;
+            for (int j = i + 1; j < b.size() && !moved; ++j)
+                moved = sameData(a.at(i), b.at(j));
+            if (moved && a.size() == b.size()) {
+                *kind = QStringLiteral("children reordered") + where;
+                *what = childPath + QStringLiteral(": ") + *kind + QStringLiteral(": ") + dumpItem(a.at(i), 0).trimmed()
+                    + QStringLiteral(" moved down");
+                return true;
+            }
+            // One or a few items missing or extra here, and the rest lines up again.
+            bool lost = false;
+            bool added = false;
+            for (int k = 1; k <= 3 && !lost && !added; ++k) {
+                lost = i + k < a.size() && sameData(a.at(i + k), b.at(i));
+                added = !lost && i + k < b.size() && sameData(a.at(i), b.at(i + k));
+            }
             if (lost) {
                 *kind = itemLabel(a.at(i)) + QStringLiteral(" lost") + where;
                 *what
@@ -201,15 +233,6 @@ namespace {
                 *kind = itemLabel(b.at(i)) + QStringLiteral(" added") + where;
                 *what
                     = childPath + QStringLiteral(": ") + *kind + QStringLiteral(": ") + dumpItem(b.at(i), 0).trimmed();
-                return true;
-            }
-            bool moved = false;
-            for (int j = i + 1; j < b.size() && !moved; ++j)
-                moved = sameData(a.at(i), b.at(j));
-            if (moved && a.size() == b.size()) {
-                *kind = QStringLiteral("children reordered") + where;
-                *what = childPath + QStringLiteral(": ") + *kind + QStringLiteral(": ") + dumpItem(a.at(i), 0).trimmed()
-                    + QStringLiteral(" moved down");
                 return true;
             }
             return firstDifference(a.at(i), b.at(i), childPath, what, kind);
