@@ -182,9 +182,17 @@ const DisplayMode &Item::displayMode() const
 
 QString Item::formatId() const
 {
+    QString text;
+    appendId(text);
+    return text;
+}
+
+void Item::appendId(QString &text) const
+{
     if (type == Tag)
-        return tag2hex(quint32(id));
-    return ZAT16::formatNumber(id, displayMode());
+        appendTag2hex(text, quint32(id));
+    else
+        appendNumber(text, id, displayMode());
 }
 
 ItemType Item::matchingParentType(ItemType type)

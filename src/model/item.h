@@ -91,6 +91,8 @@ public:
     /// The display mode in effect: the nearest one set, walking up from this item.
     const DisplayMode &displayMode() const;
     QString formatId() const;
+    /// Appends formatId() to `text`.
+    void appendId(QString &text) const;
 
     /// The type the parent of an item of the given type must have.
     static ItemType matchingParentType(ItemType type);

@@ -35,67 +35,123 @@ unsigned int setDataType(unsigned int code, DataType type)
 QString typeName(unsigned int code)
 {
     // Indexed by the top nibble only: the extended codes 0x80xx..0x8Fxx all show as "Int64".
-    static const char *const names[16] = {
-        "Binary",
-        "Integer",
-        "Bool",
-        "String",
-        "Date",
-        "Time",
-        "DateTime",
-        "BitArray",
-        "Int64",
-        "IPAddress",
-        nullptr,
-        nullptr,
-        "List",
-        "Request",
-        "Answer",
-        "Message",
-    };
-    const char *name = names[(code >> 12) & 0xF];
-    return name ? QString::fromLatin1(name) : QString();
+    // The names are literals, so that the generators' many calls allocate nothing.
+    switch ((code >> 12) & 0xF) {
+    case 0:
+        return QStringLiteral("Binary");
+    case 1:
+        return QStringLiteral("Integer");
+    case 2:
+        return QStringLiteral("Bool");
+    case 3:
+        return QStringLiteral("String");
+    case 4:
+        return QStringLiteral("Date");
+    case 5:
+        return QStringLiteral("Time");
+    case 6:
+        return QStringLiteral("DateTime");
+    case 7:
+        return QStringLiteral("BitArray");
+    case 8:
+        return QStringLiteral("Int64");
+    case 9:
+        return QStringLiteral("IPAddress");
+    case 12:
+        return QStringLiteral("List");
+    case 13:
+        return QStringLiteral("Request");
+    case 14:
+        return QStringLiteral("Answer");
+    case 15:
+        return QStringLiteral("Message");
+    default:
+        return QString();
+    }
 }
+
+namespace {
+
+// Writes the digits of `value` in `base` (2 to 16, upper-case letters) backwards, ending just
+// before `end`, and returns where they start.
+char16_t *digitsBefore(char16_t *end, quint64 value, unsigned base)
+{
+    do {
+        *--end = u"0123456789ABCDEF"[value % base];
+        value /= base;
+    } while (value);
+    return end;
+}
+
+} // namespace
 
 QString tag2hex(unsigned int code)
 {
-    return QLatin1String("0x") + QString::number(code, 16).toUpper().rightJustified(4, QLatin1Char('0'));
+    QString text;
+    appendTag2hex(text, code);
+    return text;
+}
+
+void appendTag2hex(QString &text, unsigned int code)
+{
+    char16_t buffer[12];
+    char16_t *const end = buffer + 12;
+    char16_t *begin = digitsBefore(end, code, 16);
+    while (end - begin < 4)
+        *--begin = u'0';
+    *--begin = u'x';
+    *--begin = u'0';
+    text.append(reinterpret_cast<const QChar *>(begin), end - begin);
 }
 
 QString formatNumber(unsigned long long value, const DisplayMode &mode)
 {
-    QString prefix;
-    QString digits;
+    QString text;
+    appendNumber(text, value, mode);
+    return text;
+}
+
+void appendNumber(QString &text, unsigned long long value, const DisplayMode &mode)
+{
+    // Room for a sign and the 64 digits of the longest (binary) number.
+    char16_t buffer[80];
+    char16_t *const end = buffer + 80;
+    char16_t *begin;
+    QLatin1String prefix;
     switch (mode.mode) {
-    case 1:
-        digits = QString::number(qint64(value));
-        break;
     case 2:
-        digits = QString::number(quint64(value));
+        begin = digitsBefore(end, value, 10);
         break;
     case 3:
-        prefix = QStringLiteral("0x");
-        digits = QString::number(quint64(value), 16).toUpper();
+        prefix = QLatin1String("0x");
+        begin = digitsBefore(end, value, 16);
         break;
     case 4:
-        prefix = QStringLiteral("0o");
-        digits = QString::number(quint64(value), 8);
+        prefix = QLatin1String("0o");
+        begin = digitsBefore(end, value, 8);
         break;
     case 5:
-        prefix = QStringLiteral("0y");
-        digits = QString::number(quint64(value), 2);
+        prefix = QLatin1String("0y");
+        begin = digitsBefore(end, value, 2);
         break;
     default:
+        // Signed decimal, also for modes that are not set or not known.
+        if (qint64(value) < 0) {
+            begin = digitsBefore(end, quint64(0) - value, 10);
+            *--begin = u'-';
+        } else {
+            begin = digitsBefore(end, value, 10);
+        }
         break;
     }
-    if (digits.isEmpty())
-        digits = QString::number(qint64(value));
+    text += prefix;
     // The padding goes before the digit text including its sign: -5 with 4 digits is "00-5".
     // No number needs more than 64 digits (binary); a larger count from a damaged file would
     // otherwise make every number gigabytes long.
-    if (mode.digits != 0)
-        digits = digits.rightJustified(qMin(mode.digits, maximumDigits), QLatin1Char('0'));
-    return prefix + digits;
+    const qsizetype width = qMin(mode.digits, maximumDigits);
+    if (width > end - begin)
+        text.resize(text.size() + width - (end - begin), QLatin1Char('0'));
+    text.append(reinterpret_cast<const QChar *>(begin), end - begin);
 }
 
 bool isValidIdentifier(const QString &name, QString *error)

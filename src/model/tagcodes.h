@@ -50,6 +50,8 @@ QString typeName(unsigned int code);
 
 /// "0x" and at least four upper-case hexadecimal digits, never truncated.
 QString tag2hex(unsigned int code);
+/// Appends tag2hex(code) to `text`.
+void appendTag2hex(QString &text, unsigned int code);
 
 /// Padding never goes beyond this many digits, the length of a 64-bit number in binary.
 constexpr int maximumDigits = 64;
@@ -57,6 +59,8 @@ constexpr int maximumDigits = 64;
 /// Formats `value` in the given display mode. Padding applies to the digits only, after any
 /// minus sign, so -5 with four digits is "00-5".
 QString formatNumber(unsigned long long value, const DisplayMode &mode);
+/// Appends formatNumber(value, mode) to `text`.
+void appendNumber(QString &text, unsigned long long value, const DisplayMode &mode);
 
 /// Checks a name for use as an identifier in the definitions and the generated code. `error`
 /// (may be null) receives the message, or a null string when the name is fine.

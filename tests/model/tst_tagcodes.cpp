@@ -3,6 +3,7 @@
 
 #include "tagcodes.h"
 
+#include <QRandomGenerator>
 #include <QtTest>
 
 using namespace ZAT16;
@@ -31,6 +32,7 @@ private slots:
     void displayModeDefault();
     void formatNumberOf_data();
     void formatNumberOf();
+    void numbersMatchQtFormatting();
     void identifier_data();
     void identifier();
     void identifierWithoutErrorPointer();
@@ -330,6 +332,66 @@ void TestTagCodes::formatNumberOf()
     display.mode = mode;
     display.digits = digits;
     QCOMPARE(formatNumber(value, display), text);
+}
+
+// The texts are built digit by digit; they must be what QString::number gives, for any value,
+// mode and digit count, and the append forms add exactly that text.
+void TestTagCodes::numbersMatchQtFormatting()
+{
+    QRandomGenerator random(77);
+    for (int i = 0; i < 20000; ++i) {
+        quint64 value = random.generate64();
+        switch (i % 4) {
+        case 0:
+            value >>= random.bounded(64u);
+            break;
+        case 1:
+            value = quint64(0) - (value >> random.bounded(64u));
+            break;
+        default:
+            break;
+        }
+        DisplayMode display;
+        display.mode = int(random.bounded(8u)) - 1;
+        display.digits = i % 3 == 0 ? 0 : int(random.bounded(90u)) - 10;
+
+        QString digits;
+        QString prefix;
+        switch (display.mode) {
+        case 2:
+            digits = QString::number(value);
+            break;
+        case 3:
+            prefix = QStringLiteral("0x");
+            digits = QString::number(value, 16).toUpper();
+            break;
+        case 4:
+            prefix = QStringLiteral("0o");
+            digits = QString::number(value, 8);
+            break;
+        case 5:
+            prefix = QStringLiteral("0y");
+            digits = QString::number(value, 2);
+            break;
+        default:
+            digits = QString::number(qint64(value));
+            break;
+        }
+        if (display.digits != 0)
+            digits = digits.rightJustified(qMin(display.digits, 64), QLatin1Char('0'));
+        const QString expected = prefix + digits;
+        QCOMPARE(formatNumber(value, display), expected);
+        QString appended = QStringLiteral("x=");
+        appendNumber(appended, value, display);
+        QCOMPARE(appended, QStringLiteral("x=") + expected);
+
+        const unsigned code = i % 2 ? unsigned(value) : unsigned(value & 0xFFFF);
+        const QString hex = QStringLiteral("0x") + QString::number(code, 16).toUpper().rightJustified(4, QLatin1Char('0'));
+        QCOMPARE(tag2hex(code), hex);
+        QString hexAppended = QStringLiteral("c ");
+        appendTag2hex(hexAppended, code);
+        QCOMPARE(hexAppended, QStringLiteral("c ") + hex);
+    }
 }
 
 void TestTagCodes::identifier_data()
