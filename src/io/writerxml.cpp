@@ -2,11 +2,14 @@
 
 #include "item.h"
 
-#include <QXmlStreamWriter>
+#include <QIODevice>
 
 namespace ZAT16 {
 
 namespace {
+
+// The text is handed to the device whenever this much has gathered.
+constexpr qsizetype flushSize = 32 * 1024;
 
 bool isXmlChar(char32_t c)
 {
@@ -14,8 +17,8 @@ bool isXmlChar(char32_t c)
         || (c >= 0x10000 && c <= 0x10FFFF);
 }
 
-// The text with every character that XML cannot carry replaced by U+FFFD. The XML writer would
-// otherwise drop such characters, or a whole value, and leave a file that does not read back.
+// The text with every character that XML cannot carry replaced by U+FFFD. Written as it is, such
+// characters would be dropped, or a whole value, and leave a file that does not read back.
 QString xmlText(const QString &text)
 {
     const qsizetype n = text.size();
@@ -60,83 +63,152 @@ QString commentText(const QString &text)
     return spaced;
 }
 
+// ASCII characters that an attribute value cannot carry as they are: markup, quotes and the
+// control characters (tab, line feed and carriage return become character references, the
+// others cannot stand in XML at all).
+struct AsciiTable {
+    bool special[128] = {};
+    constexpr AsciiTable()
+    {
+        for (int c = 0; c < 0x20; ++c)
+            special[c] = true;
+        special[int('<')] = special[int('>')] = special[int('&')] = special[int('"')] = true;
+    }
+};
+constexpr AsciiTable ascii;
+
+bool isHighSurrogate(char16_t c)
+{
+    return c >= 0xD800 && c <= 0xDBFF;
+}
+
+bool isLowSurrogate(char16_t c)
+{
+    return c >= 0xDC00 && c <= 0xDFFF;
+}
+
+// Characters that the escaping of a value drops (and reports) instead of writing.
+bool isDropped(char16_t c)
+{
+    return (c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r') || c == 0xFFFE || c == 0xFFFF;
+}
+
 } // namespace
+
+// Counts the public functions running, so that the outermost one hands the text to the device
+// when it returns: writeItem() and writeIndent() also work on their own.
+class WriterXml::Call
+{
+public:
+    explicit Call(WriterXml *writer)
+        : m_writer(writer)
+    {
+        ++m_writer->m_calls;
+    }
+    ~Call()
+    {
+        if (--m_writer->m_calls == 0)
+            m_writer->flush();
+    }
+    Call(const Call &) = delete;
+    Call &operator=(const Call &) = delete;
+
+private:
+    WriterXml *m_writer;
+};
 
 WriterXml::WriterXml() = default;
 
-WriterXml::~WriterXml()
-{
-    delete xml;
-}
+WriterXml::~WriterXml() = default;
 
 bool WriterXml::writeDefinitions(const Item *root)
 {
-    xml = new QXmlStreamWriter(device);
-    xml->setAutoFormatting(false);
+    m_text.reserve(flushSize + flushSize / 4);
+    m_startTagOpen = false;
+    m_textLost = false;
+    m_failed = false;
+    m_deviceFailed = false;
     depth = 1;
-
-    xml->writeStartDocument(QStringLiteral("1.0"));
-    // An editor mode line on the declaration's line; it bypasses the XML writer.
-    device->write(" <!-- -*- nxml -*- -->");
-    if (!root->comment.isEmpty())
-        xml->writeDTD(xmlText(root->comment));
-    writeItem(root);
-    xml->writeCharacters(QStringLiteral("\n"));
-
-    // The writer flags output it could not produce; the frame reports failed device writes.
-    const bool ok = !xml->hasError();
-    delete xml;
-    xml = nullptr;
-    return ok;
+    {
+        Call call(this);
+        appendMarkup(QLatin1String("<?xml version=\""));
+        appendText(u"1.0");
+        appendMarkup(QLatin1String("\" encoding=\"UTF-8\"?>"));
+        // An editor mode line on the declaration's line.
+        appendMarkup(QLatin1String(" <!-- -*- nxml -*- -->"));
+        if (!root->comment.isEmpty()) {
+            closeStartTag();
+            appendText(xmlText(root->comment));
+        }
+        writeItem(root);
+        closeStartTag();
+        appendText(u"\n");
+    }
+    m_text = QString();
+    return !m_failed;
 }
 
 void WriterXml::writeIndent()
 {
-    if (depth != 0)
-        xml->writeCharacters(QLatin1Char('\n') + QString(2 * depth - 2, QLatin1Char(' ')));
+    Call call(this);
+    if (depth == 0)
+        return;
+    closeStartTag();
+    if (m_textLost)
+        return;
+    m_text += QLatin1Char('\n');
+    m_text.resize(m_text.size() + qMax(0, 2 * depth - 2), QLatin1Char(' '));
 }
 
 bool WriterXml::writeItem(const Item *item)
 {
+    Call call(this);
     if (item->isComment()) {
         writeIndent();
-        xml->writeComment(commentText(item->comment));
+        closeStartTag();
+        appendMarkup(QLatin1String("<!--"));
+        appendText(commentText(item->comment));
+        appendMarkup(QLatin1String("-->"));
         return true;
     }
     if (item->isNewline()) {
         // The next element starts with its own line break, so this shows as one empty line.
         if (depth == 0)
             return false;
-        xml->writeCharacters(QStringLiteral("\n"));
+        closeStartTag();
+        appendText(u"\n");
         return true;
     }
 
-    QString element;
+    QLatin1String element;
     switch (item->type) {
     case Root:
-        element = QStringLiteral("zat16");
+        element = QLatin1String("zat16");
         break;
     case Tag:
-        element = QStringLiteral("tag");
+        element = QLatin1String("tag");
         break;
     case Enums:
-        element = QStringLiteral("enums");
+        element = QLatin1String("enums");
         break;
     case Enum:
-        element = QStringLiteral("enum");
+        element = QLatin1String("enum");
         break;
     case Bits:
-        element = QStringLiteral("bits");
+        element = QLatin1String("bits");
         break;
     case Bit:
-        element = QStringLiteral("bit");
+        element = QLatin1String("bit");
         break;
     default:
         return false;
     }
 
     writeIndent();
-    xml->writeStartElement(element);
+    closeStartTag();
+    appendMarkup(QLatin1String("<"));
+    appendText(element);
+    m_startTagOpen = true;
     writeItemAttributes(item);
 
     const int saved = depth;
@@ -152,20 +224,36 @@ bool WriterXml::writeItem(const Item *item)
     // Without written children the element is closed in the short form on the same line.
     if (wroteChild)
         writeIndent();
-    xml->writeEndElement();
+    if (m_startTagOpen) {
+        appendMarkup(QLatin1String("/>"));
+        m_startTagOpen = false;
+    } else {
+        appendMarkup(QLatin1String("</"));
+        appendText(element);
+        appendMarkup(QLatin1String(">"));
+    }
+    flushIfLarge();
     return true;
 }
 
 void WriterXml::writeItemAttributes(const Item *item)
 {
+    Call call(this);
     if (!item->name.isEmpty())
-        xml->writeAttribute(QStringLiteral("name"), item->name);
-    if (item->hasId)
-        xml->writeAttribute(QStringLiteral("id"), item->formatId());
+        appendAttribute(QLatin1String("name"), item->name, false);
+    if (item->hasId) {
+        // Numbers are letters, digits and signs: nothing to escape.
+        m_text += QLatin1Char(' ');
+        appendText(QLatin1String("id"));
+        m_text += QLatin1String("=\"");
+        if (!m_textLost)
+            item->appendId(m_text);
+        m_text += QLatin1Char('"');
+    }
     if (item->type != Root && !item->comment.isEmpty())
-        xml->writeAttribute(QStringLiteral("comment"), xmlText(item->comment));
+        appendAttribute(QLatin1String("comment"), item->comment, true);
     if (item->secure)
-        xml->writeAttribute(QStringLiteral("secure"), QStringLiteral("true"));
+        appendAttribute(QLatin1String("secure"), u"true", false);
     // A digit count without a mode is kept as well: it pads decimal numbers.
     const bool hasMode = item->display.mode >= 1 && item->display.mode <= 5;
     if (hasMode || (item->display.mode == 0 && item->display.digits != 0)) {
@@ -175,8 +263,143 @@ void WriterXml::writeItemAttributes(const Item *item)
             display = QString::number(item->display.digits);
         if (hasMode)
             display += QLatin1Char(letters[item->display.mode - 1]);
-        xml->writeAttribute(QStringLiteral("display"), display);
+        appendAttribute(QLatin1String("display"), display, false);
     }
+}
+
+// A pending start tag is closed by whatever follows inside the element.
+void WriterXml::closeStartTag()
+{
+    if (m_startTagOpen) {
+        appendMarkup(QLatin1String(">"));
+        m_startTagOpen = false;
+    }
+}
+
+// Fixed markup: written whatever happened to a value before.
+void WriterXml::appendMarkup(QLatin1String markup)
+{
+    m_text += markup;
+}
+
+// Names and texts: once a value held a lone surrogate, which UTF-8 cannot encode, none of them
+// is written any more; the file is then reported as failed. (The text a QXmlStreamWriter leaves
+// in that case, kept to the byte.)
+void WriterXml::appendText(QStringView text)
+{
+    if (!m_textLost)
+        m_text += text;
+}
+
+void WriterXml::appendText(QLatin1String text)
+{
+    if (!m_textLost)
+        m_text += text;
+}
+
+// ` name="value"` with the markup characters and quotes of the value as entities, and tab, line
+// feed and carriage return as character references. With `replaceInvalid` (comments) every
+// character that XML cannot carry becomes U+FFFD first. Without it (names), other control
+// characters and U+FFFE and U+FFFF are dropped, and a surrogate that does not pair up with its
+// neighbour among the characters kept loses the whole value and every later text; both fail the
+// file.
+void WriterXml::appendAttribute(QLatin1String name, QStringView value, bool replaceInvalid)
+{
+    m_text += QLatin1Char(' ');
+    appendText(name);
+    m_text += QLatin1String("=\"");
+    if (!m_textLost) {
+        const qsizetype start = m_text.size();
+        const char16_t *p = value.utf16();
+        const char16_t *const end = p + value.size();
+        const char16_t *run = p;
+        while (p != end) {
+            const char16_t c = *p;
+            if (c < 0x80 ? !ascii.special[c] : (c < 0xD800 || (c >= 0xE000 && c < 0xFFFE))) {
+                ++p;
+                continue;
+            }
+            m_text.append(reinterpret_cast<const QChar *>(run), p - run);
+            const char16_t *next = p + 1;
+            switch (c) {
+            case u'<':
+                m_text += QLatin1String("&lt;");
+                break;
+            case u'>':
+                m_text += QLatin1String("&gt;");
+                break;
+            case u'&':
+                m_text += QLatin1String("&amp;");
+                break;
+            case u'"':
+                m_text += QLatin1String("&quot;");
+                break;
+            case u'\t':
+                m_text += QLatin1String("&#9;");
+                break;
+            case u'\n':
+                m_text += QLatin1String("&#10;");
+                break;
+            case u'\r':
+                m_text += QLatin1String("&#13;");
+                break;
+            default:
+                if (replaceInvalid) {
+                    if (isHighSurrogate(c) && next != end && isLowSurrogate(*next)) {
+                        m_text.append(reinterpret_cast<const QChar *>(p), 2);
+                        ++next;
+                    } else {
+                        m_text += QChar(QChar::ReplacementCharacter);
+                    }
+                } else if (isDropped(c)) {
+                    m_failed = true;
+                } else {
+                    // A surrogate; dropped characters between the halves of a pair do not part them.
+                    const char16_t *low = next;
+                    while (low != end && isDropped(*low))
+                        ++low;
+                    if (!isHighSurrogate(c) || low == end || !isLowSurrogate(*low)) {
+                        m_text.truncate(start);
+                        m_textLost = true;
+                        m_failed = true;
+                        break;
+                    }
+                    if (low != next)
+                        m_failed = true;
+                    m_text += QChar(c);
+                    m_text += QChar(*low);
+                    next = low + 1;
+                }
+                break;
+            }
+            if (m_textLost)
+                break;
+            p = next;
+            run = p;
+        }
+        if (!m_textLost)
+            m_text.append(reinterpret_cast<const QChar *>(run), p - run);
+    }
+    m_text += QLatin1Char('"');
+}
+
+void WriterXml::flushIfLarge()
+{
+    if (m_text.size() >= flushSize)
+        flush();
+}
+
+// Hands the text to the device as UTF-8. After a refused write nothing more is written.
+void WriterXml::flush()
+{
+    if (!m_text.isEmpty() && !m_deviceFailed) {
+        const QByteArray bytes = m_text.toUtf8();
+        if (!device || device->write(bytes) != bytes.size()) {
+            m_deviceFailed = true;
+            m_failed = true;
+        }
+    }
+    m_text.resize(0);
 }
 
 } // namespace ZAT16

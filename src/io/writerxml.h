@@ -2,26 +2,54 @@
 
 #include "writer.h"
 
-class QXmlStreamWriter;
+#include <QLatin1String>
+#include <QString>
+#include <QStringView>
 
 namespace ZAT16 {
 
 /// Saves an Item tree as a definitions file in the canonical layout: fixed declaration line,
 /// two blanks of indentation per level, attributes in a fixed order, and the author's comments
 /// and blank lines where they were.
+///
+/// The text is built in one string and handed to the device as UTF-8 in large pieces; it is
+/// the text a QXmlStreamWriter without automatic formatting gives for the same calls, down to
+/// the byte, including what that writer does with characters XML cannot carry.
 class WriterXml : public Writer
 {
 public:
     WriterXml();
     ~WriterXml();
 
+    /// Writes the whole document; false when a value held characters that XML cannot carry or
+    /// the device refused a write.
     bool writeDefinitions(const Item *root) override;
+    /// Writes one item and its subtree; true when something was written.
     bool writeItem(const Item *item);
+    /// Writes the attributes of the element just started.
     void writeItemAttributes(const Item *item);
+    /// Starts a new line at the current depth.
     void writeIndent();
 
-    QXmlStreamWriter *xml = nullptr;
     int depth = 0;
+
+private:
+    class Call;
+
+    void closeStartTag();
+    void appendMarkup(QLatin1String markup);
+    void appendText(QStringView text);
+    void appendText(QLatin1String text);
+    void appendAttribute(QLatin1String name, QStringView value, bool replaceInvalid);
+    void flushIfLarge();
+    void flush();
+
+    QString m_text; ///< written but not yet handed to the device
+    int m_calls = 0; ///< public functions running; the outermost one flushes
+    bool m_startTagOpen = false; ///< a start tag waits for its ">" or "/>"
+    bool m_textLost = false; ///< a value held a lone surrogate: later texts are not written
+    bool m_failed = false; ///< a character was dropped or a device write failed
+    bool m_deviceFailed = false; ///< the device refused a write: nothing more is written
 };
 
 } // namespace ZAT16

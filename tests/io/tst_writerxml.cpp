@@ -8,6 +8,7 @@
 #include <QtTest>
 
 #include <QBuffer>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QXmlStreamWriter>
@@ -92,14 +93,242 @@ QByteArray writeAlone(const Item *item, int depth, bool *result)
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
     WriterXml writer;
-    writer.xml = new QXmlStreamWriter(&buffer);
-    writer.xml->setAutoFormatting(false);
+    writer.device = &buffer;
     writer.depth = depth;
     *result = writer.writeItem(item);
-    delete writer.xml;
-    writer.xml = nullptr;
+    writer.device = nullptr;
     return buffer.data();
 }
+
+// The writer as it was built on QXmlStreamWriter, kept here as the reference for the bytes of
+// every document: the saved text, including what happens to characters that XML cannot carry,
+// must not change.
+class StreamWriterReference : public Writer
+{
+public:
+    bool writeDefinitions(const Item *root) override
+    {
+        QXmlStreamWriter writer(device);
+        xml = &writer;
+        xml->setAutoFormatting(false);
+        depth = 1;
+        xml->writeStartDocument(QStringLiteral("1.0"));
+        device->write(" <!-- -*- nxml -*- -->");
+        if (!root->comment.isEmpty())
+            xml->writeDTD(xmlText(root->comment));
+        writeItem(root);
+        xml->writeCharacters(QStringLiteral("\n"));
+        xml = nullptr;
+        return !writer.hasError();
+    }
+
+private:
+    static QString xmlText(const QString &text)
+    {
+        QString result;
+        for (qsizetype i = 0; i < text.size(); ++i) {
+            const QChar c = text.at(i);
+            if (c.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate()) {
+                result += c;
+                result += text.at(++i);
+                continue;
+            }
+            const char16_t u = c.unicode();
+            const bool ok = u == 0x9 || u == 0xA || u == 0xD || (u >= 0x20 && u <= 0xD7FF) || (u >= 0xE000 && u <= 0xFFFD);
+            result += ok ? c : QChar(QChar::ReplacementCharacter);
+        }
+        return result;
+    }
+
+    static QString commentText(const QString &text)
+    {
+        const QString result = xmlText(text);
+        QString spaced;
+        for (qsizetype i = 0; i < result.size(); ++i) {
+            spaced += result.at(i);
+            if (result.at(i) == QLatin1Char('-') && (i + 1 == result.size() || result.at(i + 1) == QLatin1Char('-')))
+                spaced += QLatin1Char(' ');
+        }
+        return spaced;
+    }
+
+    void writeIndent()
+    {
+        if (depth != 0)
+            xml->writeCharacters(QLatin1Char('\n') + QString(2 * depth - 2, QLatin1Char(' ')));
+    }
+
+    bool writeItem(const Item *item)
+    {
+        if (item->isComment()) {
+            writeIndent();
+            xml->writeComment(commentText(item->comment));
+            return true;
+        }
+        if (item->isNewline()) {
+            if (depth == 0)
+                return false;
+            xml->writeCharacters(QStringLiteral("\n"));
+            return true;
+        }
+        static const char *const elements[] = { "zat16", "tag", "enums", "enum", "bits", "bit" };
+        if (item->type < Root || item->type > Bit)
+            return false;
+        writeIndent();
+        xml->writeStartElement(QLatin1String(elements[item->type]));
+        if (!item->name.isEmpty())
+            xml->writeAttribute(QStringLiteral("name"), item->name);
+        if (item->hasId)
+            xml->writeAttribute(QStringLiteral("id"), item->formatId());
+        if (item->type != Root && !item->comment.isEmpty())
+            xml->writeAttribute(QStringLiteral("comment"), xmlText(item->comment));
+        if (item->secure)
+            xml->writeAttribute(QStringLiteral("secure"), QStringLiteral("true"));
+        const bool hasMode = item->display.mode >= 1 && item->display.mode <= 5;
+        if (hasMode || (item->display.mode == 0 && item->display.digits != 0)) {
+            QString display;
+            if (item->display.digits != 0)
+                display = QString::number(item->display.digits);
+            if (hasMode)
+                display += QLatin1Char("duxoy"[item->display.mode - 1]);
+            xml->writeAttribute(QStringLiteral("display"), display);
+        }
+        const int saved = depth;
+        if (depth != 0)
+            ++depth;
+        bool wroteChild = false;
+        for (const Item *child : item->children) {
+            if (writeItem(child))
+                wroteChild = true;
+        }
+        depth = saved;
+        if (wroteChild)
+            writeIndent();
+        xml->writeEndElement();
+        return true;
+    }
+
+    QXmlStreamWriter *xml = nullptr;
+    int depth = 0;
+};
+
+// Runs writeDefinitions on a buffer, so that the bytes of a failed write can be compared too.
+template<typename W>
+QByteArray writeRaw(W &writer, const Item *root, bool *ok)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly | QIODevice::Text);
+    writer.device = &buffer;
+    *ok = writer.writeDefinitions(root);
+    writer.device = nullptr;
+    buffer.close();
+    return bytes;
+}
+
+// Random texts: mostly plain, some with markup characters, whitespace, control characters,
+// non-ASCII letters, surrogate pairs, lone surrogates and the noncharacters U+FFFE and U+FFFF.
+class RandomText
+{
+public:
+    explicit RandomText(quint32 seed)
+        : m_random(seed)
+    {
+    }
+
+    int bounded(int n) { return int(m_random.bounded(quint32(n))); }
+
+    QString text(int maxLength)
+    {
+        static const char16_t odd[] = { u'<', u'>', u'&', u'"', u'\'', u'\t', u'\n', u'\r', 0x01, 0x0B, 0x0C, 0x1F,
+                                        0x7F, 0x80, 0xE9, 0x20AC, 0xD7FF, 0xE000, 0xFFFD, 0xFFFE, 0xFFFF,
+                                        0xD83D, 0xDE00, 0xDBFF, 0xDC00, u'-', u' ' };
+        const int length = bounded(maxLength + 1);
+        const bool plain = bounded(4) != 0;
+        QString result;
+        for (int i = 0; i < length; ++i) {
+            const int pick = bounded(10);
+            if (plain || pick < 5) {
+                result += QLatin1Char("abcXYZ_019 -"[bounded(12)]);
+            } else if (pick < 7) {
+                result += QChar(0xD83D);
+                result += QChar(0xDE00 + bounded(64));
+            } else {
+                result += QChar(odd[bounded(int(sizeof(odd) / sizeof(odd[0])))]);
+            }
+        }
+        return result;
+    }
+
+private:
+    QRandomGenerator m_random;
+};
+
+Item *randomItem(RandomText &random, Item *parent, ItemType type, int depth)
+{
+    auto *item = new Item;
+    item->type = type;
+    const int shape = random.bounded(10);
+    if (shape == 0) {
+        item->comment = random.text(12); // a comment line, or a blank line when empty
+    } else if (shape == 1 && type != Root) {
+        // a blank line
+    } else {
+        if (random.bounded(5) != 0)
+            item->name = random.text(10);
+        if (random.bounded(5) != 0) {
+            item->hasId = true;
+            item->id = random.bounded(3) == 0 ? (quint64(random.bounded(1 << 30)) << 34) ^ quint64(random.bounded(1 << 30))
+                                             : quint64(random.bounded(5000));
+        }
+        if (random.bounded(2) == 0)
+            item->comment = random.text(16);
+        item->secure = random.bounded(8) == 0;
+        if (random.bounded(4) == 0) {
+            item->display.mode = random.bounded(7);
+            item->display.digits = random.bounded(4) == 0 ? random.bounded(80) : 0;
+        }
+        if (random.bounded(30) == 0)
+            item->type = random.bounded(2) ? ZAT16::Invalid : ItemType(9);
+    }
+    if (parent)
+        parent->appendChild(item);
+    if (depth > 0 && (item->type == Tag || item->type == Enums || item->type == Bits || item->type == Root)) {
+        const ItemType childType = item->type == Tag ? (random.bounded(2) ? Enums : Bits)
+                                   : item->type == Enums ? Enum
+                                   : item->type == Bits  ? Bit
+                                                         : Tag;
+        const int children = random.bounded(item->type == Tag ? 3 : 6);
+        for (int i = 0; i < children; ++i)
+            randomItem(random, item, childType, depth - 1);
+    }
+    return item;
+}
+
+// A device that takes the first `limit` bytes and refuses every write after them.
+class RefusingDevice : public QIODevice
+{
+public:
+    explicit RefusingDevice(qint64 limit)
+        : m_limit(limit)
+    {
+        open(QIODevice::WriteOnly);
+    }
+    QByteArray taken;
+
+protected:
+    qint64 readData(char *, qint64) override { return -1; }
+    qint64 writeData(const char *data, qint64 size) override
+    {
+        if (taken.size() + size > m_limit)
+            return -1;
+        taken.append(data, size);
+        return size;
+    }
+
+private:
+    qint64 m_limit;
+};
 
 } // namespace
 
@@ -133,6 +362,10 @@ private slots:
     void writeToMissingDirectory();
     void writeToStandardOutput();
     void encodeLeavesFrameClean();
+    void sameBytesAsStreamWriter_data();
+    void sameBytesAsStreamWriter();
+    void valuesAsStreamWriter();
+    void refusedWrites();
 };
 
 void TestWriterXml::emptyRoot()
@@ -592,11 +825,10 @@ void TestWriterXml::writeIndent()
         QBuffer buffer;
         buffer.open(QIODevice::WriteOnly);
         WriterXml writer;
-        writer.xml = new QXmlStreamWriter(&buffer);
+        writer.device = &buffer;
         writer.depth = depths[i];
         writer.writeIndent();
-        delete writer.xml;
-        writer.xml = nullptr;
+        writer.device = nullptr;
         QCOMPARE(buffer.data(), expected[i]);
     }
 }
@@ -667,7 +899,6 @@ void TestWriterXml::writeToFile()
     QVERIFY(writer.write(root.get(), path));
     QVERIFY(writer.fileName.isNull());
     QVERIFY(writer.device == nullptr);
-    QVERIFY(writer.xml == nullptr);
     QVERIFY(writer.error.isEmpty());
     IOTEST_COMPARE_BYTES(IoTest::readFile(path),
         head
@@ -721,14 +952,126 @@ void TestWriterXml::encodeLeavesFrameClean()
     const auto root = makeRoot();
     WriterXml writer;
     QCOMPARE(writer.depth, 0);
-    QVERIFY(writer.xml == nullptr);
     const QByteArray first = writer.encode(root.get());
     QVERIFY(writer.fileName.isNull());
     QVERIFY(writer.device == nullptr);
-    QVERIFY(writer.xml == nullptr);
     // the writer can be used again and gives the same bytes
     QCOMPARE(writer.encode(root.get()), first);
     QCOMPARE(first, head + "\n<zat16/>\n");
+}
+
+void TestWriterXml::sameBytesAsStreamWriter_data()
+{
+    QTest::addColumn<quint32>("seed");
+    QTest::addColumn<int>("trees");
+    QTest::addColumn<int>("tags");
+
+    QTest::newRow("small trees, seed 1") << 1u << 300 << 4;
+    QTest::newRow("small trees, seed 77") << 77u << 300 << 4;
+    QTest::newRow("trees of 40 tags, seed 5") << 5u << 40 << 40;
+    // More than one piece of text goes to the device.
+    QTest::newRow("one tree of 3000 tags, seed 9") << 9u << 1 << 3000;
+}
+
+void TestWriterXml::sameBytesAsStreamWriter()
+{
+    QFETCH(quint32, seed);
+    QFETCH(int, trees);
+    QFETCH(int, tags);
+
+    RandomText random(seed);
+    int failed = 0;
+    for (int t = 0; t < trees; ++t) {
+        std::unique_ptr<Item> root(new Item);
+        root->type = Root;
+        if (random.bounded(3) == 0)
+            root->comment = random.bounded(2) ? QStringLiteral("<!DOCTYPE zat16>") : random.text(8);
+        for (int i = 0; i < tags; ++i)
+            randomItem(random, root.get(), Tag, 2);
+
+        StreamWriterReference reference;
+        WriterXml writer;
+        bool expectedOk = false;
+        bool ok = false;
+        const QByteArray expected = writeRaw(reference, root.get(), &expectedOk);
+        const QByteArray actual = writeRaw(writer, root.get(), &ok);
+        IOTEST_COMPARE_BYTES(actual, expected);
+        QCOMPARE(ok, expectedOk);
+        QCOMPARE(writer.encode(root.get()), expectedOk ? expected : QByteArray());
+        if (!ok)
+            ++failed;
+    }
+    // The random texts reach the failing cases, yet most documents are written.
+    if (trees > 100) {
+        QVERIFY(failed > 0);
+        QVERIFY(failed < trees);
+    }
+}
+
+void TestWriterXml::valuesAsStreamWriter()
+{
+    // Each random text as a name, as the comment of a tag and of a comment line, and as the
+    // document type declaration, one document each.
+    // First the cases around surrogates: a pair parted only by characters that are dropped
+    // stays a pair; parted by markup, reversed or doubled it does not.
+    const QList<QString> chosen = {
+        QString::fromUtf16(u"a\xD83D\x01\xDE00" u"b"),
+        QString::fromUtf16(u"a\xD83D\xFFFE\x0B\xDE00"),
+        QString::fromUtf16(u"\xD83D<\xDE00"),
+        QString::fromUtf16(u"\xDE00\xD83D"),
+        QString::fromUtf16(u"ab\xD83D"),
+        QString::fromUtf16(u"\xD83D\xD83D\xDE00"),
+        QString::fromUtf16(u"\xD83D\xDE00\xDE00"),
+        QString::fromUtf16(u"\x0B\x0C\xFFFF\x7F"),
+        QString::fromUtf16(u"\t\n\r<&>\"'"),
+    };
+    RandomText random(2024);
+    int failed = 0;
+    for (int i = 0; i < 5000 + chosen.size(); ++i) {
+        const QString text = i < chosen.size() ? chosen.at(i) : random.text(24);
+        std::unique_ptr<Item> root(new Item);
+        root->type = Root;
+        root->comment = text;
+        Item *tag = add(root.get(), Tag, text, 0x1001, true);
+        tag->comment = text;
+        addComment(root.get(), Tag, text);
+        add(root.get(), Tag, QStringLiteral("After"), 0x1002, true)->comment = QStringLiteral("a<b");
+
+        StreamWriterReference reference;
+        WriterXml writer;
+        bool expectedOk = false;
+        bool ok = false;
+        const QByteArray expected = writeRaw(reference, root.get(), &expectedOk);
+        const QByteArray actual = writeRaw(writer, root.get(), &ok);
+        if (actual != expected || ok != expectedOk)
+            qWarning() << "text" << text;
+        IOTEST_COMPARE_BYTES(actual, expected);
+        QCOMPARE(ok, expectedOk);
+        if (!ok)
+            ++failed;
+    }
+    QVERIFY(failed > 0);
+}
+
+void TestWriterXml::refusedWrites()
+{
+    const auto root = makeRoot();
+    for (int i = 0; i < 2000; ++i)
+        addNumbered(root.get(), Tag, QStringLiteral("Name%1").arg(i), 0x1000 + i)->comment = QStringLiteral("comment");
+    WriterXml writer;
+    const QByteArray whole = writer.encode(root.get());
+    QVERIFY(whole.size() > 100000);
+
+    // Refused at once, after a first piece, and not at all.
+    const qint64 limits[] = { 0, whole.size() / 2, whole.size() };
+    for (qint64 limit : limits) {
+        RefusingDevice device(limit);
+        writer.device = &device;
+        const bool ok = writer.writeDefinitions(root.get());
+        writer.device = nullptr;
+        QCOMPARE(ok, limit == whole.size());
+        QVERIFY(whole.startsWith(device.taken));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestWriterXml)
