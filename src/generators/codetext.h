@@ -4,6 +4,7 @@
 // that a line is built without temporary strings.
 
 #include "item.h"
+#include "writer.h"
 
 #include <QString>
 
@@ -25,9 +26,9 @@ inline void appendJustified(QString &out, const QString &text, qsizetype width)
     padFrom(out, start, width);
 }
 
-/// The C format of the bit masks of a bit list: as many hexadecimal digits as the highest
-/// valid bit number needs, in steps of one digit up to six, then eight (there is no seven).
-inline const char *maskFormat(const Item *bits)
+/// The number of hexadecimal digits of the bit masks of a bit list: as many as the highest valid
+/// bit number needs, in steps of one digit up to six, then eight (there is no seven).
+inline int maskDigits(const Item *bits)
 {
     quint64 highest = 0;
     for (const Item *bit : bits->children) {
@@ -35,23 +36,79 @@ inline const char *maskFormat(const Item *bits)
             highest = bit->id;
     }
     if (highest <= 7)
-        return "0x%02X";
+        return 2;
     if (highest <= 11)
-        return "0x%03X";
+        return 3;
     if (highest <= 15)
-        return "0x%04X";
+        return 4;
     if (highest <= 19)
-        return "0x%05X";
+        return 5;
     if (highest <= 23)
-        return "0x%06X";
-    return "0x%08X";
+        return 6;
+    return 8;
 }
 
-/// The mask of a bit in the given format: the low 32 bits of 1 shifted by the bit number
-/// modulo 64, so bits 32 to 63 give a mask of zero. Kept that way for compatibility.
-inline QString maskText(const char *format, quint64 bitNumber)
+/// The mask of a bit: "0x" and at least `digits` upper-case hexadecimal digits of the low 32 bits
+/// of 1 shifted by the bit number modulo 64, so bits 32 to 63 give a mask of zero. Kept that way
+/// for compatibility.
+inline QString maskText(int digits, quint64 bitNumber)
 {
-    return QString::asprintf(format, unsigned(quint32(quint64(1) << (bitNumber % 64))));
+    quint32 mask = quint32(quint64(1) << (bitNumber % 64));
+    char16_t buffer[2 + 8];
+    char16_t *const end = buffer + 10;
+    char16_t *begin = end;
+    do {
+        *--begin = u"0123456789ABCDEF"[mask & 0xF];
+        mask >>= 4;
+    } while (mask);
+    while (end - begin < digits)
+        *--begin = u'0';
+    *--begin = u'x';
+    *--begin = u'0';
+    return QString(reinterpret_cast<const QChar *>(begin), end - begin);
+}
+
+/// Appends the decimal digits of `value` (with a minus sign when negative), as QString::number
+/// writes them, without a temporary string.
+inline void appendDecimal(QString &out, qint64 value)
+{
+    char16_t buffer[20];
+    char16_t *const end = buffer + 20;
+    char16_t *begin = end;
+    quint64 magnitude = value < 0 ? quint64(0) - quint64(value) : quint64(value);
+    do {
+        *--begin = char16_t(u'0' + magnitude % 10);
+        magnitude /= 10;
+    } while (magnitude);
+    if (value < 0)
+        *--begin = u'-';
+    out.append(reinterpret_cast<const QChar *>(begin), end - begin);
+}
+
+/// Appends the decimal digits of `value`.
+inline void appendDecimal(QString &out, quint64 value)
+{
+    char16_t buffer[20];
+    char16_t *const end = buffer + 20;
+    char16_t *begin = end;
+    do {
+        *--begin = char16_t(u'0' + value % 10);
+        value /= 10;
+    } while (value);
+    out.append(reinterpret_cast<const QChar *>(begin), end - begin);
+}
+
+/// Output is handed to the device whenever this many characters have gathered, so that a large
+/// output never stands in memory as a whole before it is encoded.
+constexpr qsizetype flushSize = 32 * 1024;
+
+/// Writes `out` to the writer's device once it holds `flushSize` characters, and empties it.
+inline void flushIfLarge(Writer &writer, QString &out)
+{
+    if (out.size() >= flushSize) {
+        writer.write(out);
+        out.resize(0);
+    }
 }
 
 } // namespace ZAT16::CodeText

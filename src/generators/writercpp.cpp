@@ -12,8 +12,9 @@ void WriterCpp::writeFixed(const char *text)
     m_text += QLatin1String(text);
 }
 
-void WriterCpp::writeEntry(const QString &name, const QString &value)
+void WriterCpp::beginEntry(const QString &name)
 {
+    CodeText::flushIfLarge(*this, m_text);
     m_text += QLatin1Char('\n');
     m_text += outerIndent;
     m_text += innerIndent;
@@ -23,18 +24,19 @@ void WriterCpp::writeEntry(const QString &name, const QString &value)
     m_text += nameSuffix;
     CodeText::padFrom(m_text, start, 50 - innerIndent.size());
     m_text += QLatin1String(" = ");
-    m_text += value;
-    m_text += QLatin1Char(',');
 }
 
 void WriterCpp::writeTag(const Item *tag)
 {
-    writeEntry(tag->name, tag2hex(quint32(tag->id)));
+    beginEntry(tag->name);
+    appendTag2hex(m_text, quint32(tag->id));
+    m_text += QLatin1Char(',');
 }
 
 bool WriterCpp::writeDefinitions(const Item *root)
 {
     m_text.clear();
+    m_text.reserve(CodeText::flushSize + 1024);
     const bool standardFrame = prologue.isEmpty() && epilogue.isEmpty();
     if (standardFrame)
         m_text += QLatin1String("#ifndef ZAT16_ENUMS_H  /* Automagically generated -- do not edit */\n"
@@ -74,7 +76,6 @@ bool WriterCpp::writeDefinitions(const Item *root)
 
     const bool hasTags = root && !root->children.isEmpty();
     const TagListing listing(hasTags ? root : nullptr);
-    m_text.reserve(m_text.size() + (listing.pairs().size() + listing.nested().size() + listing.plain().size()) * 80);
     for (const QList<const Item *> *pass : {&listing.pairs(), &listing.nested()}) {
         for (const Item *tag : *pass)
             writeTag(tag);
@@ -112,7 +113,12 @@ bool WriterCpp::writeDefinitions(const Item *root)
                     writeFixed("    enum T {");
                     any = true;
                 }
-                writeEntry(value->name, count ? QString::number(value->id) : value->formatId());
+                beginEntry(value->name);
+                if (count)
+                    CodeText::appendDecimal(m_text, value->id);
+                else
+                    value->appendId(m_text);
+                m_text += QLatin1Char(',');
             }
             if (!any)
                 continue;
@@ -137,7 +143,7 @@ bool WriterCpp::writeDefinitions(const Item *root)
             const Item *bits = tag->findInTagByItemType(Bits);
             if (!bits || bits->children.isEmpty())
                 continue;
-            const char *format = CodeText::maskFormat(bits);
+            const int digits = CodeText::maskDigits(bits);
             // Bit numbers in <tag>Bits, then masks in a namespace named after the tag itself.
             for (int group = 0; group < 2; ++group) {
                 bool any = false;
@@ -152,7 +158,12 @@ bool WriterCpp::writeDefinitions(const Item *root)
                         writeFixed("    enum T {");
                         any = true;
                     }
-                    writeEntry(bit->name, group == 0 ? QString::number(bit->id) : CodeText::maskText(format, bit->id));
+                    beginEntry(bit->name);
+                    if (group == 0)
+                        CodeText::appendDecimal(m_text, bit->id);
+                    else
+                        m_text += CodeText::maskText(digits, bit->id);
+                    m_text += QLatin1Char(',');
                 }
                 if (any) {
                     m_text += QLatin1Char('\n');

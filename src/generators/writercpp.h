@@ -18,8 +18,9 @@ public:
     void writeTag(const Item *tag);
 
 private:
-    /// Appends "\n" + indents + "    " + `name` and the suffix padded + " = " + `value` + ",".
-    void writeEntry(const QString &name, const QString &value);
+    /// Appends "\n" + indents + "    " + `name` and the suffix padded + " = "; the value and ","
+    /// follow.
+    void beginEntry(const QString &name);
     /// Appends the outer indent and the fixed text `text`. (A free operator+(QString, const
     /// char *) for this would be ambiguous with Qt's own.)
     void writeFixed(const char *text);

@@ -22,6 +22,14 @@ void WriterCppLut::writeNameLutHeader(const QString &name, int type)
 
 void WriterCppLut::writeNameValue(const QString &name, const QString &value)
 {
+    beginNameValue(name);
+    m_text += value;
+    m_text += QLatin1String(" },");
+}
+
+void WriterCppLut::beginNameValue(const QString &name)
+{
+    CodeText::flushIfLarge(*this, m_text);
     m_text += QLatin1Char('\n');
     m_text += outerIndent;
     m_text += innerIndent;
@@ -33,14 +41,14 @@ void WriterCppLut::writeNameValue(const QString &name, const QString &value)
     m_text += QLatin1String("\",");
     CodeText::padFrom(m_text, start, 50 - innerIndent.size());
     m_text += QLatin1Char(' ');
-    m_text += value;
-    m_text += QLatin1String(" },");
 }
 
 void WriterCppLut::writeName(const Item *tag)
 {
     const quint32 code = quint32(tag->id);
-    writeNameValue(tag->name, tag2hex(code));
+    beginNameValue(tag->name);
+    appendTag2hex(m_text, code);
+    m_text += QLatin1String(" },");
     // Codes with 10 or 11 in the type nibble have no type name: the comment stays empty.
     m_text += QLatin1String(" // ");
     m_text += typeName(code);
@@ -54,11 +62,22 @@ void WriterCppLut::writeTagLutHeader()
 
 void WriterCppLut::writeTag(const QString &code, const QString &name)
 {
+    beginTagRow();
+    m_text += code;
+    endTagRow(name);
+}
+
+void WriterCppLut::beginTagRow()
+{
+    CodeText::flushIfLarge(*this, m_text);
     m_text += QLatin1Char('\n');
     m_text += outerIndent;
     m_text += innerIndent;
     m_text += QLatin1String("  { ");
-    m_text += code;
+}
+
+void WriterCppLut::endTagRow(const QString &name)
+{
     m_text += QLatin1String(", ");
     const qsizetype start = m_text.size();
     m_text += QLatin1String("nameLookup");
@@ -69,7 +88,9 @@ void WriterCppLut::writeTag(const QString &code, const QString &name)
 
 void WriterCppLut::writeTag(const Item *tag)
 {
-    writeTag(tag2hex(quint32(tag->id)), tag->name);
+    beginTagRow();
+    appendTag2hex(m_text, quint32(tag->id));
+    endTagRow(tag->name);
 }
 
 void WriterCppLut::writeLutFooter()
@@ -83,6 +104,7 @@ void WriterCppLut::writeLutFooter()
 bool WriterCppLut::writeDefinitions(const Item *root)
 {
     m_text.clear();
+    m_text.reserve(CodeText::flushSize + 1024);
     const bool standardFrame = prologue.isEmpty() && epilogue.isEmpty();
     if (standardFrame)
         m_text += QLatin1String("#ifndef ZAT16_LOOKUP_H  /* Automagically generated -- do not edit */\n"
@@ -96,7 +118,6 @@ bool WriterCppLut::writeDefinitions(const Item *root)
     const bool hasTags = root && !root->children.isEmpty();
     if (hasTags) {
         const TagListing listing(root);
-        m_text.reserve((listing.pairs().size() + listing.nested().size() + listing.plain().size()) * 120);
         for (const QList<const Item *> *pass : { &listing.pairs(), &listing.nested(), &listing.plain() }) {
             for (const Item *tag : *pass)
                 writeName(tag);
@@ -124,7 +145,12 @@ bool WriterCppLut::writeDefinitions(const Item *root)
                     writeNameLutHeader(tag->name, 1);
                     any = true;
                 }
-                writeNameValue(value->name, count ? QString::number(value->id) : value->formatId());
+                beginNameValue(value->name);
+                if (count)
+                    CodeText::appendDecimal(m_text, value->id);
+                else
+                    value->appendId(m_text);
+                m_text += QLatin1String(" },");
             }
             if (any) {
                 m_text += QLatin1Char('\n');
@@ -146,7 +172,9 @@ bool WriterCppLut::writeDefinitions(const Item *root)
                     writeNameLutHeader(tag->name, 2);
                     any = true;
                 }
-                writeNameValue(bit->name, QString::number(bit->id));
+                beginNameValue(bit->name);
+                CodeText::appendDecimal(m_text, bit->id);
+                m_text += QLatin1String(" },");
             }
             if (any) {
                 m_text += QLatin1Char('\n');

@@ -31,6 +31,12 @@ public:
     void writeLutFooter();
 
 private:
+    /// writeNameValue() up to the value, which follows with " },".
+    void beginNameValue(const QString &name);
+    /// writeTag() up to the code, and after it.
+    void beginTagRow();
+    void endTagRow(const QString &name);
+
     QString m_text; ///< the output of the running writeDefinitions()
 };
 

@@ -6,8 +6,9 @@
 
 namespace ZAT16 {
 
-void WriterCs::writeEntry(const QString &name, const QString &value)
+void WriterCs::beginEntry(const QString &name)
 {
+    CodeText::flushIfLarge(*this, m_text);
     m_text += QLatin1Char('\n');
     m_text += outerIndent;
     m_text += innerIndent;
@@ -16,13 +17,13 @@ void WriterCs::writeEntry(const QString &name, const QString &value)
     m_text += nameSuffix;
     CodeText::padFrom(m_text, start, 50 - innerIndent.size());
     m_text += QLatin1String(" = ");
-    m_text += value;
-    m_text += QLatin1Char(',');
 }
 
 void WriterCs::writeTag(const Item *tag)
 {
-    writeEntry(tag->name, tag2hex(quint32(tag->id)));
+    beginEntry(tag->name);
+    appendTag2hex(m_text, quint32(tag->id));
+    m_text += QLatin1Char(',');
 }
 
 void WriterCs::writeEnumHeader(const QString &name, const char *suffix)
@@ -47,6 +48,7 @@ void WriterCs::writeEnumFooter()
 bool WriterCs::writeDefinitions(const Item *root)
 {
     m_text.clear();
+    m_text.reserve(CodeText::flushSize + 1024);
     m_text += prologue;
     m_text += outerIndent;
     m_text += QLatin1String("public enum TagID\n");
@@ -56,7 +58,6 @@ bool WriterCs::writeDefinitions(const Item *root)
     const bool hasTags = root && !root->children.isEmpty();
     if (hasTags) {
         const TagListing listing(root);
-        m_text.reserve((listing.pairs().size() + listing.nested().size() + listing.plain().size()) * 70);
         for (const QList<const Item *> *pass : { &listing.pairs(), &listing.nested(), &listing.plain() }) {
             for (const Item *tag : *pass)
                 writeTag(tag);
@@ -84,7 +85,12 @@ bool WriterCs::writeDefinitions(const Item *root)
                     writeEnumHeader(tag->name, "Enums");
                     any = true;
                 }
-                writeEntry(value->name, count ? QString::number(value->id) : value->formatId());
+                beginEntry(value->name);
+                if (count)
+                    CodeText::appendDecimal(m_text, value->id);
+                else
+                    value->appendId(m_text);
+                m_text += QLatin1Char(',');
             }
             if (any)
                 writeEnumFooter();
@@ -96,7 +102,7 @@ bool WriterCs::writeDefinitions(const Item *root)
             const Item *bits = tag->findInTagByItemType(Bits);
             if (!bits || bits->children.isEmpty())
                 continue;
-            const char *format = CodeText::maskFormat(bits);
+            const int digits = CodeText::maskDigits(bits);
             for (int group = 0; group < 2; ++group) {
                 bool any = false;
                 for (const Item *bit : bits->children) {
@@ -106,7 +112,12 @@ bool WriterCs::writeDefinitions(const Item *root)
                         writeEnumHeader(tag->name, group == 0 ? "Bits" : "Masks");
                         any = true;
                     }
-                    writeEntry(bit->name, group == 0 ? QString::number(bit->id) : CodeText::maskText(format, bit->id));
+                    beginEntry(bit->name);
+                    if (group == 0)
+                        CodeText::appendDecimal(m_text, bit->id);
+                    else
+                        m_text += CodeText::maskText(digits, bit->id);
+                    m_text += QLatin1Char(',');
                 }
                 if (any)
                     writeEnumFooter();

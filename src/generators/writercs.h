@@ -17,8 +17,8 @@ public:
     void writeTag(const Item *tag);
 
 private:
-    /// Appends "\n" + indents + `name` and the suffix padded + " = " + `value` + ",".
-    void writeEntry(const QString &name, const QString &value);
+    /// Appends "\n" + indents + `name` and the suffix padded + " = "; the value and "," follow.
+    void beginEntry(const QString &name);
     /// Appends "\n" + outer indent + "public enum " + `name` + "\n" + outer indent + "{".
     void writeEnumHeader(const QString &name, const char *suffix);
     /// Appends "\n" + outer indent + "}\n".

@@ -36,20 +36,20 @@ constexpr int NameWidth = 45;
 
 namespace ZAT16 {
 
-void WriterHeader::writeMacro(std::initializer_list<QStringView> parts, int width, const QString &value)
+void WriterHeader::beginMacro(std::initializer_list<QStringView> parts, int width)
 {
+    CodeText::flushIfLarge(*this, m_text);
     m_text += QLatin1String("#define ");
     const qsizetype start = m_text.size();
     for (QStringView part : parts)
         m_text += part;
     CodeText::padFrom(m_text, start, width);
     m_text += QLatin1Char(' ');
-    m_text += value;
-    m_text += QLatin1Char('\n');
 }
 
 void WriterHeader::writeTag(const ItemData &tag, const QString &prefix)
 {
+    CodeText::flushIfLarge(*this, m_text);
     const quint32 code = quint32(tag.id);
     m_text += QLatin1String("#define ");
     const qsizetype start = m_text.size();
@@ -58,7 +58,7 @@ void WriterHeader::writeTag(const ItemData &tag, const QString &prefix)
     m_text += tag.name;
     CodeText::padFrom(m_text, start, NameWidth);
     m_text += QLatin1Char(' ');
-    m_text += tag2hex(code);
+    appendTag2hex(m_text, code);
     const QString type = typeName(code);
     if (!type.isEmpty()) {
         m_text += QLatin1String("  /* ");
@@ -71,14 +71,13 @@ void WriterHeader::writeTag(const ItemData &tag, const QString &prefix)
 bool WriterHeader::writeDefinitions(const Item *root)
 {
     m_text.clear();
+    m_text.reserve(CodeText::flushSize + 1024);
     m_text += QLatin1String(opening);
 
     if (root && !root->children.isEmpty()) {
         const TagListing listing(root);
         const QString msg = QStringLiteral("MSG");
         const QString tagPrefix = QStringLiteral("TAG");
-        m_text.reserve(
-            m_text.size() + (listing.pairs().size() + listing.nested().size() + listing.plain().size()) * 80);
         for (const Item *tag : listing.pairs())
             writeTag(*tag, msg);
         if (!listing.pairs().isEmpty())
@@ -106,13 +105,19 @@ bool WriterHeader::writeDefinitions(const Item *root)
             for (const Item *value : enums->children) {
                 if (!value->isValid(Enum) || value->name.isEmpty())
                     continue;
-                writeMacro({ enu, tag->name, underscore, value->name },
-                    NameWidth,
-                    count ? QString::number(value->id) : value->formatId());
+                beginMacro({ enu, tag->name, underscore, value->name }, NameWidth);
+                if (count)
+                    CodeText::appendDecimal(m_text, value->id);
+                else
+                    value->appendId(m_text);
+                m_text += QLatin1Char('\n');
             }
             // One column wider than every other macro, as the header always had it.
-            if (count)
-                writeMacro({ cnt, tag->name }, NameWidth + 1, QString::number(count));
+            if (count) {
+                beginMacro({ cnt, tag->name }, NameWidth + 1);
+                CodeText::appendDecimal(m_text, qint64(count));
+                m_text += QLatin1Char('\n');
+            }
             m_text += QLatin1Char('\n');
         }
 
@@ -125,16 +130,20 @@ bool WriterHeader::writeDefinitions(const Item *root)
             if (!bits)
                 continue;
             if (!bits->children.isEmpty()) {
-                const char *format = CodeText::maskFormat(bits);
+                const int digits = CodeText::maskDigits(bits);
                 for (const Item *bit : bits->children) {
-                    if (bit->isValid(Bit) && !bit->name.isEmpty())
-                        writeMacro({ bitPrefix, tag->name, underscore, bit->name }, NameWidth, bit->formatId());
+                    if (bit->isValid(Bit) && !bit->name.isEmpty()) {
+                        beginMacro({ bitPrefix, tag->name, underscore, bit->name }, NameWidth);
+                        bit->appendId(m_text);
+                        m_text += QLatin1Char('\n');
+                    }
                 }
                 for (const Item *bit : bits->children) {
-                    if (bit->isValid(Bit) && !bit->name.isEmpty())
-                        writeMacro({ mskPrefix, tag->name, underscore, bit->name },
-                            NameWidth,
-                            CodeText::maskText(format, bit->id));
+                    if (bit->isValid(Bit) && !bit->name.isEmpty()) {
+                        beginMacro({ mskPrefix, tag->name, underscore, bit->name }, NameWidth);
+                        m_text += CodeText::maskText(digits, bit->id);
+                        m_text += QLatin1Char('\n');
+                    }
                 }
             }
             m_text += QLatin1Char('\n');

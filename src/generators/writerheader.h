@@ -21,8 +21,9 @@ public:
     void writeTag(const ItemData &tag, const QString &prefix);
 
 private:
-    /// Appends "#define " + the name made of `parts`, padded to `width`, + " " + `value`.
-    void writeMacro(std::initializer_list<QStringView> parts, int width, const QString &value);
+    /// Appends "#define " + the name made of `parts`, padded to `width`, + " "; the value and the
+    /// line break follow.
+    void beginMacro(std::initializer_list<QStringView> parts, int width);
 
     QString m_text; ///< the output of the running writeDefinitions()
 };

@@ -14,11 +14,12 @@ namespace ZAT16 {
 
 void WriterLua::writeTag(const ItemData &tag)
 {
+    CodeText::flushIfLarge(*this, m_text);
     const quint32 code = quint32(tag.id);
     m_text += QLatin1String("\n  ");
     CodeText::appendJustified(m_text, tag.name, KeyWidth);
     m_text += QLatin1String(" = ");
-    m_text += tag2hex(code);
+    appendTag2hex(m_text, code);
     m_text += QLatin1Char(',');
     const QString type = typeName(code);
     if (!type.isEmpty()) {
@@ -28,23 +29,24 @@ void WriterLua::writeTag(const ItemData &tag)
     }
 }
 
-void WriterLua::writeEntry(const QString &key, const QString &value)
+void WriterLua::beginEntry(QStringView key)
 {
+    CodeText::flushIfLarge(*this, m_text);
     m_text += QLatin1String("  ");
-    CodeText::appendJustified(m_text, key, KeyWidth);
+    const qsizetype start = m_text.size();
+    m_text += key;
+    CodeText::padFrom(m_text, start, KeyWidth);
     m_text += QLatin1String(" = ");
-    m_text += value;
-    m_text += QLatin1String(",\n");
 }
 
 bool WriterLua::writeDefinitions(const Item *root)
 {
     m_text.clear();
+    m_text.reserve(CodeText::flushSize + 1024);
     m_text += QLatin1String("\n-- Automagically generated -- do not edit\n\nzat16.lutTag = {");
     const bool hasTags = root && !root->children.isEmpty();
     if (hasTags) {
         const TagListing listing(root);
-        m_text.reserve((listing.pairs().size() + listing.nested().size() + listing.plain().size()) * 80);
         // Each entry starts its own line, so the "\n" after a pass ends the pass's last line
         // and the next pass begins with an empty line.
         for (const QList<const Item *> *pass : { &listing.pairs(), &listing.nested(), &listing.plain() }) {
@@ -70,14 +72,20 @@ bool WriterLua::writeDefinitions(const Item *root)
             for (const Item *value : enums->children) {
                 if (!value->hasId)
                     continue;
-                const QString number = count ? QString::number(value->id) : value->formatId();
                 if (!value->name.isEmpty()) {
-                    writeEntry(value->name, number);
+                    beginEntry(value->name);
                 } else if (!value->comment.isEmpty()) {
                     // A nameless value is keyed by its comment, as a string key that keeps the
                     // comment's double quotes: ['"comment"'].
-                    writeEntry(QLatin1String("['\"") + value->comment + QLatin1String("\"']"), number);
+                    beginEntry(QLatin1String("['\"") + value->comment + QLatin1String("\"']"));
+                } else {
+                    continue;
                 }
+                if (count)
+                    CodeText::appendDecimal(m_text, value->id);
+                else
+                    value->appendId(m_text);
+                m_text += QLatin1String(",\n");
             }
             m_text += QLatin1String("}\n\n");
         }
@@ -96,7 +104,9 @@ bool WriterLua::writeDefinitions(const Item *root)
                     continue;
                 // 32-bit signed arithmetic: bit 31 is negative and bit 32 wraps round to 1.
                 const qint32 mask = qint32(quint32(1) << (bit->id % 32));
-                writeEntry(bit->name, QString::number(mask));
+                beginEntry(bit->name);
+                CodeText::appendDecimal(m_text, qint64(mask));
+                m_text += QLatin1String(",\n");
             }
             m_text += QLatin1String("}\n\n");
         }

@@ -2,6 +2,8 @@
 
 #include "writer.h"
 
+#include <QStringView>
+
 namespace ZAT16 {
 
 struct ItemData;
@@ -17,8 +19,8 @@ public:
     void writeTag(const ItemData &tag);
 
 private:
-    /// Appends "  " + `key` padded to 50 + " = " + `value` + ",\n".
-    void writeEntry(const QString &key, const QString &value);
+    /// Appends "  " + `key` padded to 50 + " = "; the value and ",\n" follow.
+    void beginEntry(QStringView key);
 
     QString m_text; ///< the output of the running writeDefinitions()
 };
