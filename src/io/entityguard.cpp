@@ -26,7 +26,7 @@ const Pattern patterns[] = {
     {utf32le, sizeof(utf32le)},
     {utf32be, sizeof(utf32be)},
 };
-constexpr int longest = 32;
+constexpr int longest = EntityGuard::longestPattern;
 
 } // namespace
 
@@ -34,7 +34,9 @@ EntityGuard::EntityGuard(QIODevice *source, QObject *parent)
     : QIODevice(parent)
     , m_source(source)
 {
-    open(QIODevice::ReadOnly);
+    // The reader's reads go straight to the source: a buffer here would only copy the bytes once
+    // more.
+    open(QIODevice::ReadOnly | QIODevice::Unbuffered);
 }
 
 qint64 EntityGuard::bytesAvailable() const
@@ -133,6 +135,25 @@ bool EntityGuard::scanDecoded(const char *data, qint64 size)
     return true;
 }
 
+// Whether `size` bytes at `begin` hold one of the patterns. Every pattern contains a '<' byte
+// within its first four bytes; the patterns are looked for only there.
+static bool holdsPattern(const char *begin, qint64 size)
+{
+    const char *end = begin + size;
+    for (const char *p = begin; (p = static_cast<const char *>(std::memchr(p, '<', size_t(end - p)))); ++p) {
+        // In every pattern the '<' is followed by '!' (8-bit) or by a zero byte.
+        if (p + 1 < end && p[1] != '!' && p[1] != 0)
+            continue;
+        for (const Pattern &pattern : patterns) {
+            // The '<' is at offset 0, 1 or 3 of a pattern.
+            const char *at = p - (pattern.bytes[0] == '<' ? 0 : pattern.bytes[1] == '<' ? 1 : 3);
+            if (at >= begin && end - at >= pattern.size && std::memcmp(at, pattern.bytes, size_t(pattern.size)) == 0)
+                return true;
+        }
+    }
+    return false;
+}
+
 bool EntityGuard::scan(const char *data, qint64 size)
 {
     if (!m_sniffed)
@@ -140,20 +161,28 @@ bool EntityGuard::scan(const char *data, qint64 size)
     if (m_decoder.isValid() && !scanDecoded(data, size))
         return false;
 
-    // Every pattern contains a '<' byte within its first four bytes; look for the patterns only
-    // there, over the tail of the previous chunk followed by this one.
-    QByteArray window = m_tail;
-    window.append(data, size);
-    const char *begin = window.constData();
-    const char *end = begin + window.size();
-    for (const char *p = begin; (p = static_cast<const char *>(std::memchr(p, '<', size_t(end - p)))); ++p) {
-        for (const Pattern &pattern : patterns) {
-            // The '<' is at offset 0, 1 or 3 of a pattern.
-            const char *at = p - (pattern.bytes[0] == '<' ? 0 : pattern.bytes[1] == '<' ? 1 : 3);
-            if (at >= begin && end - at >= pattern.size && std::memcmp(at, pattern.bytes, size_t(pattern.size)) == 0)
-                return false;
-        }
+    // A pattern that begins in the end of the previous chunk ends within the first bytes of
+    // this one; those are looked at together. The chunk itself is scanned where it lies.
+    if (m_tailSize > 0) {
+        char seam[2 * longest];
+        const qint64 head = qMin<qint64>(size, longest - 1);
+        std::memcpy(seam, m_tail, size_t(m_tailSize));
+        std::memcpy(seam + m_tailSize, data, size_t(head));
+        if (holdsPattern(seam, m_tailSize + head))
+            return false;
     }
-    m_tail = window.right(longest);
+    if (holdsPattern(data, size))
+        return false;
+
+    // Keep the last bytes of the previous chunks followed by this one.
+    if (size >= longest) {
+        std::memcpy(m_tail, data + size - longest, longest);
+        m_tailSize = longest;
+    } else {
+        const int keep = int(qMin<qint64>(m_tailSize, longest - size));
+        std::memmove(m_tail, m_tail + m_tailSize - keep, size_t(keep));
+        std::memcpy(m_tail + keep, data, size_t(size));
+        m_tailSize = keep + int(size);
+    }
     return true;
 }

@@ -33,8 +33,14 @@ private:
     bool scanDecoded(const char *data, qint64 size);
     void sniffEncoding(const QByteArray &start);
 
+public:
+    /// The length of the longest byte pattern of "<!ENTITY" (UTF-32).
+    static constexpr int longestPattern = 32;
+
+private:
     QIODevice *m_source;
-    QByteArray m_tail; ///< the end of the previous chunk, for declarations split between reads
+    char m_tail[longestPattern]; ///< the end of the previous chunks, for declarations split between reads
+    int m_tailSize = 0;
     bool m_tripped = false;
     bool m_sniffed = false;
     QStringDecoder m_decoder; ///< for a declared encoding that spells "<" unlike ASCII
