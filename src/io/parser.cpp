@@ -1,5 +1,7 @@
 #include "parser.h"
 
+#include <cstring>
+
 namespace ZAT16 {
 
 namespace {
@@ -32,6 +34,51 @@ ItemType elementType(QStringView name)
 bool isDecimalDisplay(const DisplayMode &display)
 {
     return display.mode == 1 || display.mode == 2 || (display.mode == 0 && display.digits != 0);
+}
+
+// Whether `text` is `literal`, whose length the caller has checked already.
+template<std::size_t N>
+bool sameText(QStringView text, const char16_t (&literal)[N])
+{
+    return std::memcmp(text.utf16(), literal, (N - 1) * sizeof(char16_t)) == 0;
+}
+
+// The notations of nearly every id, read without Qt's general conversion: decimal digits without
+// a leading zero, and "0x" or "0X" with hexadecimal digits, both too short to overflow. The value
+// is the one QStringView::toLongLong(&ok, 0) gives; false leaves the text to it.
+bool readPlainNumber(QStringView t, quint64 *value)
+{
+    const qsizetype n = t.size();
+    if (n == 0)
+        return false;
+    quint64 result = 0;
+    if (n >= 3 && n <= 17 && t.at(0) == u'0' && (t.at(1) == u'x' || t.at(1) == u'X')) {
+        for (qsizetype i = 2; i < n; ++i) {
+            const char16_t c = t.at(i).unicode();
+            unsigned digit;
+            if (c >= u'0' && c <= u'9')
+                digit = c - u'0';
+            else if (c >= u'A' && c <= u'F')
+                digit = c - u'A' + 10;
+            else if (c >= u'a' && c <= u'f')
+                digit = c - u'a' + 10;
+            else
+                return false;
+            result = result * 16 + digit;
+        }
+        *value = result;
+        return true;
+    }
+    if (n > 18 || (n > 1 && t.at(0) == u'0'))
+        return false;
+    for (qsizetype i = 0; i < n; ++i) {
+        const char16_t c = t.at(i).unicode();
+        if (c < u'0' || c > u'9')
+            return false;
+        result = result * 10 + (c - u'0');
+    }
+    *value = result;
+    return true;
 }
 
 // Reads an "id" in the notations the writer produces and in C notation: "0x"/"0X" hexadecimal,
@@ -83,6 +130,8 @@ bool parseId(QStringView text, bool decimal, quint64 *value)
         return true;
     }
 
+    if (readPlainNumber(t, value))
+        return true;
     bool ok = false;
     const qint64 s = t.toLongLong(&ok, 0);
     if (ok) {
@@ -131,6 +180,7 @@ bool Parser::parser()
     dtd = QString();
     m_siblings.clear();
     m_open.clear();
+    m_texts.clear();
     m_depth = 0;
 
     if (readNext(SkipCommentsAndWhitespace) != StartDocument) {
@@ -147,6 +197,7 @@ bool Parser::parser()
         root->comment = dtd;
     dtd = QString();
     m_siblings.clear();
+    m_texts.clear();
 
     if (hasError()) {
         delete root;
@@ -222,8 +273,6 @@ bool Parser::addElement(Item *parent, ItemType type)
         root = item;
         root->comment = dtd;
     }
-    const QString rawId = attributes().value(attrId).toString();
-
     auto fail = [&]() {
         if (item != root)
             delete item;
@@ -232,6 +281,13 @@ bool Parser::addElement(Item *parent, ItemType type)
 
     if (!parseElementAttributes(item))
         return fail();
+    // The raw text of the id, for the duplicate-number warning, which is given after the
+    // children are read; whether it will be given is known now already (reading the children
+    // does not change the list that holds the item).
+    const bool doubleNumber = type != Tag && parent && item->hasId && hasSiblingId(parent, quint64(quint32(item->id)));
+    QString rawId;
+    if (doubleNumber)
+        rawId = attributes().value(attrId).toString();
     if (verbose)
         item->dump(0);
     // Known elements have the same nesting limit as skipped ones, so that no input can make the
@@ -250,10 +306,9 @@ bool Parser::addElement(Item *parent, ItemType type)
     if (type != Tag) {
         if (parent) {
             // Same result as parent->findBut(id) and parent->findBut(name) on the list read so far.
-            const Siblings &siblings = m_siblings.last();
-            if (item->hasId && siblings.ids.contains(quint64(quint32(item->id))))
+            if (doubleNumber)
                 raiseWarning(QLatin1String("Double number ") + rawId);
-            if (!item->name.isEmpty() && siblings.names.contains(item->name))
+            if (!item->name.isEmpty() && hasSiblingName(parent, item->name))
                 raiseWarning(QLatin1String("Double name ") + item->name);
         }
     } else {
@@ -273,14 +328,18 @@ bool Parser::addElement(Item *parent, ItemType type)
 
     for (Item *child : std::as_const(item->children))
         trimNewlines(child);
+    // The list grew while it was read; a loaded file keeps it at its size.
+    item->children.squeeze();
 
     if (parent) {
         parent->appendChild(item);
         Siblings &siblings = m_siblings.last();
-        if (item->hasId)
-            siblings.ids.insert(item->id);
-        if (!item->name.isEmpty())
-            siblings.names.insert(item->name);
+        if (siblings.filled) {
+            if (item->hasId)
+                siblings.ids.insert(item->id);
+            if (!item->name.isEmpty())
+                siblings.names.insert(item->name);
+        }
         return true;
     }
     // A second top-level element is read and checked, then dropped.
@@ -289,25 +348,115 @@ bool Parser::addElement(Item *parent, ItemType type)
     return true;
 }
 
+// A short list is searched. A long one gets sets of the ids and names of its children, filled
+// once from the children read so far and kept up to date as the list grows, so that no input
+// makes the checks quadratic.
+Parser::Siblings &Parser::siblingSets(const Item *parent)
+{
+    Siblings &siblings = m_siblings.last();
+    if (!siblings.filled) {
+        for (const Item *child : parent->children) {
+            if (child->hasId)
+                siblings.ids.insert(child->id);
+            if (!child->name.isEmpty())
+                siblings.names.insert(child->name);
+        }
+        siblings.filled = true;
+    }
+    return siblings;
+}
+
+bool Parser::hasSiblingId(const Item *parent, quint64 id)
+{
+    if (!m_siblings.last().filled && parent->children.size() < shortList) {
+        for (const Item *child : parent->children) {
+            if (child->hasId && child->id == id)
+                return true;
+        }
+        return false;
+    }
+    return siblingSets(parent).ids.contains(id);
+}
+
+bool Parser::hasSiblingName(const Item *parent, const QString &name)
+{
+    if (!m_siblings.last().filled && parent->children.size() < shortList) {
+        // The names of everything but tags are shared: two of them are equal when they are the
+        // same string.
+        const qsizetype size = name.size();
+        for (const Item *child : parent->children) {
+            const QString &other = child->name;
+            if (other.size() == size && (other.constData() == name.constData() || (child->type == Tag && other == name)))
+                return true;
+        }
+        return false;
+    }
+    return siblingSets(parent).names.contains(name);
+}
+
 bool Parser::parseElementAttributes(ItemData *data)
 {
-    const QXmlStreamAttributes attrs = attributes();
-
-    if (attrs.hasAttribute(attrName)) {
-        const QString name = attrs.value(attrName).toString();
-        QString error;
-        if (!isValidIdentifier(name, &error)) {
-            raiseError(error);
-            return false;
+    // One pass over the attributes; the first of each name counts, as with
+    // QXmlStreamAttributes::value().
+    QStringView name;
+    QStringView comment;
+    QStringView id;
+    QStringView secure;
+    QStringView display;
+    const QXmlStreamAttributes &attrs = attributes();
+    for (const QXmlStreamAttribute &attribute : attrs) {
+        const QStringView key = attribute.qualifiedName();
+        QStringView *slot = nullptr;
+        switch (key.size()) {
+        case 2:
+            if (sameText(key, u"id"))
+                slot = &id;
+            break;
+        case 4:
+            if (sameText(key, u"name"))
+                slot = &name;
+            break;
+        case 6:
+            if (sameText(key, u"secure"))
+                slot = &secure;
+            break;
+        case 7:
+            if (sameText(key, u"comment"))
+                slot = &comment;
+            else if (sameText(key, u"display"))
+                slot = &display;
+            break;
+        default:
+            break;
         }
-        data->name = name;
+        if (slot && slot->isNull())
+            *slot = attribute.value();
     }
 
-    data->comment = attrs.value(attrComment).toString();
+    // Names and comments of values, bits and lists repeat from list to list; tag names are
+    // unique and tag comments mostly are.
+    const bool shareTexts = data->type != Tag;
+    if (!name.isNull()) {
+        // A shared name is checked the first time it is read as a name.
+        SharedText *shared = shareTexts && !name.isEmpty() ? &sharedEntry(name) : nullptr;
+        const QString text = shared ? shared->text : name.toString();
+        if (!shared || !shared->identifier) {
+            QString error;
+            if (!isValidIdentifier(text, &error)) {
+                raiseError(error);
+                return false;
+            }
+            if (shared)
+                shared->identifier = true;
+        }
+        data->name = text;
+    }
+
+    data->comment = shareTexts ? sharedText(comment) : comment.toString();
 
     // The display mode is read before the id: it decides how zero-padded digits are read.
-    if (attrs.hasAttribute(attrDisplay)) {
-        const QStringView text = attrs.value(attrDisplay);
+    if (!display.isNull()) {
+        const QStringView text = display;
         qsizetype i = 0;
         int digits = 0;
         while (i < text.size() && text.at(i) >= u'0' && text.at(i) <= u'9') {
@@ -340,25 +489,44 @@ bool Parser::parseElementAttributes(ItemData *data)
         }
     }
 
-    if (attrs.hasAttribute(attrId)) {
+    if (!id.isNull()) {
         // The display in effect for this element, as the tree inherits it: the open elements
         // around it are not linked to their parents yet, so they are walked here.
-        DisplayMode display = data->display;
-        for (qsizetype i = m_open.size() - 1; display.mode == 0 && i >= 0; --i) {
+        DisplayMode mode = data->display;
+        for (qsizetype i = m_open.size() - 1; mode.mode == 0 && i >= 0; --i) {
             if (m_open.at(i)->display.mode != 0)
-                display = m_open.at(i)->display;
+                mode = m_open.at(i)->display;
         }
-        if (!parseId(attrs.value(attrId), isDecimalDisplay(display), &data->id)) {
+        if (!parseId(id, isDecimalDisplay(mode), &data->id)) {
             raiseError(QStringLiteral("Invalid ID"));
             return false;
         }
         data->hasId = true;
     }
 
-    if (attrs.hasAttribute(attrSecure))
+    if (!secure.isNull())
         data->secure = parseBool(attrSecure);
 
     return true;
+}
+
+// One QString per distinct text in this parse: equal names and comments share their storage.
+QString Parser::sharedText(QStringView text)
+{
+    if (text.isEmpty())
+        return text.toString();
+    return sharedEntry(text).text;
+}
+
+Parser::SharedText &Parser::sharedEntry(QStringView text)
+{
+    const auto it = m_texts.find(text);
+    if (it != m_texts.end())
+        return it.value();
+    SharedText entry;
+    entry.text = text.toString();
+    const QStringView key(entry.text);
+    return m_texts.insert(key, std::move(entry)).value();
 }
 
 bool Parser::parseBool(const QString &attributeName)
@@ -417,7 +585,7 @@ void Parser::storeComment(Item *parent)
     if (!parent)
         return;
     Item *item = new Item;
-    item->comment = text().toString();
+    item->comment = sharedText(text());
     if (verbose)
         item->dump(0);
     appendComment(parent, item);

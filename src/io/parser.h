@@ -43,12 +43,28 @@ protected:
     void appendComment(Item *parent, Item *comment);
 
 private:
-    // What the list being read holds so far, for the duplicate number and name warnings.
+    // The ids and names of the children of a list being read, for the duplicate number and
+    // name warnings; filled only once the list is long.
     struct Siblings {
         QSet<quint64> ids;
         QSet<QString> names;
+        bool filled = false;
     };
+    static constexpr qsizetype shortList = 64;
+    Siblings &siblingSets(const Item *parent);
+    bool hasSiblingId(const Item *parent, quint64 id);
+    bool hasSiblingName(const Item *parent, const QString &name);
+
     QList<Siblings> m_siblings;
+    // A text shared by the items of this parse, and whether it passed as a name already.
+    struct SharedText {
+        QString text;
+        bool identifier = false;
+    };
+    /// The texts shared so far in this parse; each key views the text of its own value.
+    QHash<QStringView, SharedText> m_texts;
+    QString sharedText(QStringView text);
+    SharedText &sharedEntry(QStringView text);
     QList<const Item *> m_open; ///< the elements being read, outermost first
     int m_depth = 0; ///< nesting depth of the known elements being read
 };

@@ -5,6 +5,7 @@
 
 #include <QtTest>
 
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 
 #include <functional>
@@ -211,6 +212,10 @@ private slots:
     void doubleTagCodeAndName();
     void doubleTagCodeWithoutId();
     void doubleTagAcrossFile();
+    void doublesInListsLongAndShort_data();
+    void doublesInListsLongAndShort();
+    void equalTextsShared();
+    void idsAsQtConvertsThem();
 
     void blankLineBetweenTags_data();
     void blankLineBetweenTags();
@@ -849,6 +854,145 @@ void TestParser::doubleTagAcrossFile()
             + warningAt(5, 29, QStringLiteral("Double tag code 0x1002"))
             + warningAt(5, 29, QStringLiteral("Double tag name B")),
         "Root\n  Tag A id=0x1001\n    Tag B id=0x1002\n  Tag B id=0x1002\n");
+}
+
+// The message lines of the warnings, without their positions.
+QStringList warningMessages(const QString &warnings)
+{
+    QStringList messages;
+    for (const QString &line : warnings.split(QLatin1Char('\n'))) {
+        if (line.startsWith(QLatin1String("  ")))
+            messages << line.mid(2);
+    }
+    return messages;
+}
+
+void TestParser::doublesInListsLongAndShort_data()
+{
+    QTest::addColumn<int>("length");
+    QTest::addColumn<int>("names");
+    QTest::addColumn<int>("ids");
+
+    // Short lists are searched, long ones hashed; the results must not differ.
+    for (int length : { 2, 15, 16, 17, 63, 64, 65, 66, 130, 300 }) {
+        QTest::addRow("%d values, 7 names, 5 numbers", length) << length << 7 << 5;
+        QTest::addRow("%d values, all distinct", length) << length << length << length;
+        QTest::addRow("%d values, one name, distinct numbers", length) << length << 1 << length;
+    }
+}
+
+// Every value warns about a number or name that one of the values before it in its list (or a
+// misplaced tag there) already has, as findBut on the list read so far would find it.
+void TestParser::doublesInListsLongAndShort()
+{
+    QFETCH(int, length);
+    QFETCH(int, names);
+    QFETCH(int, ids);
+
+    struct Sibling {
+        QString name;
+        quint64 id;
+    };
+    QList<Sibling> seen;
+    QStringList expected;
+    QByteArray body;
+    for (int i = 0; i < length; ++i) {
+        // A tag inside the list is read with the values: its name and code count, also for the
+        // value after it that has the same name.
+        const QString name = i == length / 2 + 1 ? QStringLiteral("Tagged") : QStringLiteral("N%1").arg(i % names);
+        const quint64 id = quint64(i % ids);
+        if (i == length / 2) {
+            body += "      <tag name=\"Tagged\" id=\"0x" + QByteArray::number(id, 16) + "\"/>\n";
+            expected << QStringLiteral("Element <tag> not expected.");
+            seen.append({ QStringLiteral("Tagged"), id });
+        }
+        const QByteArray raw = i % 2 ? QByteArray::number(id) : "0x" + QByteArray::number(id, 16);
+        body += "      <enum name=\"" + name.toLatin1() + "\" id=\"" + raw + "\"/>\n";
+        bool doubleId = false;
+        bool doubleName = false;
+        for (const Sibling &sibling : std::as_const(seen)) {
+            doubleId = doubleId || sibling.id == id;
+            doubleName = doubleName || sibling.name == name;
+        }
+        if (doubleId)
+            expected << QStringLiteral("Double number ") + QString::fromLatin1(raw);
+        if (doubleName)
+            expected << QStringLiteral("Double name ") + name;
+        seen.append({ name, id });
+    }
+    const Result result = parseText("<zat16>\n  <tag name=\"T\" id=\"0x1001\">\n    <enums>\n" + body
+                                    + "    </enums>\n  </tag>\n</zat16>\n");
+    QVERIFY2(result.ok, qPrintable(result.error));
+    QCOMPARE(warningMessages(result.warnings), expected);
+}
+
+void TestParser::equalTextsShared()
+{
+    Parser parser;
+    QVERIFY(parser.parse(QByteArray("<zat16>\n"
+                                    "  <tag name=\"A\" id=\"0x1001\">\n"
+                                    "    <enums><enum name=\"On\" id=\"1\" comment=\"state\"/><enum name=\"Off\" id=\"0\"/></enums>\n"
+                                    "  </tag>\n"
+                                    "  <tag name=\"B\" id=\"0x1002\">\n"
+                                    "    <bits><bit name=\"On\" id=\"0\" comment=\"state\"/><bit name=\"Two\" id=\"1\"/></bits>\n"
+                                    "    <enums><enum name=\"On\" id=\"1\" comment=\"\"/></enums>\n"
+                                    "  </tag>\n"
+                                    "</zat16>\n")));
+    std::unique_ptr<Item> root(parser.takeRoot());
+    const Item *first = root->child(0)->child(0)->child(0);
+    const Item *bit = root->child(1)->child(0)->child(0);
+    const Item *second = root->child(1)->child(1)->child(0);
+    QCOMPARE(first->name, QStringLiteral("On"));
+    QCOMPARE(bit->name, QStringLiteral("On"));
+    QCOMPARE(second->name, QStringLiteral("On"));
+    // One string for the equal names and comments of the whole file.
+    QCOMPARE(bit->name.constData(), first->name.constData());
+    QCOMPARE(second->name.constData(), first->name.constData());
+    QCOMPARE(bit->comment.constData(), first->comment.constData());
+    // An empty comment attribute stays an empty, not a null, string; an absent one is null.
+    QVERIFY(!second->comment.isNull());
+    QVERIFY(second->comment.isEmpty());
+    QVERIFY(root->child(0)->child(0)->child(1)->comment.isNull());
+    // Each child list holds no more room than it needs.
+    QCOMPARE(root->child(1)->child(0)->children.capacity(), 2);
+    QCOMPARE(root->children.capacity(), root->children.size());
+    // Changing one leaves the others as they were.
+    root->child(1)->child(0)->child(0)->name = QStringLiteral("Changed");
+    QCOMPARE(first->name, QStringLiteral("On"));
+    QCOMPARE(second->name, QStringLiteral("On"));
+}
+
+// Without a display mode an id is read as C reads it: the signed 64-bit conversion of Qt with
+// base 0, else the unsigned one, else the document is refused.
+void TestParser::idsAsQtConvertsThem()
+{
+    QRandomGenerator random(31);
+    const QString digits = QStringLiteral("0123456789abcdefABCDEF");
+    for (int i = 0; i < 3000; ++i) {
+        QString text;
+        const int form = int(random.bounded(6u));
+        const int length = 1 + int(random.bounded(22u));
+        if (form <= 1)
+            text = form == 0 ? QStringLiteral("0x") : QStringLiteral("0X");
+        else if (form == 2)
+            text = QStringLiteral("-");
+        for (int k = 0; k < length; ++k)
+            text += digits.at(int(random.bounded(form <= 1 ? 22u : form == 5 ? 8u : 10u)));
+        bool ok = false;
+        quint64 expected = quint64(text.toLongLong(&ok, 0));
+        if (!ok)
+            expected = text.toULongLong(&ok, 0);
+
+        const Result result = parseText(inEnums("<enum name=\"V\" id=\"" + text.toLatin1() + "\"/>"));
+        if (!ok) {
+            QVERIFY2(!result.ok, qPrintable(text));
+            QVERIFY2(result.error.endsWith(QLatin1String("Invalid ID")), qPrintable(text + result.error));
+            continue;
+        }
+        QVERIFY2(result.ok, qPrintable(text + result.error));
+        QVERIFY2(result.tree.contains(QStringLiteral("Enum V id=0x") + QString::number(expected, 16).toUpper()),
+                 qPrintable(text + QLatin1Char('\n') + result.tree));
+    }
 }
 
 void TestParser::blankLineBetweenTags_data()
