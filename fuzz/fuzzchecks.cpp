@@ -219,10 +219,10 @@ namespace {
             // One or a few items missing or extra here, and the rest lines up again.
             bool lost = false;
             bool added = false;
-            for (int k = 1; k <= 3 && !lost && !added; ++k) {
+            for (int k = 1; k <= 3 && !lost; ++k)
                 lost = i + k < a.size() && sameData(a.at(i + k), b.at(i));
-                added = !lost && i + k < b.size() && sameData(a.at(i), b.at(i + k));
-            }
+            for (int k = 1; k <= 3 && !lost && !added; ++k)
+                added = i + k < b.size() && sameData(a.at(i), b.at(i + k));
             if (lost) {
                 *kind = itemLabel(a.at(i)) + QStringLiteral(" lost") + where;
                 *what
