@@ -13,8 +13,8 @@ class Item;
 /// with the same code is left out. Only valid tags are listed, except that the answer of a pair
 /// is the first child of the root that carries the answer code, whatever it is.
 ///
-/// Whether a request's answer exists is looked up in a hash of the root's codes built once, so
-/// the listing is linear in the number of tags.
+/// The root's children are walked once; the passes then run over what that walk kept, so the
+/// listing is linear in the number of tags and touches each tag once.
 class TagListing
 {
 public:
@@ -27,10 +27,20 @@ public:
     /// The plain tags.
     const QList<const Item *> &plain() const { return m_plain; }
 
+    /// A valid top-level tag with its first enumeration list and its first bit list.
+    struct Lists {
+        const Item *tag;
+        const Item *enums; ///< null when the tag has none
+        const Item *bits; ///< null when the tag has none
+    };
+    /// The valid top-level tags that have an enumeration list or a bit list, in the root's order.
+    const QList<Lists> &withLists() const { return m_withLists; }
+
 private:
     QList<const Item *> m_pairs;
     QList<const Item *> m_nested;
     QList<const Item *> m_plain;
+    QList<Lists> m_withLists;
 };
 
 } // namespace ZAT16

@@ -94,10 +94,9 @@ bool WriterCpp::writeDefinitions(const Item *root)
     writeFixed("  }\n");
 
     if (hasTags) {
-        for (const Item *tag : root->children) {
-            if (!tag->isValid(Tag))
-                continue;
-            const Item *enums = tag->findInTagByItemType(Enums);
+        for (const TagListing::Lists &lists : listing.withLists()) {
+            const Item *tag = lists.tag;
+            const Item *enums = lists.enums;
             if (!enums)
                 continue;
             const int count = enums->enumCount();
@@ -137,10 +136,9 @@ bool WriterCpp::writeDefinitions(const Item *root)
             writeFixed("  };\n");
         }
 
-        for (const Item *tag : root->children) {
-            if (!tag->isValid(Tag))
-                continue;
-            const Item *bits = tag->findInTagByItemType(Bits);
+        for (const TagListing::Lists &lists : listing.withLists()) {
+            const Item *tag = lists.tag;
+            const Item *bits = lists.bits;
             if (!bits || bits->children.isEmpty())
                 continue;
             const int digits = CodeText::maskDigits(bits);

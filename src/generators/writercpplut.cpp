@@ -116,8 +116,8 @@ bool WriterCppLut::writeDefinitions(const Item *root)
 
     writeNameLutHeader(QStringLiteral("ToplevelTags"), 0);
     const bool hasTags = root && !root->children.isEmpty();
+    const TagListing listing(hasTags ? root : nullptr);
     if (hasTags) {
-        const TagListing listing(root);
         for (const QList<const Item *> *pass : { &listing.pairs(), &listing.nested(), &listing.plain() }) {
             for (const Item *tag : *pass)
                 writeName(tag);
@@ -130,10 +130,9 @@ bool WriterCppLut::writeDefinitions(const Item *root)
 
     if (hasTags) {
         // A tag's enumeration table and bit table share the name "nameLookup" + tag name.
-        for (const Item *tag : root->children) {
-            if (!tag->isValid(Tag))
-                continue;
-            const Item *enums = tag->findInTagByItemType(Enums);
+        for (const TagListing::Lists &lists : listing.withLists()) {
+            const Item *tag = lists.tag;
+            const Item *enums = lists.enums;
             if (!enums || enums->children.isEmpty())
                 continue;
             const int count = enums->enumCount();
@@ -158,10 +157,9 @@ bool WriterCppLut::writeDefinitions(const Item *root)
             }
         }
 
-        for (const Item *tag : root->children) {
-            if (!tag->isValid(Tag))
-                continue;
-            const Item *bits = tag->findInTagByItemType(Bits);
+        for (const TagListing::Lists &lists : listing.withLists()) {
+            const Item *tag = lists.tag;
+            const Item *bits = lists.bits;
             if (!bits || bits->children.isEmpty())
                 continue;
             bool any = false;
@@ -187,14 +185,12 @@ bool WriterCppLut::writeDefinitions(const Item *root)
     // Three blanks line "~0U" up with the six characters of a tag code.
     writeTag(QStringLiteral("   ~0U"), QStringLiteral("ToplevelTags"));
     if (hasTags) {
-        for (const Item *tag : root->children) {
-            if (tag->isValid(Tag) && (tag->findInTagByItemType(Enums) || tag->findInTagByItemType(Bits)))
-                writeTag(tag);
-        }
+        for (const TagListing::Lists &lists : listing.withLists())
+            writeTag(lists.tag);
         // A tag with a bit list is listed a second time; the table has always been laid out so.
-        for (const Item *tag : root->children) {
-            if (tag->isValid(Tag) && tag->findInTagByItemType(Bits))
-                writeTag(tag);
+        for (const TagListing::Lists &lists : listing.withLists()) {
+            if (lists.bits)
+                writeTag(lists.tag);
         }
     }
     m_text += QLatin1Char('\n');

@@ -56,8 +56,8 @@ bool WriterCs::writeDefinitions(const Item *root)
     m_text += QLatin1Char('{');
 
     const bool hasTags = root && !root->children.isEmpty();
+    const TagListing listing(hasTags ? root : nullptr);
     if (hasTags) {
-        const TagListing listing(root);
         for (const QList<const Item *> *pass : { &listing.pairs(), &listing.nested(), &listing.plain() }) {
             for (const Item *tag : *pass)
                 writeTag(tag);
@@ -70,10 +70,9 @@ bool WriterCs::writeDefinitions(const Item *root)
     m_text += QLatin1String("}\n");
 
     if (hasTags) {
-        for (const Item *tag : root->children) {
-            if (!tag->isValid(Tag))
-                continue;
-            const Item *enums = tag->findInTagByItemType(Enums);
+        for (const TagListing::Lists &lists : listing.withLists()) {
+            const Item *tag = lists.tag;
+            const Item *enums = lists.enums;
             if (!enums || enums->children.isEmpty())
                 continue;
             const int count = enums->enumCount();
@@ -96,10 +95,9 @@ bool WriterCs::writeDefinitions(const Item *root)
                 writeEnumFooter();
         }
 
-        for (const Item *tag : root->children) {
-            if (!tag->isValid(Tag))
-                continue;
-            const Item *bits = tag->findInTagByItemType(Bits);
+        for (const TagListing::Lists &lists : listing.withLists()) {
+            const Item *tag = lists.tag;
+            const Item *bits = lists.bits;
             if (!bits || bits->children.isEmpty())
                 continue;
             const int digits = CodeText::maskDigits(bits);

@@ -95,10 +95,9 @@ bool WriterHeader::writeDefinitions(const Item *root)
         const QString enu = QStringLiteral("ENU_");
         const QString underscore = QStringLiteral("_");
         const QString cnt = QStringLiteral("CNT_");
-        for (const Item *tag : root->children) {
-            if (!tag->isValid(Tag))
-                continue;
-            const Item *enums = tag->findInTagByItemType(Enums);
+        for (const TagListing::Lists &lists : listing.withLists()) {
+            const Item *tag = lists.tag;
+            const Item *enums = lists.enums;
             if (!enums)
                 continue;
             const int count = enums->enumCount();
@@ -123,10 +122,9 @@ bool WriterHeader::writeDefinitions(const Item *root)
 
         const QString bitPrefix = QStringLiteral("BIT_");
         const QString mskPrefix = QStringLiteral("MSK_");
-        for (const Item *tag : root->children) {
-            if (!tag->isValid(Tag))
-                continue;
-            const Item *bits = tag->findInTagByItemType(Bits);
+        for (const TagListing::Lists &lists : listing.withLists()) {
+            const Item *tag = lists.tag;
+            const Item *bits = lists.bits;
             if (!bits)
                 continue;
             if (!bits->children.isEmpty()) {

@@ -45,8 +45,8 @@ bool WriterLua::writeDefinitions(const Item *root)
     m_text.reserve(CodeText::flushSize + 1024);
     m_text += QLatin1String("\n-- Automagically generated -- do not edit\n\nzat16.lutTag = {");
     const bool hasTags = root && !root->children.isEmpty();
+    const TagListing listing(hasTags ? root : nullptr);
     if (hasTags) {
-        const TagListing listing(root);
         // Each entry starts its own line, so the "\n" after a pass ends the pass's last line
         // and the next pass begins with an empty line.
         for (const QList<const Item *> *pass : { &listing.pairs(), &listing.nested(), &listing.plain() }) {
@@ -59,10 +59,9 @@ bool WriterLua::writeDefinitions(const Item *root)
     m_text += QLatin1String("}\n\n");
 
     if (hasTags) {
-        for (const Item *tag : root->children) {
-            if (!tag->isValid(Tag))
-                continue;
-            const Item *enums = tag->findInTagByItemType(Enums);
+        for (const TagListing::Lists &lists : listing.withLists()) {
+            const Item *tag = lists.tag;
+            const Item *enums = lists.enums;
             if (!enums)
                 continue;
             const int count = enums->enumCount();
@@ -90,10 +89,9 @@ bool WriterLua::writeDefinitions(const Item *root)
             m_text += QLatin1String("}\n\n");
         }
 
-        for (const Item *tag : root->children) {
-            if (!tag->isValid(Tag))
-                continue;
-            const Item *bits = tag->findInTagByItemType(Bits);
+        for (const TagListing::Lists &lists : listing.withLists()) {
+            const Item *tag = lists.tag;
+            const Item *bits = lists.bits;
             if (!bits)
                 continue;
             m_text += QLatin1String("zat16.lutBit");

@@ -3,6 +3,8 @@
 #include "generatortest.h"
 #include "taglisting.h"
 
+#include <QRandomGenerator>
+#include <QSet>
 #include <QTest>
 
 using namespace ZAT16;
@@ -131,6 +133,83 @@ private slots:
         QCOMPARE(listing.pairs().at(1)->name, QStringLiteral("Reply0"));
         QCOMPARE(listing.nested().size(), 0);
         QCOMPARE(listing.plain().size(), 0x1000);
+    }
+    // Random roots with every kind of child: the listing is what the three passes of the
+    // generators give when written out plainly (answers found by walking the root, the written
+    // codes in a set), and withLists() holds the valid tags with their first lists.
+    void randomRootsAsThePassesGiveThem()
+    {
+        QRandomGenerator random(4711);
+        for (int round = 0; round < 300; ++round) {
+            Item root;
+            root.type = Root;
+            const int count = int(random.bounded(1u, 120u));
+            for (int i = 0; i < count; ++i) {
+                ItemData data;
+                const int kind = int(random.bounded(20u));
+                data.type = kind == 0 ? Enum : kind == 1 ? Invalid : Tag;
+                if (random.bounded(8u) != 0)
+                    data.name = QStringLiteral("T%1").arg(i);
+                if (random.bounded(8u) != 0) {
+                    data.hasId = true;
+                    const quint64 types[] = { 0x1000, 0xC000, 0xD000, 0xE000, 0xF000, 0x8000, 0xA000 };
+                    data.id = types[random.bounded(7u)] | random.bounded(6u);
+                    if (random.bounded(30u) == 0)
+                        data.id |= quint64(random.bounded(1u, 4u)) << (random.bounded(2u) ? 16 : 32);
+                }
+                auto *item = new Item(data);
+                root.appendChild(item);
+                if (data.type == Tag) {
+                    for (ItemType list : { Bits, Enums, Enums, Tag }) {
+                        if (random.bounded(3u) == 0) {
+                            auto *child = new Item;
+                            child->type = list;
+                            item->appendChild(child);
+                        }
+                    }
+                }
+            }
+
+            QList<const Item *> pairs, nested, plain;
+            QSet<quint32> written;
+            for (const Item *tag : std::as_const(root.children)) {
+                if (!tag->isValid(Tag) || ((tag->id >> 12) & 0xF) != Request)
+                    continue;
+                const quint32 code = quint32(tag->id);
+                const quint32 answer = 0xE000 | (code & 0x0FFF);
+                const int at = root.findBut(answer, nullptr);
+                if (written.contains(code) || written.contains(answer) || at < 0)
+                    continue;
+                pairs << tag << root.child(at);
+                written << code << answer;
+            }
+            for (const Item *tag : std::as_const(root.children)) {
+                if (tag->isValid(Tag) && isNestedTag(int(tag->id)) && !written.contains(quint32(tag->id))) {
+                    nested << tag;
+                    written << quint32(tag->id);
+                }
+            }
+            for (const Item *tag : std::as_const(root.children)) {
+                if (tag->isValid(Tag) && !isNestedTag(int(tag->id)) && !written.contains(quint32(tag->id))) {
+                    plain << tag;
+                    written << quint32(tag->id);
+                }
+            }
+            QList<const Item *> withLists;
+            for (const Item *tag : std::as_const(root.children)) {
+                if (tag->isValid(Tag) && (tag->findInTagByItemType(Enums) || tag->findInTagByItemType(Bits)))
+                    withLists << tag << tag->findInTagByItemType(Enums) << tag->findInTagByItemType(Bits);
+            }
+
+            const TagListing listing(&root);
+            QCOMPARE(listing.pairs(), pairs);
+            QCOMPARE(listing.nested(), nested);
+            QCOMPARE(listing.plain(), plain);
+            QList<const Item *> listed;
+            for (const TagListing::Lists &lists : listing.withLists())
+                listed << lists.tag << lists.enums << lists.bits;
+            QCOMPARE(listed, withLists);
+        }
     }
 };
 
