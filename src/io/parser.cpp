@@ -438,7 +438,7 @@ bool Parser::parseElementAttributes(ItemData *data)
     const bool shareTexts = data->type != Tag;
     if (!name.isNull()) {
         // A shared name is checked the first time it is read as a name.
-        SharedText *shared = shareTexts && !name.isEmpty() ? &sharedEntry(name) : nullptr;
+        const SharedText *shared = shareTexts && !name.isEmpty() ? &sharedEntry(name) : nullptr;
         const QString text = shared ? shared->text : name.toString();
         if (!shared || !shared->identifier) {
             QString error;
@@ -518,10 +518,10 @@ QString Parser::sharedText(QStringView text)
     return sharedEntry(text).text;
 }
 
-Parser::SharedText &Parser::sharedEntry(QStringView text)
+const Parser::SharedText &Parser::sharedEntry(QStringView text)
 {
-    const auto it = m_texts.find(text);
-    if (it != m_texts.end())
+    const auto it = m_texts.constFind(text);
+    if (it != m_texts.constEnd())
         return it.value();
     SharedText entry;
     entry.text = text.toString();

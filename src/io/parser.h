@@ -59,12 +59,12 @@ private:
     // A text shared by the items of this parse, and whether it passed as a name already.
     struct SharedText {
         QString text;
-        bool identifier = false;
+        mutable bool identifier = false;
     };
     /// The texts shared so far in this parse; each key views the text of its own value.
     QHash<QStringView, SharedText> m_texts;
     QString sharedText(QStringView text);
-    SharedText &sharedEntry(QStringView text);
+    const SharedText &sharedEntry(QStringView text);
     QList<const Item *> m_open; ///< the elements being read, outermost first
     int m_depth = 0; ///< nesting depth of the known elements being read
 };
