@@ -1,4 +1,5 @@
 #include "item.h"
+#include "itempool.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -27,6 +28,22 @@ Item::Item(const ItemData &data)
 Item::~Item()
 {
     qDeleteAll(children);
+}
+
+void *Item::operator new(std::size_t size)
+{
+    // A class derived from Item has a size of its own and is allocated as usual.
+    if (size != ItemPool::slotSize)
+        return ::operator new(size);
+    return ItemPool::allocate();
+}
+
+void Item::operator delete(void *pointer, std::size_t size)
+{
+    if (size != ItemPool::slotSize)
+        ::operator delete(pointer);
+    else
+        ItemPool::release(pointer);
 }
 
 void Item::clear()

@@ -3,6 +3,8 @@
 #include "tagcodes.h"
 
 #include <QFlags>
+
+#include <cstddef>
 #include <QList>
 #include <QString>
 
@@ -50,6 +52,10 @@ public:
     Item();
     explicit Item(const ItemData &data);
     ~Item();
+    // Items come from ItemPool: a loaded file holds them by the million.
+    static void *operator new(std::size_t size);
+    static void operator delete(void *pointer, std::size_t size);
+
     Item(const Item &) = delete;
     Item &operator=(const Item &) = delete;
 
