@@ -1,26 +1,10 @@
 #include "synthesizer.h"
 
-namespace {
+#include "tagcodes.h"
 
-// Data types of the tag code's top nibble, and the extended types by their high byte.
-enum : int {
-    Binary = 0,
-    Integer = 1,
-    Bool = 2,
-    String = 3,
-    Date = 4,
-    Time = 5,
-    DateTime = 6,
-    BitArray = 7,
-    NetworkAddress = 9,
-    List = 12,
-    Request = 13,
-    Answer = 14,
-    Message = 15,
-    ExtPoint = 0x80,
-    ExtRect = 0x81,
-    ExtSize = 0x82,
-};
+using namespace ZAT16;
+
+namespace {
 
 // How often each kind of tag starts: a request with its answer makes two tags.
 struct Weight {
