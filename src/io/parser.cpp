@@ -1,5 +1,7 @@
 #include "parser.h"
 
+#include <limits>
+
 #include <cstring>
 
 namespace ZAT16 {
@@ -459,8 +461,12 @@ bool Parser::parseElementAttributes(ItemData *data)
         const QStringView text = display;
         qsizetype i = 0;
         int digits = 0;
+        // A digit count beyond the range of int stays at its largest value, so that what is
+        // read is written back the same way and read again alike.
         while (i < text.size() && text.at(i) >= u'0' && text.at(i) <= u'9') {
-            digits = int(unsigned(digits) * 10u + unsigned(text.at(i).unicode() - u'0'));
+            const int digit = text.at(i).unicode() - u'0';
+            digits = digits > (std::numeric_limits<int>::max() - digit) / 10 ? std::numeric_limits<int>::max()
+                                                                              : digits * 10 + digit;
             ++i;
         }
         data->display.digits = digits;

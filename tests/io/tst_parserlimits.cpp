@@ -4,6 +4,7 @@
 // decimal ids under a decimal display mode.
 
 #include "parser.h"
+#include "writerxml.h"
 
 #include <QtTest>
 
@@ -248,6 +249,42 @@ private slots:
                       "<enum name=\"V\" id=\"010\" display=\"3\"/></enums></tag></zat16>");
         QVERIFY(result.ok);
         QCOMPARE(firstEnum(result.root.get())->id, quint64(8));
+    }
+
+    void displayDigitCountBeyondInt_data()
+    {
+        QTest::addColumn<QByteArray>("display");
+        QTest::addColumn<int>("digits");
+        QTest::addColumn<int>("mode");
+        QTest::newRow("largest int") << QByteArray("2147483647x") << 2147483647 << 3;
+        QTest::newRow("one more") << QByteArray("2147483648x") << 2147483647 << 3;
+        QTest::newRow("far more, no mode") << QByteArray("46744073709551614") << 2147483647 << 0;
+        QTest::newRow("would wrap to a negative count") << QByteArray("4000000000d") << 2147483647 << 1;
+        QTest::newRow("leading zeros") << QByteArray("000000000000000000012u") << 12 << 2;
+    }
+
+    // A digit count too large for an int stays at the largest one, and a saved file reads back
+    // with the same count.
+    void displayDigitCountBeyondInt()
+    {
+        QFETCH(QByteArray, display);
+        QFETCH(int, digits);
+        QFETCH(int, mode);
+        const Loaded first = load("<zat16><tag name=\"T\" id=\"0x1001\"><enums display=\"" + display
+                                  + "\"><enum name=\"V\" id=\"5\"/></enums></tag></zat16>");
+        QVERIFY2(first.ok, qPrintable(first.error));
+        const Item *enums = first.root->child(0)->child(0);
+        QCOMPARE(enums->display.digits, digits);
+        QCOMPARE(enums->display.mode, mode);
+
+        WriterXml writer;
+        const QByteArray saved = writer.encode(first.root.get());
+        const Loaded second = load(saved);
+        QVERIFY2(second.ok, qPrintable(second.error));
+        const Item *again = second.root->child(0)->child(0);
+        QCOMPARE(again->display.digits, digits);
+        QCOMPARE(again->display.mode, mode);
+        QCOMPARE(writer.encode(second.root.get()), saved);
     }
 };
 
