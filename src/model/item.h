@@ -3,10 +3,10 @@
 #include "tagcodes.h"
 
 #include <QFlags>
-
-#include <cstddef>
 #include <QList>
 #include <QString>
+
+#include <cstddef>
 
 namespace ZAT16 {
 
