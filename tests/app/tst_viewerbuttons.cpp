@@ -4,6 +4,7 @@
 
 #include "editormodel.h"
 #include "editorwindow.h"
+#include "opendialog.h"
 #include "modal.h"
 #include "ui_editorwindow.h"
 #include "writercpp.h"
@@ -85,16 +86,7 @@ private:
     EditorWindow *m_window = nullptr;
     QString m_path;
 
-    QDialog *openViewer(QAction *action)
-    {
-        const QList<QDialog *> before = m_window->findChildren<QDialog *>();
-        action->trigger();
-        for (QDialog *dialog : m_window->findChildren<QDialog *>()) {
-            if (!before.contains(dialog))
-                return dialog;
-        }
-        return nullptr;
-    }
+    QDialog *openViewer(QAction *action) { return dialogOpenedBy(m_window, action); }
 
     // Presses "Save as..." and answers the file dialog with `path` (an empty path cancels).
     void saveAs(QDialog *viewer, const QString &path, QString *caption = nullptr)

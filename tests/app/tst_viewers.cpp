@@ -3,6 +3,7 @@
 
 #include "editormodel.h"
 #include "editorwindow.h"
+#include "opendialog.h"
 #include "highlighterc.h"
 #include "highlighterlua.h"
 #include "ui_editorwindow.h"
@@ -43,16 +44,7 @@ class TestViewers : public QObject
 private:
     EditorWindow *m_window = nullptr;
 
-    QDialog *openViewer(QAction *action)
-    {
-        const QList<QDialog *> before = m_window->findChildren<QDialog *>();
-        action->trigger();
-        for (QDialog *dialog : m_window->findChildren<QDialog *>()) {
-            if (!before.contains(dialog))
-                return dialog;
-        }
-        return nullptr;
-    }
+    QDialog *openViewer(QAction *action) { return dialogOpenedBy(m_window, action); }
 
 private slots:
     void initTestCase()
