@@ -184,6 +184,7 @@ bool Parser::parser()
     m_open.clear();
     m_texts.clear();
     m_depth = 0;
+    stoppedAtLine = 0;
 
     if (readNext(SkipCommentsAndWhitespace) != StartDocument) {
         raiseError(QStringLiteral("This doesn't look like an XML file."));
@@ -234,7 +235,7 @@ bool Parser::parseElements(Item *parent)
                 break;
             }
             if (parent && parent->type != Item::matchingParentType(type))
-                raiseWarning(QStringLiteral("Element <%1> not expected.").arg(name()));
+                warn([this] { return QStringLiteral("Element <%1> not expected.").arg(name()); });
             if (!addElement(parent, type))
                 return false;
             break;
@@ -249,6 +250,7 @@ bool Parser::parseElements(Item *parent)
             // warning tells that the rest of the file was not read.
             if (!checkForNewline(parent)) {
                 raiseUnexpectedCharactersWarning();
+                stoppedAtLine = strayTextLine();
                 return false;
             }
             break;
@@ -288,7 +290,7 @@ bool Parser::addElement(Item *parent, ItemType type)
     // does not change the list that holds the item).
     const bool doubleNumber = type != Tag && parent && item->hasId && hasSiblingId(parent, quint64(quint32(item->id)));
     QString rawId;
-    if (doubleNumber)
+    if (doubleNumber && listsWarnings())
         rawId = attributes().value(attrId).toString();
     if (verbose)
         item->dump(0);
@@ -309,9 +311,9 @@ bool Parser::addElement(Item *parent, ItemType type)
         if (parent) {
             // Same result as parent->findBut(id) and parent->findBut(name) on the list read so far.
             if (doubleNumber)
-                raiseWarning(QLatin1String("Double number ") + rawId);
+                warn([&] { return QLatin1String("Double number ") + rawId; });
             if (!item->name.isEmpty() && hasSiblingName(parent, item->name))
-                raiseWarning(QLatin1String("Double name ") + item->name);
+                warn([&] { return QLatin1String("Double name ") + item->name; });
         }
     } else {
         if (item->id >> 16) {
@@ -320,9 +322,9 @@ bool Parser::addElement(Item *parent, ItemType type)
         }
         const unsigned int code = unsigned(item->id);
         if (item->hasId && tagCodes.contains(code))
-            raiseWarning(QLatin1String("Double tag code ") + tag2hex(code));
+            warn([&] { return QLatin1String("Double tag code ") + tag2hex(code); });
         if (tagNames.contains(item->name))
-            raiseWarning(QLatin1String("Double tag name ") + item->name);
+            warn([&] { return QLatin1String("Double tag name ") + item->name; });
         tagCodes.insert(code);
         tagNames.insert(item->name);
         item->sortChildrenByType();
@@ -544,6 +546,20 @@ bool Parser::parseBool(const QString &attributeName)
         return false;
     raiseError(QStringLiteral("Invalid boolean value"));
     return false;
+}
+
+// The line of the first character of the current text that is not blank. The reader stands at
+// the end of the text; CDATA counts from its start, since even blanks there are not blank.
+int Parser::strayTextLine() const
+{
+    const QStringView t = text();
+    qsizetype first = 0;
+    if (!isCDATA()) {
+        while (first < t.size() && (t.at(first) == u' ' || t.at(first) == u'\t' || t.at(first) == u'\n' || t.at(first) == u'\r'))
+            ++first;
+    }
+    const qsizetype after = t.size() - first;
+    return int(lineNumber() - t.right(after).count(QLatin1Char('\n')));
 }
 
 bool Parser::checkForNewline(Item *parent)

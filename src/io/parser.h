@@ -28,6 +28,9 @@ public:
     QSet<unsigned int> tagCodes; ///< tag codes seen in this parse
     QSet<QString> tagNames; ///< tag names seen in this parse
     QString dtd; ///< document type declaration seen in this parse
+    /// The line of the text that ended reading early (text that is not blank between elements
+    /// stops reading; what was read before it is kept); 0 when the whole input was read.
+    int stoppedAtLine = 0;
 
 protected:
     bool parser() override;
@@ -41,6 +44,16 @@ protected:
     void trimNewlines(Item *item);
     void storeComment(Item *parent);
     void appendComment(Item *parent, Item *comment);
+    int strayTextLine() const;
+    /// Raises the warning that `text` makes, or only counts it when warnings are no longer listed.
+    template<typename Text>
+    void warn(const Text &text)
+    {
+        if (listsWarnings())
+            raiseWarning(text());
+        else
+            countWarning();
+    }
 
 private:
     // The ids and names of the children of a list being read, for the duplicate number and

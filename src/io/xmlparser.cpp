@@ -1,10 +1,14 @@
 #include "xmlparser.h"
 
 #include "entityguard.h"
+#include "filestamp.h"
+#include "localfile.h"
 
 #include <QBuffer>
 #include <QDebug>
 #include <QFile>
+
+#include <unistd.h>
 
 XmlParser::XmlParser() = default;
 
@@ -16,14 +20,31 @@ XmlParser::~XmlParser()
 
 bool XmlParser::parse(const QString &path)
 {
+    return parse(path, nullptr);
+}
+
+bool XmlParser::parse(const QString &path, ZAT16::FileStamp *stamp)
+{
     depth = 0;
-    auto file = std::make_unique<QFile>(path);
-    if (!file->open(QIODevice::ReadOnly | QIODevice::Text)) {
-        raiseError(QStringLiteral("Failed to open input file"));
+    if (stamp)
+        *stamp = ZAT16::FileStamp();
+    QString reason;
+    const int fd = ZAT16::LocalFile::openForReading(path, &reason);
+    auto file = std::make_unique<QFile>();
+    if (fd < 0 || !file->open(fd, QIODevice::ReadOnly | QIODevice::Text, QFileDevice::AutoCloseHandle)) {
+        if (fd >= 0) {
+            reason = file->errorString();
+            ::close(fd);
+        }
+        raiseError(QLatin1String("Failed to open input file ") + path + QLatin1String(": ") + reason);
         return false;
     }
     fileName = path;
-    return run(std::move(file));
+    const bool result = run(std::move(file));
+    // Taken from the file that was read, even if its name stands for another one by now.
+    if (stamp)
+        *stamp = ZAT16::FileStamp::ofDescriptor(fd);
+    return result;
 }
 
 bool XmlParser::parse(const QByteArray &data)
@@ -38,15 +59,25 @@ bool XmlParser::parse(const QByteArray &data)
 
 bool XmlParser::run(std::unique_ptr<QIODevice> input)
 {
-    // The reader sees the input through a guard that stops it at entity declarations.
+    // The reader sees the input through a guard that stops it where reading would cost far more
+    // than the input is long (declarations of entities and attribute lists, endless attributes).
     auto guard = std::make_unique<EntityGuard>(input.get());
     setDevice(guard.get());
     m_guard = std::move(guard);
     m_input = std::move(input);
-    const bool result = parser();
+    warningCount = 0;
+    bool result = parser();
     if (m_guard->tripped()) {
-        raiseError(QStringLiteral("Entity declarations are not supported"));
-        return false;
+        raiseError(m_guard->refusalMessage());
+        result = false;
+    }
+    if (warningCount > maximumWarnings) {
+        // Counted exactly; the texts were not even made, so that an input with millions of
+        // duplicates costs neither the time nor the memory of listing them.
+        QString text = QStringLiteral("Warning: ");
+        if (!fileName.isEmpty())
+            text += fileName + QLatin1String(":\n  ");
+        warning(text + QString::number(warningCount - maximumWarnings) + QLatin1String(" more warnings were not listed"));
     }
     return result;
 }
@@ -123,6 +154,8 @@ void XmlParser::raiseError(const QString &message)
 
 void XmlParser::raiseWarning(const QString &message)
 {
+    if (++warningCount > maximumWarnings)
+        return;
     const QString text = formatWarning(message);
     if (verbose)
         qDebug("%s", qPrintable(text));
@@ -151,6 +184,10 @@ void XmlParser::raiseUnexpectedCharactersWarning()
 
 void XmlParser::raiseUnexpectedElementWarning(const QString &expected)
 {
+    if (!listsWarnings()) {
+        countWarning();
+        return;
+    }
     QString message = QLatin1String("Unexpected element <") + name().toString() + QLatin1String(">.");
     if (!expected.isEmpty())
         message += QLatin1String(" Expected ") + expected + QLatin1Char('.');

@@ -8,6 +8,10 @@
 class EntityGuard;
 class QIODevice;
 
+namespace ZAT16 {
+struct FileStamp;
+}
+
 /// A streaming XML pull reader with diagnostics that carry the source name, line and column.
 /// It reads a file or a buffer, can keep or drop comments and whitespace, skips unknown elements
 /// up to a nesting limit, and collects warnings. A subclass supplies the grammar in parser().
@@ -24,15 +28,21 @@ public:
     XmlParser(const XmlParser &) = delete;
     XmlParser &operator=(const XmlParser &) = delete;
 
-    /// Reads the file at `path` and runs the grammar. On an open failure the error is
-    /// "Failed to open input file".
+    /// Reads the file at `path` and runs the grammar. Only regular files are read; on an open
+    /// failure the error is "Failed to open input file " + path + ": " + the reason.
     bool parse(const QString &path);
+    /// The same, and `stamp` receives what the file was when it was read (unknown when it could
+    /// not be opened or changed while it was read).
+    bool parse(const QString &path, ZAT16::FileStamp *stamp);
     /// Reads `data` and runs the grammar; messages name the source "data".
     bool parse(const QByteArray &data);
 
     /// Elements may nest this deep, known or not; one more level fails with
     /// "File too deeply nested".
     static constexpr int maximumDepth = 100;
+    /// Warnings of one parse that are listed; of the others only the number is kept, in one last
+    /// line.
+    static constexpr int maximumWarnings = 1000;
 
     /// Next token; processing instructions are always skipped, comments and whitespace-only
     /// text only in SkipCommentsAndWhitespace mode.
@@ -44,8 +54,13 @@ public:
 
     /// Stops parsing with `message`, prefixed by the current token's name in parentheses.
     void raiseError(const QString &message);
-    /// Records a warning; parsing goes on.
+    /// Records a warning; parsing goes on. After maximumWarnings warnings only their number is
+    /// kept.
     void raiseWarning(const QString &message);
+    /// Whether a warning raised now would be listed. When not, a caller that would have to build
+    /// the text first may countWarning() instead.
+    bool listsWarnings() const { return warningCount < maximumWarnings; }
+    void countWarning() { ++warningCount; }
 
     void raiseUnexpectedEndError();
     void raiseEndElementExpectedError();
@@ -66,6 +81,7 @@ public:
     bool verbose = false; ///< trace tokens and warnings with qDebug
     QString warnings; ///< every warning so far, each followed by "\n"
     int depth = 0; ///< nesting depth of skipElement()
+    int warningCount = 0; ///< warnings raised by the last parse, listed or not
 
 protected:
     /// The grammar, run once the input is set up.

@@ -1469,7 +1469,9 @@ void TestParser::parseMissingFile()
     QVERIFY(dir.isValid());
     Parser parser;
     QVERIFY(!parser.parse(dir.filePath(QStringLiteral("missing.zatdef"))));
-    QCOMPARE(parser.formatError(), QStringLiteral("Error: Failed to open input file"));
+    QCOMPARE(parser.formatError(),
+             QStringLiteral("Error: Failed to open input file %1: No such file or directory")
+                 .arg(dir.filePath(QStringLiteral("missing.zatdef"))));
     QVERIFY(parser.root == nullptr);
 }
 

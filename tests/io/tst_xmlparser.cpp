@@ -112,11 +112,14 @@ void TestXmlParser::freshParserOpenFailure()
     QTemporaryDir dir;
     QVERIFY(dir.isValid());
     ScriptedParser p;
-    QVERIFY(!p.parse(dir.filePath(QStringLiteral("missing/none.zatdef"))));
+    const QString path = dir.filePath(QStringLiteral("missing/none.zatdef"));
+    QVERIFY(!p.parse(path));
     QCOMPARE(p.grammarRuns, 0);
     QVERIFY(p.hasError());
-    QCOMPARE(p.errorString(), QStringLiteral("Failed to open input file"));
-    QCOMPARE(p.formatError(), QStringLiteral("Error: Failed to open input file"));
+    // The message names the file and says why.
+    const QString expected = QStringLiteral("Failed to open input file ") + path + QStringLiteral(": No such file or directory");
+    QCOMPARE(p.errorString(), expected);
+    QCOMPARE(p.formatError(), QStringLiteral("Error: ") + expected);
     QVERIFY(p.fileName.isEmpty());
 }
 
@@ -137,9 +140,12 @@ void TestXmlParser::usedParserOpenFailure()
     QVERIFY(!p.parse(QStringLiteral("/nonexistent/definitely/not/here.zatdef")));
     QCOMPARE(p.grammarRuns, 1);
     QCOMPARE(p.fileName, QStringLiteral("data"));
-    QCOMPARE(p.errorString(), QStringLiteral("(EndDocument) Failed to open input file"));
-    QCOMPARE(
-        p.formatError(), QStringLiteral("Error: data, Line 1, Column 4:\n  (EndDocument) Failed to open input file"));
+    QCOMPARE(p.errorString(),
+             QStringLiteral("(EndDocument) Failed to open input file /nonexistent/definitely/not/here.zatdef: No such file "
+                            "or directory"));
+    QCOMPARE(p.formatError(),
+             QStringLiteral("Error: data, Line 1, Column 4:\n  (EndDocument) Failed to open input file "
+                            "/nonexistent/definitely/not/here.zatdef: No such file or directory"));
 }
 
 void TestXmlParser::parseFileSetsFileName()

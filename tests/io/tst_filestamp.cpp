@@ -1,0 +1,105 @@
+// What a file was when it was read or written, and whether it still is.
+
+#include "filestamp.h"
+#include "parser.h"
+
+#include <QtTest>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace ZAT16;
+
+namespace {
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
+}
+
+} // namespace
+
+class TestFileStamp : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+
+private slots:
+    void ofFile()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("a.zatdef"));
+        QVERIFY(writeFile(path, "<zat16/>"));
+        const FileStamp stamp = FileStamp::ofFile(path);
+        QVERIFY(stamp.known && stamp.exists);
+        QCOMPARE(stamp.size, 8);
+        QCOMPARE(stamp.hash, FileStamp::hashOf("<zat16/>"));
+        struct stat st;
+        QCOMPARE(::stat(QFile::encodeName(path).constData(), &st), 0);
+        QCOMPARE(stamp.inode, quint64(st.st_ino));
+        QCOMPARE(stamp.modified, qint64(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec);
+
+        const FileStamp missing = FileStamp::ofFile(m_dir.filePath(QStringLiteral("missing")));
+        QVERIFY(missing.known && !missing.exists);
+        QVERIFY(!FileStamp::ofFile(m_dir.path()).known);
+    }
+
+    // The same content is the same file to the user, whatever its time or inode; another
+    // content of the same size is not.
+    void sameContent()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("b.zatdef"));
+        QVERIFY(writeFile(path, "<zat16><tag name=\"A\"/></zat16>"));
+        const FileStamp before = FileStamp::ofFile(path);
+        QVERIFY(before.sameContent(before));
+        QVERIFY(QFile::remove(path));
+        QVERIFY(writeFile(path, "<zat16><tag name=\"A\"/></zat16>"));
+        const FileStamp copy = FileStamp::ofFile(path);
+        QVERIFY(before.sameContent(copy));
+        QVERIFY(writeFile(path, "<zat16><tag name=\"B\"/></zat16>"));
+        const FileStamp changed = FileStamp::ofFile(path);
+        QCOMPARE(changed.size, before.size);
+        QVERIFY(!before.sameContent(changed));
+        QVERIFY(!before.sameContent(FileStamp::ofFile(m_dir.filePath(QStringLiteral("gone")))));
+        QVERIFY(!before.sameContent(FileStamp()));
+        QVERIFY(!FileStamp().sameContent(FileStamp()));
+        QVERIFY(FileStamp::ofFile(m_dir.filePath(QStringLiteral("x"))).sameContent(FileStamp::ofFile(m_dir.filePath(QStringLiteral("y")))));
+    }
+
+    // The stamp of a parse is taken from the file that was read, even when its name has been
+    // given to another file since.
+    void stampOfAParse()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("parsed.zatdef"));
+        const QByteArray text = "<zat16>\n  <tag name=\"A\" id=\"0x1001\"/>\n</zat16>\n";
+        QVERIFY(writeFile(path, text));
+        Parser parser;
+        FileStamp stamp;
+        QVERIFY(parser.parse(path, &stamp));
+        QVERIFY(stamp.known);
+        QCOMPARE(stamp.hash, FileStamp::hashOf(text));
+        QVERIFY(stamp.sameContent(FileStamp::ofFile(path)));
+
+        QVERIFY(!parser.parse(m_dir.filePath(QStringLiteral("missing.zatdef")), &stamp));
+        QVERIFY(!stamp.known);
+    }
+
+    void ofWritten()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("written"));
+        QVERIFY(writeFile(path, "abc"));
+        const FileStamp stamp = FileStamp::ofWritten(path, "abc");
+        QVERIFY(stamp.known);
+        QVERIFY(stamp.sameContent(FileStamp::ofFile(path)));
+        // A size that is not the content's: nothing is known.
+        QVERIFY(!FileStamp::ofWritten(path, "abcd").known);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFileStamp)
+#include "tst_filestamp.moc"
