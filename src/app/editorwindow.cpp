@@ -13,6 +13,7 @@
 #include "problemsdock.h"
 #include "savesequence.h"
 #include "tools.h"
+#include "windowlayout.h"
 #include "writercpp.h"
 #include "writercpplut.h"
 #include "writercs.h"
@@ -50,9 +51,6 @@ namespace ZAT16 {
 
 namespace {
 
-const QString keyState = QStringLiteral("ZAT16Editor/State");
-const QString keyGeometry = QStringLiteral("ZAT16Editor/Geometry");
-const QString keyTreeHeader = QStringLiteral("ZAT16Editor/TreeHeader");
 const QString keyFixedFont = QStringLiteral("ZAT16Editor/FixedFont");
 const QString keyCommentFont = QStringLiteral("ZAT16Editor/CommentFont");
 const QString keyLastOpenPath = QStringLiteral("ZAT16Editor/LastOpenPath");
@@ -72,16 +70,6 @@ QString settingsString(const QSettings &settings, const QString &key)
             return QString();
     }
     return text;
-}
-
-// A settings value that must be bytes (a saved layout); a text is accepted too, as Qt may store
-// bytes so.
-QByteArray settingsBytes(const QSettings &settings, const QString &key)
-{
-    const QVariant value = settings.value(key);
-    if (value.typeId() == QMetaType::QByteArray || value.typeId() == QMetaType::QString)
-        return value.toByteArray();
-    return QByteArray();
 }
 
 } // namespace
@@ -195,15 +183,10 @@ EditorWindow::EditorWindow(QWidget *parent)
     connect(m_ui->m_act_previous_problem, &QAction::triggered, this, &EditorWindow::onPreviousProblem);
     connect(m_ui->m_act_compare, &QAction::triggered, this, &EditorWindow::onCompare);
 
-    // Settings that are missing or unreadable leave the defaults.
+    // Settings that are missing or unreadable leave the defaults. The layout comes back only
+    // with its check intact, as Qt's restore functions crash on some damaged bytes.
+    WindowLayout::restore(this, view->header());
     QSettings settings;
-    const QByteArray state = settingsBytes(settings, keyState);
-    if (!state.isEmpty())
-        restoreState(state, 0);
-    Tools::restoreWidgetGeometry(this, settingsBytes(settings, keyGeometry));
-    const QByteArray header = settingsBytes(settings, keyTreeHeader);
-    if (!header.isEmpty())
-        view->header()->restoreState(header);
     QFont font;
     const QString fixedFont = settingsString(settings, keyFixedFont);
     if (!fixedFont.isEmpty() && font.fromString(fixedFont))
@@ -710,12 +693,7 @@ bool EditorWindow::canDiscard()
 
 void EditorWindow::closeEvent(QCloseEvent *event)
 {
-    {
-        QSettings settings;
-        settings.setValue(keyGeometry, Tools::saveWidgetGeometry(this));
-        settings.setValue(keyState, saveState(0));
-        settings.setValue(keyTreeHeader, m_ui->m_view->header()->saveState());
-    }
+    WindowLayout::store(this, m_ui->m_view->header());
     if (!canDiscard()) {
         event->ignore();
         return;
@@ -771,6 +749,8 @@ void EditorWindow::showEvent(QShowEvent *event)
         m_problemsDock->showNormal();
         m_problemsDockWasVisible = false;
     }
+    // Restoring the layout did not crash this start.
+    WindowLayout::windowShown(this);
 }
 
 // Find, problems and the comparison with another version

@@ -124,8 +124,15 @@ bool restoreWidgetGeometry(QWidget *widget, QByteArray const &geometry)
         widget->setWindowState(widget->windowState() | Qt::WindowMaximized);
         return true;
     }
-    if (useSize)
-        widget->resize(size);
+    if (useSize) {
+        // Never larger than the screen the window is on now: a size saved on a bigger monitor, or
+        // damaged in the settings, would otherwise be taken as it is, and 30000 x 30000 needs
+        // gigabytes for the window's pixels. The debug lines above keep naming the saved size.
+        QScreen const *placed = moved ? screen : widget->screen();
+        if (!placed)
+            placed = screen;
+        widget->resize(size.boundedTo(placed->availableGeometry().size()));
+    }
     return moved || useSize;
 }
 

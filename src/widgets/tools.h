@@ -18,13 +18,17 @@ QByteArray saveWidgetGeometry(QWidget *widget);
 /// used. A position at most 16 pixels beside the left or right edge of a screen's available area
 /// counts as on that screen. Each refusal is written as a red debug line.
 ///
+/// The size is never applied larger than the available area of the screen the widget is on
+/// afterwards (the one of the restored position, or where the widget already was when that
+/// position was not used): width and height are each cut to that area's.
+///
 /// A maximized record maximizes the widget (it shows maximized when, or if already, visible).
 ///
 /// Returns false when \a geometry is empty, too short or too long to be one record, or holds an
-/// invalid size; the widget is then not touched. Otherwise returns true when anything was applied: the position, the size or the
-/// maximized state. So a record whose position is refused but whose size is restored returns
-/// true, and only a record of which nothing could be used (position refused, size refused, not
-/// maximized) returns false.
+/// invalid size; the widget is then not touched. Otherwise returns true when anything was applied:
+/// the position, the size (also when cut) or the maximized state. So a record whose position is
+/// refused but whose size is restored returns true, and only a record of which nothing could be
+/// used (position refused, size refused, not maximized) returns false.
 bool restoreWidgetGeometry(QWidget *widget, QByteArray const &geometry);
 
 /// The home directory with a separator ensured, followed by "Documents".

@@ -78,6 +78,9 @@ private slots:
     void roundTrip();
     void restoreOnSecondScreen();
     void restoreOnTinyScreen();
+    void restoreHugeSize();
+    void restoreHugeSizeOnSecondScreen();
+    void restoreHugeSizeNotOnAnyScreen();
 
     void ensureDirectorySeparator_data();
     void ensureDirectorySeparator();
@@ -314,7 +317,8 @@ void TestTools::restoreDoesNotFit()
         QStringList({ red(saved + ": Does not fit " + areaText + ", trying centered"),
             red(saved + ": Does not fit " + centeredText) }));
     QCOMPARE(widget.pos(), defaultPlace);
-    QCOMPARE(widget.size(), size);
+    // The saved width is cut to the screen's; the debug lines still name the saved size.
+    QCOMPARE(widget.size(), QSize(available.width(), 200));
     QVERIFY(!(widget.windowState() & Qt::WindowMaximized));
 }
 
@@ -401,6 +405,63 @@ void TestTools::restoreOnTinyScreen()
     QCOMPARE(widget.pos(), QPoint(40, 30));
     QCOMPARE(widget.size(), QSize(100, 100));
     QCOMPARE(widget.windowState(), Qt::WindowNoState);
+}
+
+// The primary screen: 800 x 800 is the offscreen platform's default, 800 x 600 the first of the
+// three screens.
+static QRect primaryArea()
+{
+    return haveThreeScreens() ? QRect(0, 0, 800, 600) : QRect(0, 0, 800, 800);
+}
+
+void TestTools::restoreHugeSize()
+{
+    // Applied as it is, 30000 x 30000 would need 3.5 GB for the window's pixels.
+    QCOMPARE(QGuiApplication::primaryScreen()->availableGeometry(), primaryArea());
+    QWidget widget;
+    widget.move(40, 30);
+    widget.resize(100, 100);
+
+    DebugCapture capture;
+    QVERIFY(Tools::restoreWidgetGeometry(&widget, record(QPoint(10, 20), QSize(30000, 30000), false)));
+    QCOMPARE(capture.lines(), QStringList());
+    QCOMPARE(widget.pos(), QPoint(10, 20));
+    QCOMPARE(widget.size(), primaryArea().size());
+}
+
+void TestTools::restoreHugeSizeOnSecondScreen()
+{
+    if (!haveThreeScreens())
+        QSKIP("needs the three-screen offscreen configuration");
+    // Cut to the screen the window goes to, not to the primary one.
+    QCOMPARE(QGuiApplication::screens().at(1)->availableGeometry(), QRect(800, 0, 640, 480));
+    QWidget widget;
+    widget.move(40, 30);
+    widget.resize(100, 100);
+
+    DebugCapture capture;
+    QVERIFY(Tools::restoreWidgetGeometry(&widget, record(QPoint(900, 50), QSize(30000, 1000), false)));
+    QCOMPARE(capture.lines(), QStringList());
+    QCOMPARE(widget.pos(), QPoint(900, 50));
+    QCOMPARE(widget.size(), QSize(640, 480));
+}
+
+void TestTools::restoreHugeSizeNotOnAnyScreen()
+{
+    // The position is refused, the window stays where it is, on the primary screen, and its
+    // size is cut to that screen.
+    QCOMPARE(QGuiApplication::primaryScreen()->availableGeometry(), primaryArea());
+    QPoint const pos = beyondEveryScreen();
+    QWidget widget;
+    widget.move(40, 30);
+    widget.resize(100, 100);
+
+    DebugCapture capture;
+    QVERIFY(Tools::restoreWidgetGeometry(&widget, record(pos, QSize(500, 30000), false)));
+    QCOMPARE(capture.lines(),
+        QStringList(red(QString("Restore 500x30000+%1+%2: Not on any screen").arg(pos.x()).arg(pos.y()))));
+    QCOMPARE(widget.pos(), QPoint(40, 30));
+    QCOMPARE(widget.size(), QSize(500, primaryArea().height()));
 }
 
 void TestTools::ensureDirectorySeparator_data()
