@@ -1,5 +1,7 @@
 // libFuzzer target: whatever loads is saved (A), loaded and saved again (B), and once more (C).
-// B must load and equal C: once a file has been saved, saving it again changes nothing. That a
+// A save that the read-back check refuses ends the trip, as the save sequence then writes
+// nothing; such refusals are counted by kind. Otherwise A must load, B must pass the check, load
+// and equal C: once a file has been saved, saving it again changes nothing. That a
 // first save changes the file (A differs from B) is counted by kind and not treated as a crash,
 // unless ZAT16_FUZZ_STRICT=1, or ZAT16_FUZZ_STRICT_KIND=<text> for the kinds whose description
 // contains that text (to minimise an example of one kind with -minimize_crash=1).
@@ -19,6 +21,7 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QList>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -104,6 +107,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const FuzzChecks::RoundTrip result = FuzzChecks::roundTrip(bytes);
     ++runs;
     FuzzTarget::failIf(result.failure);
+    if (!result.refused.isEmpty()) {
+        // Counted by kind like the differences: the texts without the names and numbers.
+        static const QRegularExpression values(QStringLiteral("\"[^\"]*\"|0x[0-9A-F]+|\\b[0-9]+\\b"));
+        FuzzChecks::RoundTrip refusal;
+        refusal.lossKind = QStringLiteral("save refused: ") + QString(result.refused).replace(values, QStringLiteral("_"));
+        refusal.loss = result.refused;
+        record(QByteArray(bytes.constData(), bytes.size()), refusal);
+        return 0;
+    }
     if (!result.loss.isEmpty()) {
         record(QByteArray(bytes.constData(), bytes.size()), result);
         if (strict || (!strictKind.isEmpty() && result.lossKind.contains(strictKind)))

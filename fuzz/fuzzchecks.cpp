@@ -4,6 +4,7 @@
 #include "item.h"
 #include "numbers.h"
 #include "parser.h"
+#include "readbackcheck.h"
 #include "tagcodes.h"
 #include "writercpp.h"
 #include "writercpplut.h"
@@ -357,15 +358,27 @@ RoundTrip roundTrip(const QByteArray &data)
         return result;
     result.loaded = true;
     result.a = save(original.get());
+    // A save writes only what reads back as the tree; anything else it refuses, and then nothing
+    // is written. A refused tree is no failure.
+    result.refused = ReadBackCheck::check(original.get(), result.a);
+    if (!result.refused.isEmpty())
+        return result;
 
     QString error;
     std::unique_ptr<Item> fromA(load(result.a, &error));
     if (!fromA) {
-        result.lossKind = QStringLiteral("A does not load: ") + error;
-        result.loss = result.lossKind + QStringLiteral("\n  A = ") + quoted(result.a, 2000);
+        result.failure = QStringLiteral("A passed the read-back check but does not load: ") + error
+            + QStringLiteral("\n  A = ") + quoted(result.a, 2000);
         return result;
     }
     result.b = save(fromA.get());
+    // What was saved once can be saved again.
+    const QString refusedAgain = ReadBackCheck::check(fromA.get(), result.b);
+    if (!refusedAgain.isEmpty()) {
+        result.failure = QStringLiteral("a saved file cannot be saved again: ") + refusedAgain
+            + QStringLiteral("\n  A = ") + quoted(result.a, 2000);
+        return result;
+    }
     if (result.a != result.b) {
         QString what;
         QString kind;

@@ -28,10 +28,13 @@ struct RoundTrip {
     QString failure; ///< why saving is not stable once a file has been saved; empty when it is
     QString loss; ///< why A and B differ (or why A does not load); empty when they are equal
     QString lossKind; ///< `loss` without the values, to count losses of the same kind
+    QString refused; ///< why a save of the input's tree is refused (it would not read back as it is)
 };
 
-/// Loads `data`, saves it (A), loads A and saves it (B), loads B and saves it (C). B must load
-/// and C must equal B. A differing from B is recorded in `loss`, not treated as a failure.
+/// Loads `data`, saves it (A), loads A and saves it (B), loads B and saves it (C). A save that
+/// the read-back check refuses ends the trip (the save sequence writes nothing then); otherwise
+/// A must load, B must pass the check and load, and C must equal B. A differing from B is
+/// recorded in `loss`, not treated as a failure.
 RoundTrip roundTrip(const QByteArray &data);
 /// The failure part of roundTrip(); with `strict` also a loss counts as a failure.
 QString checkRoundTrip(const QByteArray &data, bool strict = false);

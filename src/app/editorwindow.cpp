@@ -215,6 +215,7 @@ void EditorWindow::initialize(const QString &path, const QString &displayName)
         if (Item *root = loadDefinitionFile(p)) {
             m_model->setTags(root);
             m_fileName = p;
+            takeLoadedFile();
             m_ui->m_wdg_file_changed->watchFile(p);
         }
     }
@@ -512,18 +513,12 @@ QDialog *EditorWindow::createViewer(const QString &title, QSyntaxHighlighter *hi
 bool EditorWindow::saveText(const QString &path, const QString &text)
 {
     SaveSequence sequence(path);
-    if (sequence.replaceWith(text.toUtf8())) {
-        popupMessage(tr("Saved to %1").arg(QDir::toNativeSeparators(path)));
-        return true;
+    if (!sequence.replaceWith(text.toUtf8())) {
+        error(sequence.errorMessage());
+        return false;
     }
-    if (sequence.failed == SaveSequence::WriteTemporary)
-        error(sequence.writerError);
-    else
-        error(tr("Could not rename %1 to %2: %3")
-                  .arg(QDir::toNativeSeparators(sequence.temporaryPath),
-                       QDir::toNativeSeparators(sequence.path),
-                       Tools::systemErrorString(sequence.errorNumber)));
-    return false;
+    popupMessage(tr("Saved to %1").arg(QDir::toNativeSeparators(path)));
+    return true;
 }
 
 void EditorWindow::onViewHeader()
@@ -566,7 +561,8 @@ QString EditorWindow::fileFilter() const
 Item *EditorWindow::loadDefinitionFile(const QString &path)
 {
     Parser parser;
-    const bool ok = parser.parse(path);
+    const bool ok = parser.parse(path, &m_loadedStamp);
+    m_loadedStoppedAt = parser.stoppedAtLine;
     if (!parser.warnings.isEmpty())
         message(parser.warnings);
     Item *root = ok ? parser.takeRoot() : nullptr;
@@ -598,17 +594,39 @@ void EditorWindow::onOpen()
     m_model->setTags(root);
     m_fileName = path;
     m_displayName = QFileInfo(path).fileName();
+    takeLoadedFile();
     updateCleanState();
     m_ui->m_wdg_file_changed->watchFile(path);
     emit opened(root, path);
 }
 
+// The file that loadDefinitionFile() read last is now the document's: what it was, and whether
+// all of it was read.
+void EditorWindow::takeLoadedFile()
+{
+    m_fileStamp = m_loadedStamp;
+    m_fileStoppedAt = m_loadedStoppedAt;
+    if (m_fileStoppedAt != 0)
+        m_ui->m_wdg_file_changed->showNotice(
+            tr("Only lines 1 to %1 were read: the rest of the file is not in the editor").arg(m_fileStoppedAt));
+    else
+        m_ui->m_wdg_file_changed->hideNotice();
+}
+
 bool EditorWindow::onSave()
 {
+    // A document without a file asks where to go, instead of writing anywhere.
+    if (m_fileName.isEmpty())
+        return saveAs();
     return save(m_fileName);
 }
 
 void EditorWindow::onSaveAs()
+{
+    saveAs();
+}
+
+bool EditorWindow::saveAs()
 {
     QSettings settings;
     QString start = settingsString(settings, keyLastSaveAsPath);
@@ -616,58 +634,81 @@ void EditorWindow::onSaveAs()
         start = Tools::documentsPath();
     const QString path = QFileDialog::getSaveFileName(this, tr("Save ZAT16 definitions"), start, fileFilter());
     if (path.isEmpty())
-        return;
+        return false;
     settings.setValue(keyLastSaveAsPath, path);
     settings.sync();
-    if (save(path)) {
-        m_displayName = QFileInfo(path).fileName();
-        updateCleanState();
-    }
+    if (!save(path))
+        return false;
+    m_displayName = QFileInfo(path).fileName();
+    updateCleanState();
+    return true;
 }
 
 bool EditorWindow::save(const QString &path)
 {
+    if (!mayOverwrite(path))
+        return false;
     // The save's own renames must not show up as an outside change. The watch that was active
     // before is restored, whatever dosave() watched; after a Save As to a new name the banner
-    // therefore stays on the previous file.
+    // therefore stays on the previous file. After Ignore, when nothing was watched, the saved
+    // file is watched again, so that the next change by another program is heard.
     const QString watched = m_ui->m_wdg_file_changed->fileName();
     m_ui->m_wdg_file_changed->watchFile(QString());
     const bool result = dosave(path);
-    m_ui->m_wdg_file_changed->watchFile(watched);
+    if (result && (watched.isEmpty() || watched == path))
+        m_ui->m_wdg_file_changed->hide();
+    m_ui->m_wdg_file_changed->watchFile(watched.isEmpty() ? m_fileName : watched);
     return result;
+}
+
+// Asks before a save over the document's own file would lose something: the part of the file
+// that was not read, or what another program wrote since the file was read or saved here.
+bool EditorWindow::mayOverwrite(const QString &path)
+{
+    if (path.isEmpty() || path != m_fileName)
+        return true;
+    const QString shown = QDir::toNativeSeparators(path);
+    if (m_fileStoppedAt != 0
+        && QMessageBox::question(this,
+                                 windowTitle(),
+                                 tr("Saving will drop everything after line %1 of %2").arg(m_fileStoppedAt).arg(shown),
+                                 QMessageBox::Yes | QMessageBox::No,
+                                 QMessageBox::No)
+            != QMessageBox::Yes)
+        return false;
+
+    const FileStamp now = FileStamp::ofFile(path);
+    // A file that is gone has nothing to lose; the save puts it back.
+    if (m_fileStamp.sameContent(now) || (now.known && !now.exists))
+        return true;
+    QMessageBox box(QMessageBox::Warning,
+                    windowTitle(),
+                    tr("%1 was changed by another program since it was opened").arg(shown),
+                    QMessageBox::NoButton,
+                    this);
+    QPushButton *overwrite = box.addButton(tr("Overwrite"), QMessageBox::AcceptRole);
+    QPushButton *reloadButton = box.addButton(tr("Reload"), QMessageBox::ResetRole);
+    QPushButton *cancel = box.addButton(QMessageBox::Cancel);
+    box.setDefaultButton(cancel);
+    box.setEscapeButton(cancel);
+    box.exec();
+    if (box.clickedButton() == reloadButton)
+        reload(path);
+    return box.clickedButton() == overwrite;
 }
 
 bool EditorWindow::dosave(const QString &path)
 {
     SaveSequence sequence(path);
     if (!sequence.run(m_model->root())) {
-        switch (sequence.failed) {
-        case SaveSequence::WriteTemporary:
-            error(sequence.writerError);
-            break;
-        case SaveSequence::DeleteBackup:
-            error(tr("Could not delete old backup %1: %2")
-                      .arg(QDir::toNativeSeparators(sequence.backupPath), Tools::systemErrorString(sequence.errorNumber)));
-            break;
-        case SaveSequence::RenameToBackup:
-            error(tr("Could not rename %1 to %2: %3")
-                      .arg(QDir::toNativeSeparators(sequence.path),
-                           QDir::toNativeSeparators(sequence.backupPath),
-                           Tools::systemErrorString(sequence.errorNumber)));
-            break;
-        case SaveSequence::RenameTemporary:
-            error(tr("Could not rename %1 to %2: %3")
-                      .arg(QDir::toNativeSeparators(sequence.temporaryPath),
-                           QDir::toNativeSeparators(sequence.path),
-                           Tools::systemErrorString(sequence.errorNumber)));
-            break;
-        case SaveSequence::Saved:
-            break;
-        }
+        error(sequence.errorMessage());
         return false;
     }
     m_undoStack->setClean();
     m_fileName = path;
+    m_fileStamp = sequence.stamp;
+    m_fileStoppedAt = 0;
+    m_ui->m_wdg_file_changed->hideNotice();
     popupMessage(tr("Saved to %1").arg(QDir::toNativeSeparators(path)));
     m_ui->m_wdg_file_changed->watchFile(path);
     emit saved(m_model->root(), path);
@@ -687,7 +728,7 @@ bool EditorWindow::canDiscard()
     if (answer == QMessageBox::Discard)
         return true;
     if (answer == QMessageBox::Save)
-        return save(m_fileName);
+        return onSave();
     return false;
 }
 
@@ -703,16 +744,22 @@ void EditorWindow::closeEvent(QCloseEvent *event)
 
 void EditorWindow::onReloadClicked()
 {
-    const QString path = m_ui->m_wdg_file_changed->fileName();
-    Item *root = loadDefinitionFile(path);
-    if (!root) {
+    if (!reload(m_ui->m_wdg_file_changed->fileName()))
         m_ui->m_wdg_file_changed->show();
-        return;
-    }
+}
+
+bool EditorWindow::reload(const QString &path)
+{
+    Item *root = loadDefinitionFile(path);
+    if (!root)
+        return false;
     // Undoable, so that the user can go back to the state before the reload.
     m_model->undoableSetTags(root, m_ui->m_view->currentIndex());
     m_undoStack->setClean();
+    if (path == m_fileName)
+        takeLoadedFile();
     emit opened(root, path);
+    return true;
 }
 
 // Floating docks follow the main window.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "filestamp.h"
 #include "item.h"
 
 #include <QMainWindow>
@@ -122,10 +123,18 @@ protected:
 private:
     void addList(ItemType type);
     QString fileFilter() const;
+    bool saveAs();
+    bool reload(const QString &path);
+    void takeLoadedFile();
+    bool mayOverwrite(const QString &path);
 
     Ui_ZAT16EditorWindow *m_ui;
     QString m_fileName;
     QString m_displayName;
+    FileStamp m_fileStamp; ///< the file as it was read or last saved, to notice other programs' changes
+    int m_fileStoppedAt = 0; ///< the line at which reading the file stopped early; 0 when it was read whole
+    FileStamp m_loadedStamp; ///< of the file that loadDefinitionFile() read last
+    int m_loadedStoppedAt = 0; ///< where loadDefinitionFile() stopped reading early
     EditorModel *m_model;
     QUndoStack *m_undoStack;
     QDockWidget *m_undoDock;

@@ -128,6 +128,7 @@ bool WriterXml::writeDefinitions(const Item *root)
     m_textLost = false;
     m_failed = false;
     m_deviceFailed = false;
+    m_handedOver = 0;
     depth = 1;
     {
         Call call(this);
@@ -161,6 +162,18 @@ void WriterXml::writeIndent()
 }
 
 bool WriterXml::writeItem(const Item *item)
+{
+    if (!spans)
+        return writeItemText(item);
+    // A child begins after the ">" that its parent's start tag still waits for.
+    const qsizetype index = spans->size();
+    spans->append({item, m_handedOver + m_text.size() + (m_startTagOpen ? 1 : 0), 0});
+    const bool written = writeItemText(item);
+    (*spans)[index].end = m_handedOver + m_text.size();
+    return written;
+}
+
+bool WriterXml::writeItemText(const Item *item)
 {
     Call call(this);
     if (item->isComment()) {
@@ -399,6 +412,7 @@ void WriterXml::flush()
             m_failed = true;
         }
     }
+    m_handedOver += m_text.size();
     m_text.resize(0);
 }
 

@@ -3,6 +3,7 @@
 #include "writer.h"
 
 #include <QLatin1String>
+#include <QList>
 #include <QString>
 #include <QStringView>
 
@@ -33,9 +34,20 @@ public:
 
     int depth = 0;
 
+    /// Where one item's text begins and ends in the written document, in UTF-16 code units.
+    struct Span {
+        const Item *item;
+        qsizetype begin;
+        qsizetype end;
+    };
+    /// When set, every item written is recorded here in the order written (parents before their
+    /// children), so that a position in the text can be traced back to its item.
+    QList<Span> *spans = nullptr;
+
 private:
     class Call;
 
+    bool writeItemText(const Item *item);
     void closeStartTag();
     void appendMarkup(QLatin1String markup);
     void appendText(QStringView text);
@@ -45,6 +57,7 @@ private:
     void flush();
 
     QString m_text; ///< written but not yet handed to the device
+    qsizetype m_handedOver = 0; ///< code units handed to the device before m_text
     int m_calls = 0; ///< public functions running; the outermost one flushes
     bool m_startTagOpen = false; ///< a start tag waits for its ">" or "/>"
     bool m_textLost = false; ///< a value held a lone surrogate: later texts are not written

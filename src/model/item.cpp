@@ -94,7 +94,7 @@ int Item::row() const
 
 void Item::sortChildrenByType()
 {
-    std::stable_sort(children.begin(), children.end(), [](const Item *a, const Item *b) { return a->type > b->type; });
+    std::stable_sort(children.begin(), children.end(), sortsBefore);
 }
 
 int Item::findBut(unsigned int id, const Item *but) const

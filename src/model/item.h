@@ -78,6 +78,8 @@ public:
     /// Higher types first: a tag's bit list before its enumeration list, blank lines last.
     /// The sort is stable, so the author's order among equal types is kept.
     void sortChildrenByType();
+    /// The order of sortChildrenByType(): whether `a` goes before `b`.
+    static bool sortsBefore(const Item *a, const Item *b) { return a->type > b->type; }
 
     /// Row of the first child other than `but` that has an id equal to `id`, or -1.
     int findBut(unsigned int id, const Item *but) const;

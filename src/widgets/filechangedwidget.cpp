@@ -47,6 +47,7 @@ void FileChangedWidget::watchFile(QString const &path)
 
 void FileChangedWidget::fileChanged(QString const &name)
 {
+    m_notice = false;
     m_ui->m_lbl_message->setText(
         tr("The file %1 has been changed outside this application. Do you want to reload?").arg(name));
     m_ui->m_pb_reload->show();
@@ -57,11 +58,30 @@ void FileChangedWidget::fileChanged(QString const &name)
 
 void FileChangedWidget::fileDisappeared(QString const &name)
 {
+    m_notice = false;
     m_ui->m_lbl_message->setText(tr("The file %1 has been removed.").arg(name));
     m_ui->m_pb_reload->hide();
     m_ui->m_pb_ignore->hide();
     m_ui->m_pb_close->show();
     show();
+}
+
+void FileChangedWidget::showNotice(QString const &text)
+{
+    m_notice = true;
+    m_ui->m_lbl_message->setText(text);
+    m_ui->m_pb_reload->hide();
+    m_ui->m_pb_ignore->hide();
+    m_ui->m_pb_close->show();
+    show();
+}
+
+void FileChangedWidget::hideNotice()
+{
+    if (m_notice) {
+        m_notice = false;
+        hide();
+    }
 }
 
 void FileChangedWidget::onReloadClicked()
@@ -79,6 +99,10 @@ void FileChangedWidget::onIgnoreClicked()
 
 void FileChangedWidget::onCloseClicked()
 {
+    if (m_notice) {
+        hideNotice();
+        return;
+    }
     watchFile(QString());
     hide();
     emit closeClicked();

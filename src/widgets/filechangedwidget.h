@@ -35,6 +35,11 @@ public:
     void fileChanged(QString const &name);
     /// Shows the banner with the "removed" notice and the Close button.
     void fileDisappeared(QString const &name);
+    /// Shows \a text with the Close button, which only hides it: watching goes on. A change
+    /// of the file replaces the notice.
+    void showNotice(QString const &text);
+    /// Hides the banner if it shows a notice; a change report stays.
+    void hideNotice();
 
 signals:
     void ignoreClicked();
@@ -54,4 +59,5 @@ private:
     QString m_fileName;
     QTimer *m_pollTimer = nullptr;
     int m_pollCount = 0;
+    bool m_notice = false; ///< the banner shows a notice, not a change
 };

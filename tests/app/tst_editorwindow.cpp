@@ -17,6 +17,7 @@
 #include <QProcess>
 #include <QDir>
 #include <QDockWidget>
+#include <QAbstractButton>
 #include <QFile>
 #include <QFileDialog>
 #include <QHeaderView>
@@ -36,6 +37,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace ZAT16;
@@ -117,13 +119,28 @@ int renameFailsToBackup(const char *from, const char *to)
     return ::rename(from, to);
 }
 
+// Refuses only the last rename, of the temporary file into place.
 int renameFailsFromTemporary(const char *from, const char *to)
 {
-    if (QByteArray(from).endsWith(".tmp")) {
+    if (QByteArray(from).contains(".tmp") && !QByteArray(from).endsWith(".bak")) {
         errno = EACCES;
         return -1;
     }
     return ::rename(from, to);
+}
+
+// A full disk.
+ssize_t writeFailsFull(int, const void *, size_t)
+{
+    errno = ENOSPC;
+    return -1;
+}
+
+// Temporary files of saves of `path` left beside it.
+QStringList temporaries(const QString &path)
+{
+    const QFileInfo info(path);
+    return info.dir().entryList({info.fileName() + QStringLiteral(".tmp*")}, QDir::Files | QDir::System | QDir::Hidden);
 }
 
 } // namespace
@@ -183,7 +200,7 @@ private slots:
             delete m_window;
             m_window = nullptr;
         }
-        SaveSequence::operations() = {::unlink, ::rename, ::link};
+        SaveSequence::operations() = SaveSequence::systemOperations();
         delete m_dir;
         m_dir = nullptr;
     }
@@ -684,18 +701,21 @@ private slots:
                  QStringList({QStringLiteral("defs.zatdef"), QStringLiteral("defs.zatdef.bak")}));
     }
 
-    void saveFailsWhenTemporaryCannotBeWritten()
+    void saveFailsWhenTheDiskIsFull()
     {
         editSomething();
-        QVERIFY(QDir().mkdir(m_path + QStringLiteral(".tmp")));
+        QVERIFY(writeFile(m_path + QStringLiteral(".bak"), "backup before"));
+        SaveSequence::operations().write = writeFailsFull;
         QString text;
         TestModal::answerMessageBox(QMessageBox::Ok, &text);
         QVERIFY(!m_window->onSave());
-        const QString expected = QStringLiteral("Failed to open output file ") + m_path + QStringLiteral(".tmp.");
+        // The file and the system's reason, in the box and in the Messages dock.
+        const QString expected = QStringLiteral("Error writing ") + m_path + QStringLiteral(":\n  No space left on device");
         QCOMPARE(text, expected);
         QVERIFY(m_window->messages()->toPlainText().endsWith(expected));
         QCOMPARE(readFile(m_path), defs);
-        QVERIFY(!QFile::exists(m_path + QStringLiteral(".bak")));
+        QCOMPARE(readFile(m_path + QStringLiteral(".bak")), QByteArray("backup before"));
+        QCOMPARE(temporaries(m_path), QStringList());
         QVERIFY(!m_window->undoStack()->isClean());
     }
 
@@ -710,7 +730,7 @@ private slots:
                  QStringLiteral("Could not delete old backup ") + m_path + QStringLiteral(".bak: ")
                      + QString::fromLocal8Bit(std::strerror(EISDIR)));
         QCOMPARE(readFile(m_path), defs);
-        QVERIFY(readFile(m_path + QStringLiteral(".tmp")).contains("PowerOn"));
+        QCOMPARE(temporaries(m_path), QStringList());
         QVERIFY(!m_window->undoStack()->isClean());
     }
 
@@ -726,7 +746,8 @@ private slots:
                  QStringLiteral("Could not rename ") + m_path + QStringLiteral(" to ") + m_path
                      + QStringLiteral(".bak: ") + QString::fromLocal8Bit(std::strerror(EACCES)));
         QCOMPARE(readFile(m_path), defs);
-        QVERIFY(readFile(m_path + QStringLiteral(".tmp")).contains("PowerOn"));
+        QCOMPARE(readFile(m_path + QStringLiteral(".bak")), QByteArray("old backup"));
+        QCOMPARE(temporaries(m_path), QStringList());
         QVERIFY(!m_window->undoStack()->isClean());
     }
 
@@ -737,7 +758,7 @@ private slots:
         QVERIFY(m_window->onSave());
         QCOMPARE(readFile(m_path + QStringLiteral(".bak")), defs);
         QVERIFY(readFile(m_path).contains("PowerOn"));
-        QVERIFY(!QFile::exists(m_path + QStringLiteral(".tmp")));
+        QCOMPARE(temporaries(m_path), QStringList());
 
         // Where the fallback rename fails, that is what the message names.
         QVERIFY(model()->setData(model()->index(0, 0), QStringLiteral("PowerOff"), Qt::EditRole));
@@ -751,7 +772,7 @@ private slots:
                      + QStringLiteral(".bak: ") + QString::fromLocal8Bit(std::strerror(EXDEV)));
         QCOMPARE(readFile(m_path), saved);
         QVERIFY(!QFile::exists(m_path + QStringLiteral(".bak")));
-        QVERIFY(readFile(m_path + QStringLiteral(".tmp")).contains("PowerOff"));
+        QCOMPARE(temporaries(m_path), QStringList());
     }
 
     void saveFailsWhenTemporaryCannotBeRenamed()
@@ -761,28 +782,85 @@ private slots:
         QString text;
         TestModal::answerMessageBox(QMessageBox::Ok, &text);
         QVERIFY(!m_window->onSave());
-        QCOMPARE(text,
-                 QStringLiteral("Could not rename ") + m_path + QStringLiteral(".tmp to ") + m_path
-                     + QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(EACCES)));
+        QVERIFY2(text.startsWith(QStringLiteral("Could not rename ") + m_path + QStringLiteral(".tmp")), qPrintable(text));
+        QVERIFY(text.endsWith(QStringLiteral(" to ") + m_path + QStringLiteral(": ")
+                              + QString::fromLocal8Bit(std::strerror(EACCES))));
         // The old file became the backup by a link, so its name still holds it.
         QCOMPARE(readFile(m_path), defs);
         QCOMPARE(readFile(m_path + QStringLiteral(".bak")), defs);
-        QVERIFY(readFile(m_path + QStringLiteral(".tmp")).contains("PowerOn"));
+        QCOMPARE(temporaries(m_path), QStringList());
         QVERIFY(!m_window->undoStack()->isClean());
     }
 
-    void saveOnFullDevice()
+    // A name that the reader refuses is not saved over the file.
+    void saveRefusesWhatWouldNotLoadAgain()
     {
-        editSomething();
-        QVERIFY(writeFile(m_path + QStringLiteral(".bak"), "backup before"));
-        QVERIFY(QFile::link(QStringLiteral("/dev/full"), m_path + QStringLiteral(".tmp")));
+        ItemData data = *model()->index2item(model()->index(0, 0));
+        data.name = QStringLiteral("Tag");
+        m_window->onApplyItem(model()->index2item(model()->index(0, 0)), data);
         QString text;
         TestModal::answerMessageBox(QMessageBox::Ok, &text);
         QVERIFY(!m_window->onSave());
-        QCOMPARE(text, QStringLiteral("Error writing ") + m_path + QStringLiteral(".tmp:\n  No space left on device"));
+        QCOMPARE(text,
+                 QStringLiteral("The file %1 was not saved: the tag \"Tag\" would not load again (The name \"Tag\" is "
+                                "reserved.).")
+                     .arg(m_path));
         QCOMPARE(readFile(m_path), defs);
-        QCOMPARE(readFile(m_path + QStringLiteral(".bak")), QByteArray("backup before"));
         QVERIFY(!m_window->undoStack()->isClean());
+    }
+
+    // Saving through a symbolic link saves its target; a private file stays private.
+    void saveThroughLinkKeepsLinkAndMode()
+    {
+        const QString target = path(QStringLiteral("real.zatdef"));
+        const QString link = path(QStringLiteral("link.zatdef"));
+        QVERIFY(writeFile(target, defs));
+        QCOMPARE(::chmod(QFile::encodeName(target).constData(), 0600), 0);
+        QVERIFY(QFile::link(target, link));
+        delete m_window;
+        m_window = new EditorWindow;
+        m_window->initialize(link, QString());
+        editSomething();
+        QVERIFY(m_window->onSave());
+        QVERIFY(QFileInfo(link).isSymLink());
+        QVERIFY(readFile(target).contains("PowerOn"));
+        QCOMPARE(readFile(target + QStringLiteral(".bak")), defs);
+        QCOMPARE(QFileInfo(target).permissions(), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
+    }
+
+    // Without a file name, Save asks where to save instead of writing anything anywhere.
+    void saveWithoutFileNameAsksForOne()
+    {
+        delete m_window;
+        m_window = new EditorWindow;
+        m_window->initialize(QString(), QString());
+        QVERIFY(m_window->fileName().isEmpty());
+        QVERIFY(model()->insertRow(0, QModelIndex()));
+        const QString cwd = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(m_dir->path()));
+        QVERIFY(writeFile(path(QStringLiteral(".bak")), "someone's file named .bak"));
+        QString caption;
+        TestModal::onNextModal([&](QWidget *w) {
+            caption = w->windowTitle();
+            qobject_cast<QDialog *>(w)->reject();
+        });
+        const bool saved = m_window->onSave();
+        QDir::setCurrent(cwd);
+        QVERIFY(!saved);
+        QCOMPARE(caption, QStringLiteral("Save ZAT16 definitions"));
+        QCOMPARE(readFile(path(QStringLiteral(".bak"))), QByteArray("someone's file named .bak"));
+        QVERIFY(!QFileInfo::exists(path(QStringLiteral(".tmp"))));
+        QVERIFY(m_window->messages()->toPlainText().trimmed().isEmpty());
+
+        // With a name chosen, it is saved there.
+        const QString target = path(QStringLiteral("chosen.zatdef"));
+        TestModal::onNextModal([&](QWidget *w) {
+            chooseFile(qobject_cast<QFileDialog *>(w), target);
+            qobject_cast<QDialog *>(w)->accept();
+        });
+        QVERIFY(m_window->onSave());
+        QCOMPARE(m_window->fileName(), target);
+        QVERIFY(QFileInfo::exists(target));
     }
 
     void savedFileIsAcceptedByXmllint()
@@ -839,14 +917,14 @@ private slots:
     void closeWithFailingSaveStaysOpen()
     {
         editSomething();
-        QVERIFY(QDir().mkdir(m_path + QStringLiteral(".tmp")));
+        SaveSequence::operations().write = writeFailsFull;
         QString warning;
         TestModal::answerMessageBox(QMessageBox::Save, nullptr, [&]() {
             TestModal::answerMessageBox(QMessageBox::Ok, &warning);
         });
         QVERIFY(!m_window->close());
         QVERIFY(m_window->isVisible());
-        QCOMPARE(warning, QStringLiteral("Failed to open output file ") + m_path + QStringLiteral(".tmp."));
+        QCOMPARE(warning, QStringLiteral("Error writing ") + m_path + QStringLiteral(":\n  No space left on device"));
         // The layout was stored before asking.
         QSettings settings;
         QVERIFY(!settings.value(QStringLiteral("ZAT16Editor/Geometry")).toByteArray().isEmpty());
@@ -869,7 +947,7 @@ private slots:
     {
         editSomething();
         const QByteArray before = encode(model()->root());
-        QVERIFY(QDir().mkdir(m_path + QStringLiteral(".tmp")));
+        SaveSequence::operations().write = writeFailsFull;
         bool dialogShown = false;
         TestModal::answerMessageBox(QMessageBox::Save, nullptr, [&]() {
             TestModal::answerMessageBox(QMessageBox::Ok, nullptr, [&]() {
@@ -1017,7 +1095,78 @@ private slots:
         QCOMPARE(ui()->m_wdg_file_changed->fileName(), m_path);
     }
 
-    void ignoreEndsWatchingAndSaveDoesNotResume()
+    // Another program changed the file: a save asks before it overwrites that.
+    void saveAfterOutsideChangeAsks_data()
+    {
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<bool>("saved");
+        QTest::newRow("cancel") << "Cancel" << false;
+        QTest::newRow("overwrite") << "Overwrite" << true;
+        QTest::newRow("reload") << "Reload" << false;
+    }
+
+    void saveAfterOutsideChangeAsks()
+    {
+        QFETCH(QString, answer);
+        QFETCH(bool, saved);
+        const QByteArray outside = "<zat16>\n  <tag name=\"FromGit\" id=\"0x3001\"/>\n</zat16>\n";
+        editSomething();
+        QVERIFY(writeFile(m_path, outside));
+        QString text;
+        QStringList buttons;
+        QString defaultButton;
+        TestModal::onNextModal([&](QWidget *w) {
+            auto *box = qobject_cast<QMessageBox *>(w);
+            QVERIFY(box);
+            text = box->text();
+            for (QAbstractButton *button : box->buttons())
+                buttons << button->text().remove(QLatin1Char('&'));
+            defaultButton = box->defaultButton()->text().remove(QLatin1Char('&'));
+            for (QAbstractButton *button : box->buttons()) {
+                if (button->text().remove(QLatin1Char('&')) == answer)
+                    button->click();
+            }
+        });
+        QCOMPARE(m_window->onSave(), saved);
+        QCOMPARE(text, m_path + QStringLiteral(" was changed by another program since it was opened"));
+        buttons.sort();
+        QCOMPARE(buttons, QStringList({QStringLiteral("Cancel"), QStringLiteral("Overwrite"), QStringLiteral("Reload")}));
+        QCOMPARE(defaultButton, QStringLiteral("Cancel"));
+        if (saved) {
+            QVERIFY(readFile(m_path).contains("PowerOn"));
+            QCOMPARE(readFile(m_path + QStringLiteral(".bak")), outside);
+        } else {
+            QCOMPARE(readFile(m_path), outside);
+        }
+        if (answer == QLatin1String("Reload")) {
+            QVERIFY(encode(model()->root()).contains("FromGit"));
+            QVERIFY(m_window->undoStack()->isClean());
+            // The edits made before are one undo away, and saving them now asks nothing more.
+            m_window->undoStack()->undo();
+            QVERIFY(encode(model()->root()).contains("PowerOn"));
+            QVERIFY(m_window->onSave());
+            QVERIFY(readFile(m_path).contains("PowerOn"));
+        }
+    }
+
+    // A file that was only touched, or written again with the same content, is no change.
+    void saveAfterTouchAsksNothing()
+    {
+        editSomething();
+        QVERIFY(writeFile(m_path, defs));
+        bool asked = false;
+        TestModal::onNextModal([&](QWidget *w) {
+            asked = true;
+            w->close();
+        }, nullptr, 300);
+        QVERIFY(m_window->onSave());
+        QVERIFY(!asked);
+        QVERIFY(readFile(m_path).contains("PowerOn"));
+    }
+
+    // After Ignore the editor still knows the file changed: the next save asks, and watching
+    // resumes after it, so that a later change is reported again.
+    void ignoreThenSaveAsksAndWatchesAgain()
     {
         QVERIFY(writeFile(m_path, defs + "\n"));
         QTRY_VERIFY(ui()->m_wdg_file_changed->isVisible());
@@ -1025,11 +1174,110 @@ private slots:
         QVERIFY(!ui()->m_wdg_file_changed->isVisible());
         QVERIFY(ui()->m_wdg_file_changed->fileName().isEmpty());
         editSomething();
+        QString text;
+        TestModal::onNextModal([&](QWidget *w) {
+            auto *box = qobject_cast<QMessageBox *>(w);
+            QVERIFY(box);
+            text = box->text();
+            for (QAbstractButton *button : box->buttons()) {
+                if (button->text().remove(QLatin1Char('&')) == QLatin1String("Overwrite"))
+                    button->click();
+            }
+        });
         QVERIFY(m_window->onSave());
-        QVERIFY(ui()->m_wdg_file_changed->fileName().isEmpty());
+        QCOMPARE(text, m_path + QStringLiteral(" was changed by another program since it was opened"));
+        QCOMPARE(ui()->m_wdg_file_changed->fileName(), m_path);
+        QTest::qWait(300);
         QVERIFY(writeFile(m_path, defs));
-        QTest::qWait(1500);
+        QTRY_VERIFY(ui()->m_wdg_file_changed->isVisible());
+    }
+
+    // Reading stopped early at stray text: the banner says so, and a save over the file asks
+    // first, with No as the default.
+    void incompleteReadIsShownAndSaveAsks()
+    {
+        const QByteArray stray = "<zat16>\n  <tag name=\"A\" id=\"0x1001\"/>\n  x\n  <tag name=\"B\" id=\"0x1002\"/>\n</zat16>\n";
+        QVERIFY(writeFile(m_path, stray));
+        delete m_window;
+        m_window = new EditorWindow;
+        m_window->initialize(m_path, QString());
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window));
+        QVERIFY(ui()->m_wdg_file_changed->isVisible());
+        QCOMPARE(ui()->m_wdg_file_changed->findChild<QLabel *>(QStringLiteral("m_lbl_message"))->text(),
+                 QStringLiteral("Only lines 1 to 3 were read: the rest of the file is not in the editor"));
+        QVERIFY(m_window->messages()->toPlainText().contains(QStringLiteral("Unexpected characters encountered")));
+
+        QString text;
+        QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
+        TestModal::onNextModal([&](QWidget *w) {
+            auto *box = qobject_cast<QMessageBox *>(w);
+            QVERIFY(box);
+            text = box->text();
+            defaultButton = box->standardButton(box->defaultButton());
+            box->button(QMessageBox::No)->click();
+        });
+        QVERIFY(!m_window->onSave());
+        QCOMPARE(text, QStringLiteral("Saving will drop everything after line 3 of ") + m_path);
+        QCOMPARE(defaultButton, QMessageBox::No);
+        QCOMPARE(readFile(m_path), stray);
+
+        TestModal::answerMessageBox(QMessageBox::Yes);
+        QVERIFY(m_window->onSave());
+        QVERIFY(!readFile(m_path).contains("\"B\""));
         QVERIFY(!ui()->m_wdg_file_changed->isVisible());
+        // The file is now all that the editor holds: the next save asks nothing.
+        bool asked = false;
+        TestModal::onNextModal([&](QWidget *w) {
+            asked = true;
+            w->close();
+        }, nullptr, 300);
+        QVERIFY(m_window->onSave());
+        QVERIFY(!asked);
+    }
+
+    // What is not a file is refused when opened, also the file that is reopened at start.
+    void startDoesNotOpenWhatIsNotAFile_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("named pipe") << "pipe" << "Is a named pipe";
+        QTest::newRow("folder") << "folder" << QString::fromLocal8Bit(std::strerror(EISDIR));
+    }
+
+    void startDoesNotOpenWhatIsNotAFile()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QString, reason);
+        const QString special = path(QStringLiteral("special.zatdef"));
+        if (kind == QLatin1String("pipe"))
+            QCOMPARE(::mkfifo(QFile::encodeName(special).constData(), 0600), 0);
+        else
+            QVERIFY(QDir().mkdir(special));
+        QSettings().setValue(QStringLiteral("ZAT16Editor/LastOpenPath"), special);
+        QString text;
+        TestModal::answerMessageBox(QMessageBox::Close, &text);
+        EditorWindow window;
+        window.initialize(QString(), QString());
+        QCOMPARE(text, QStringLiteral("Error: Failed to open input file ") + special + QStringLiteral(": ") + reason);
+        QVERIFY(window.fileName().isEmpty());
+    }
+
+    // Warnings beyond the first thousand are counted, not listed.
+    void manyWarningsEndInACount()
+    {
+        QByteArray many = "<zat16>\n";
+        for (int i = 0; i < 1500; ++i)
+            many += "  <tag name=\"Same\" id=\"0x" + QByteArray::number(0x1000 + i, 16) + "\"/>\n";
+        many += "</zat16>\n";
+        QVERIFY(writeFile(m_path, many));
+        delete m_window;
+        m_window = new EditorWindow;
+        m_window->initialize(m_path, QString());
+        const QString text = m_window->messages()->toPlainText();
+        QVERIFY2(text.endsWith(QStringLiteral("Warning: ") + m_path + QStringLiteral(":\n  499 more warnings were not listed\n")),
+                 qPrintable(text.right(200).replace(QLatin1Char('\n'), QLatin1Char('|'))));
+        QCOMPARE(text.count(QStringLiteral("Double tag name Same")), 499);
     }
 
     // --- settings ---

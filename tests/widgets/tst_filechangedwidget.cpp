@@ -54,6 +54,7 @@ private slots:
     void ignoreEndsWatching();
     void closeEndsWatching();
     void watchOtherFile();
+    void noticeKeepsWatching();
 
 private:
     bool writeFile(QString const &path, QByteArray const &contents);
@@ -369,6 +370,35 @@ void TestFileChangedWidget::closeEndsWatching()
     QTest::qWait(1500);
     QVERIFY(!m_banner->isVisible());
     QCOMPARE(shows.count, 1);
+}
+
+// A notice (that reading stopped early, say) shows with Close, which only hides it; a change of
+// the file takes its place, and hideNotice() hides only a notice.
+void TestFileChangedWidget::noticeKeepsWatching()
+{
+    QSignalSpy close(m_banner, &FileChangedWidget::closeClicked);
+    m_banner->watchFile(m_path);
+    m_banner->showNotice(QStringLiteral("Only lines 1 to 3 were read"));
+    QVERIFY(m_banner->isVisible());
+    QCOMPARE(label()->text(), QStringLiteral("Only lines 1 to 3 were read"));
+    QVERIFY(!button("m_pb_reload")->isVisible());
+    QVERIFY(!button("m_pb_ignore")->isVisible());
+    QVERIFY(button("m_pb_close")->isVisible());
+    QTest::mouseClick(button("m_pb_close"), Qt::LeftButton);
+    QVERIFY(!m_banner->isVisible());
+    QCOMPARE(close.count(), 0);
+    QCOMPARE(m_banner->fileName(), m_path);
+    QVERIFY(watcher());
+
+    m_banner->showNotice(QStringLiteral("again"));
+    QVERIFY(writeFile(m_path, "changed\n"));
+    QTRY_VERIFY(showsChanged());
+    m_banner->hideNotice();
+    QVERIFY(showsChanged());
+
+    m_banner->showNotice(QStringLiteral("a notice"));
+    m_banner->hideNotice();
+    QVERIFY(!m_banner->isVisible());
 }
 
 void TestFileChangedWidget::watchOtherFile()
