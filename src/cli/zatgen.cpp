@@ -6,6 +6,7 @@
 
 #include "compatibility.h"
 #include "item.h"
+#include "localfile.h"
 #include "parser.h"
 #include "problems.h"
 #include "writercpp.h"
@@ -14,14 +15,20 @@
 #include "writerheader.h"
 #include "writerlua.h"
 #include "writerxml.h"
+#include "savesequence.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
 
+#include <cerrno>
 #include <cstdio>
+#include <fcntl.h>
 #include <functional>
 #include <memory>
+#include <sys/stat.h>
+#include <type_traits>
+#include <unistd.h>
 
 namespace {
 
@@ -34,16 +41,17 @@ enum ExitStatus {
     Breaking = 5,
 };
 
+// Messages quote file names; those come out as the bytes the file system has.
 void printErr(const QString &text)
 {
-    const QByteArray bytes = text.toLocal8Bit();
+    const QByteArray bytes = ZAT16::LocalFile::encodeName(text);
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
     std::fflush(stderr);
 }
 
 void printOut(const QString &text)
 {
-    const QByteArray bytes = text.toLocal8Bit();
+    const QByteArray bytes = ZAT16::LocalFile::encodeName(text);
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
     std::fflush(stdout);
 }
@@ -58,6 +66,15 @@ std::unique_ptr<ZAT16::Item> readDefinitions(const QString &path, bool *warned)
         *warned = true;
     if (!ok) {
         printErr(parser.formatError() + QLatin1Char('\n'));
+        return nullptr;
+    }
+    // Reading stops at text between elements, keeping what came before. An output made from
+    // that would silently lack the rest of the file.
+    if (parser.stoppedAtLine != 0) {
+        printErr(QStringLiteral("Error: %1, Line %2:\n  Reading stopped at text that is not allowed here; the rest of "
+                                "the file was not read\n")
+                     .arg(path)
+                     .arg(parser.stoppedAtLine));
         return nullptr;
     }
     return std::unique_ptr<ZAT16::Item>(parser.takeRoot());
@@ -91,31 +108,88 @@ struct OutputKind {
     std::function<OutputResult(const ZAT16::Item *, const QString &, bool checkOnly, QString *)> produce;
 };
 
+// What an output path names: a file (or nothing yet, or a link to a file), or something that
+// takes a stream of bytes and is written directly (a pipe, a device).
+enum class OutputTarget { File, Stream };
+
+OutputTarget outputTarget(const QString &path)
+{
+    struct stat st;
+    if (::stat(ZAT16::LocalFile::encodeName(path).constData(), &st) == 0
+        && (S_ISFIFO(st.st_mode) || S_ISCHR(st.st_mode) || S_ISBLK(st.st_mode)))
+        return OutputTarget::Stream;
+    return OutputTarget::File;
+}
+
 bool fileHasContent(const QString &path, const QByteArray &bytes)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || file.size() != bytes.size())
+    QString reason;
+    const int fd = ZAT16::LocalFile::openForReading(path, &reason);
+    if (fd < 0)
         return false;
-    return file.readAll() == bytes;
+    QFile file;
+    const bool same = file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle) && file.size() == bytes.size()
+        && file.readAll() == bytes;
+    if (!file.isOpen())
+        ::close(fd);
+    return same;
+}
+
+bool writeStream(const QString &path, const QByteArray &bytes, QString *error)
+{
+    const int fd = ::open(ZAT16::LocalFile::encodeName(path).constData(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
+    const char *p = bytes.constData();
+    qsizetype left = bytes.size();
+    while (fd >= 0 && left > 0) {
+        const ssize_t n = ::write(fd, p, size_t(left));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            break;
+        p += n;
+        left -= n;
+    }
+    const int failure = errno;
+    if (fd >= 0)
+        ::close(fd);
+    if (fd >= 0 && left == 0)
+        return true;
+    *error = QStringLiteral("Error writing %1:\n  %2").arg(path, ZAT16::LocalFile::errorText(failure));
+    return false;
 }
 
 // A file whose content would not change is not written at all, so that its modification time
-// stays and a build does not redo what depends on it.
-OutputResult produce(ZAT16::Writer &writer, const ZAT16::Item *root, const QString &path, bool checkOnly,
-                     QString *error)
+// stays and a build does not redo what depends on it. Files are replaced whole, never truncated
+// and rewritten: an output that is also the input survives a full disk, and a build never sees
+// a half-written header. Definitions must read back as the tree before they replace the file.
+OutputResult produce(ZAT16::Writer &writer, bool definitions, const ZAT16::Item *root, const QString &path,
+                     bool checkOnly, QString *error)
 {
-    const bool toStdout = path == QLatin1String("-");
-    if (!toStdout) {
-        if (fileHasContent(path, writer.encode(root)))
-            return OutputResult::Unchanged;
+    if (path == QLatin1String("-")) {
         if (checkOnly)
-            return OutputResult::OutOfDate;
-    } else if (checkOnly) {
-        return OutputResult::Unchanged; // standard output has nothing to compare with
+            return OutputResult::Unchanged; // standard output has nothing to compare with
+        if (writer.write(root, path))
+            return OutputResult::Written;
+        *error = writer.formatError();
+        return OutputResult::Failed;
     }
-    if (writer.write(root, path))
+    const QByteArray bytes = writer.encode(root);
+    if (outputTarget(path) == OutputTarget::Stream) {
+        // A pipe or a device is only written to; reading it to compare would take its data or
+        // wait for a writer.
+        if (checkOnly)
+            return OutputResult::Unchanged;
+        return writeStream(path, bytes, error) ? OutputResult::Written : OutputResult::Failed;
+    }
+    if (!bytes.isEmpty() && fileHasContent(path, bytes))
+        return OutputResult::Unchanged;
+    if (checkOnly)
+        return OutputResult::OutOfDate;
+    ZAT16::SaveSequence sequence(path);
+    const bool saved = definitions ? sequence.run(root, ZAT16::SaveSequence::NoBackup) : sequence.replaceWith(bytes);
+    if (saved)
         return OutputResult::Written;
-    *error = writer.formatError();
+    *error = sequence.errorMessage();
     return OutputResult::Failed;
 }
 
@@ -123,7 +197,7 @@ template<typename W>
 OutputResult produceWith(const ZAT16::Item *root, const QString &path, bool checkOnly, QString *error)
 {
     W writer;
-    return produce(writer, root, path, checkOnly, error);
+    return produce(writer, std::is_same_v<W, ZAT16::WriterXml>, root, path, checkOnly, error);
 }
 
 QList<OutputKind> outputKinds()
@@ -190,7 +264,12 @@ int main(int argc, char *argv[])
     cmd.addPositionalArgument(QStringLiteral("input"),
                               QStringLiteral("The definitions file (.zatdef); with --compare, its new version."));
 
-    if (!cmd.parse(app.arguments())) {
+    // The arguments as the system gave them: Qt's own decoding would change a file name that is
+    // not valid UTF-8 into another name.
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << ZAT16::LocalFile::decodeName(QByteArray(argv[i]));
+    if (!cmd.parse(arguments)) {
         printErr(QStringLiteral("zatgen: %1\n").arg(cmd.errorText()));
         return BadUsage;
     }
