@@ -2,6 +2,7 @@
 // 1,000 to 100,000 tags. See bench/README.md.
 
 #include "benchrunner.h"
+#include "hostileinputs.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -17,7 +18,10 @@ void usage()
     std::fprintf(stderr,
                  "usage: zatbench [--quick]\n"
                  "       zatbench --profile OPERATION [TAGS]   (TAGS defaults to 10000)\n"
+                 "       zatbench --hostile [MB]               (MB defaults to 100)\n"
                  "  --quick      only 1,000 and 10,000 tags\n"
+                 "  --hostile    reads MB of each kind of input built to be expensive, in child\n"
+                 "               processes: time and peak memory\n"
                  "  --profile    runs one operation once inside zatbench_profiled(), for\n"
                  "               valgrind --tool=callgrind --toggle-collect=zatbench_profiled\n"
                  "  operations:  %s\n",
@@ -32,6 +36,19 @@ int main(int argc, char *argv[])
     if (argc == 3 && std::strcmp(argv[1], "--memory") == 0) {
         QCoreApplication app(argc, argv);
         return BenchRunner::memoryChild(std::atoi(argv[2]));
+    }
+    if (argc == 4 && std::strcmp(argv[1], "--hostile-child") == 0) {
+        QCoreApplication app(argc, argv);
+        return HostileInputs::child(QString::fromLocal8Bit(argv[2]), std::strcmp(argv[3], "anchored") == 0);
+    }
+    if ((argc == 2 || argc == 3) && std::strcmp(argv[1], "--hostile") == 0) {
+        QCoreApplication app(argc, argv);
+        const int megabytes = argc == 3 ? std::atoi(argv[2]) : 100;
+        if (megabytes < 1) {
+            usage();
+            return 2;
+        }
+        return HostileInputs::run(QCoreApplication::applicationFilePath(), megabytes);
     }
 
     // The editor model uses fonts and colours, which need a GUI application, but no screen.
