@@ -16,7 +16,7 @@ struct FileStamp {
     quint64 inode = 0;
     qint64 size = 0;
     qint64 modified = 0; ///< nanoseconds since the epoch
-    QByteArray hash; ///< of the whole content
+    QByteArray hash; ///< of the whole content; tells contents apart, not meant to resist an attacker
 
     /// The stamp of the file at `path` now, reading the whole file; a missing file gives a known
     /// stamp with `exists` false, a file that cannot be read an unknown one.

@@ -89,6 +89,25 @@ private slots:
         QVERIFY(!stamp.known);
     }
 
+    // A file read in pieces has the hash of its content in one piece; one byte more or another
+    // byte anywhere gives another hash.
+    void hashOfLargeContent()
+    {
+        QByteArray content;
+        for (int i = 0; i < 200001; ++i)
+            content += char('a' + i % 23);
+        const QString path = m_dir.filePath(QStringLiteral("large"));
+        QVERIFY(writeFile(path, content));
+        const FileStamp stamp = FileStamp::ofFile(path);
+        QCOMPARE(stamp.hash, FileStamp::hashOf(content));
+        QCOMPARE(stamp.hash.size(), 16);
+        QByteArray changed = content;
+        changed[150000] = 'Z';
+        QVERIFY(FileStamp::hashOf(changed) != stamp.hash);
+        QVERIFY(FileStamp::hashOf(content + 'a') != stamp.hash);
+        QVERIFY(FileStamp::hashOf(content.left(65536)) != FileStamp::hashOf(content.left(65537)));
+    }
+
     void ofWritten()
     {
         const QString path = m_dir.filePath(QStringLiteral("written"));
