@@ -198,19 +198,6 @@ QString grouped(qint64 n)
 }
 
 // A field of /proc/self/status in KiB, or -1.
-qint64 statusKiB(const char *field)
-{
-    QFile file(QStringLiteral("/proc/self/status"));
-    if (!file.open(QIODevice::ReadOnly))
-        return -1;
-    const QByteArray key = QByteArray(field) + ':';
-    for (const QByteArray &line : file.readAll().split('\n')) {
-        if (line.startsWith(key))
-            return line.mid(key.size()).trimmed().split(' ').value(0).toLongLong();
-    }
-    return -1;
-}
-
 // Resets VmHWM to the current resident size (Linux 4.0 and later).
 bool resetPeak()
 {
@@ -312,6 +299,19 @@ BenchRunner::Memory BenchRunner::measureMemory(int tags) const
         }
     }
     return memory;
+}
+
+qint64 BenchRunner::statusKiB(const char *field)
+{
+    QFile file(QStringLiteral("/proc/self/status"));
+    if (!file.open(QIODevice::ReadOnly))
+        return -1;
+    const QByteArray key = QByteArray(field) + ':';
+    for (const QByteArray &line : file.readAll().split('\n')) {
+        if (line.startsWith(key))
+            return line.mid(key.size()).trimmed().split(' ').value(0).toLongLong();
+    }
+    return -1;
 }
 
 int BenchRunner::memoryChild(int tags)

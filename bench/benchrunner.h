@@ -51,6 +51,8 @@ public:
     /// --toggle-collect; the preparation runs outside it.
     static int profile(const QString &operation, int tags);
     static QStringList profileOperations();
+    /// A field of /proc/self/status in KiB (VmRSS, VmHWM), or -1.
+    static qint64 statusKiB(const char *field);
 
 private:
     bool measureSize(int column);

@@ -1,5 +1,7 @@
 #include "hostileinputs.h"
 
+#include "benchrunner.h"
+
 #include "item.h"
 #include "parser.h"
 
@@ -16,19 +18,6 @@
 #include <sys/resource.h>
 
 namespace {
-
-qint64 statusKiB(const char *field)
-{
-    QFile file(QStringLiteral("/proc/self/status"));
-    if (!file.open(QIODevice::ReadOnly))
-        return -1;
-    const QByteArray key = QByteArray(field) + ':';
-    for (const QByteArray &line : file.readAll().split('\n')) {
-        if (line.startsWith(key))
-            return line.mid(key.size()).trimmed().split(' ').value(0).toLongLong();
-    }
-    return -1;
-}
 
 // `unit` repeated between `head` and `tail` until the whole is about `bytes` long.
 QByteArray repeated(const QByteArray &head, const QByteArray &unit, const QByteArray &tail, qint64 bytes)
@@ -140,12 +129,12 @@ int HostileInputs::child(const QString &path, bool anchored)
         }
         anchor = cpuMs() - start + (tokens < 0 ? 1 : 0);
     }
-    const qint64 peakBefore = statusKiB("VmHWM");
+    const qint64 peakBefore = BenchRunner::statusKiB("VmHWM");
     const double start = cpuMs();
     ZAT16::Parser parser;
     const bool ok = parser.parse(path);
     const double ms = cpuMs() - start;
-    const qint64 peakAfter = statusKiB("VmHWM");
+    const qint64 peakAfter = BenchRunner::statusKiB("VmHWM");
     std::printf("READ %.0f %lld %d %lld %.0f\n", ms, peakAfter - peakBefore, ok ? 1 : 0, qint64(parser.warnings.size()), anchor);
     std::fflush(stdout);
     // The tree is left to the end of the process: freeing it would only cost time.

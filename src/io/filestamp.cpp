@@ -101,20 +101,13 @@ FileStamp FileStamp::ofDescriptor(int fd)
     if (::fstat(fd, &before) != 0 || !S_ISREG(before.st_mode))
         return stamp;
     auto hash = std::make_unique<ContentHash>();
-    char buffer[ContentHash::blockSize];
-    off_t offset = 0;
-    for (;;) {
-        const ssize_t n = ::pread(fd, buffer, sizeof buffer, offset);
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            return stamp;
-        }
-        if (n == 0)
-            break;
-        hash->add(buffer, n);
-        offset += n;
-    }
+    qint64 offset = 0;
+    const bool read = LocalFile::readWhole(fd, [&](const char *data, qint64 size) {
+        hash->add(data, size);
+        offset += size;
+    });
+    if (!read)
+        return stamp;
     struct stat after;
     // A file written to while it was read has no content to speak of.
     if (::fstat(fd, &after) != 0 || after.st_size != offset || after.st_size != before.st_size

@@ -165,6 +165,24 @@ int LocalFile::openForReading(const QString &path, QString *reason)
     return fd;
 }
 
+bool LocalFile::readWhole(int fd, const std::function<void(const char *, qint64)> &take)
+{
+    char buffer[64 * 1024];
+    off_t offset = 0;
+    for (;;) {
+        const ssize_t n = ::pread(fd, buffer, sizeof buffer, offset);
+        if (n < 0) {
+            if (errno == EINTR)
+                continue;
+            return false;
+        }
+        if (n == 0)
+            return true;
+        take(buffer, n);
+        offset += n;
+    }
+}
+
 QString LocalFile::errorText(int errorNumber)
 {
     return QString::fromLocal8Bit(std::strerror(errorNumber));

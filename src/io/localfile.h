@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
+
 namespace ZAT16 {
 
 /// Helpers for files of the local file system, as every reader and writer of the project opens
@@ -28,6 +30,10 @@ public:
     /// The reason why something of the given st_mode cannot be read or written as a file; empty
     /// for a regular file.
     static QString notAFileReason(unsigned int mode);
+
+    /// Reads the open file `fd` from its start, whatever its offset, and hands each piece to
+    /// `take`; false, with errno set, when a read fails.
+    static bool readWhole(int fd, const std::function<void(const char *data, qint64 size)> &take);
 
     /// The system's text for an error number.
     static QString errorText(int errorNumber);

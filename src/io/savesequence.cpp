@@ -106,20 +106,7 @@ bool writeAll(const SaveSequence::Operations &ops, int fd, const QByteArray &byt
 bool readAll(int fd, QByteArray *bytes)
 {
     bytes->clear();
-    char buffer[64 * 1024];
-    off_t offset = 0;
-    for (;;) {
-        const ssize_t n = ::pread(fd, buffer, sizeof buffer, offset);
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        if (n == 0)
-            return true;
-        bytes->append(buffer, n);
-        offset += n;
-    }
+    return LocalFile::readWhole(fd, [bytes](const char *data, qint64 size) { bytes->append(data, size); });
 }
 
 // A full disk or an I/O error may show only here. Some file systems cannot sync at all.

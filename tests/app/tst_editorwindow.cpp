@@ -136,6 +136,21 @@ ssize_t writeFailsFull(int, const void *, size_t)
     return -1;
 }
 
+// The text of a box's button without its mnemonic marker.
+QString buttonText(const QAbstractButton *button)
+{
+    return button->text().remove(QLatin1Char('&'));
+}
+
+// Clicks the button of `box` with the text `text`.
+void clickButton(QMessageBox *box, const QString &text)
+{
+    for (QAbstractButton *button : box->buttons()) {
+        if (buttonText(button) == text)
+            button->click();
+    }
+}
+
 // Temporary files of saves of `path` left beside it.
 QStringList temporaries(const QString &path)
 {
@@ -166,6 +181,18 @@ private:
         m_window->initialize(m_path, QString());
         m_window->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_window));
+    }
+
+    // Saves; true when it succeeded without any box or dialog coming up (one that does is closed).
+    bool savesWithoutQuestion()
+    {
+        bool asked = false;
+        TestModal::onNextModal([&](QWidget *w) {
+            asked = true;
+            w->close();
+        }, nullptr, 300);
+        const bool saved = m_window->onSave();
+        return saved && !asked;
     }
 
     void editSomething()
@@ -1120,12 +1147,9 @@ private slots:
             QVERIFY(box);
             text = box->text();
             for (QAbstractButton *button : box->buttons())
-                buttons << button->text().remove(QLatin1Char('&'));
-            defaultButton = box->defaultButton()->text().remove(QLatin1Char('&'));
-            for (QAbstractButton *button : box->buttons()) {
-                if (button->text().remove(QLatin1Char('&')) == answer)
-                    button->click();
-            }
+                buttons << buttonText(button);
+            defaultButton = buttonText(box->defaultButton());
+            clickButton(box, answer);
         });
         QCOMPARE(m_window->onSave(), saved);
         QCOMPARE(text, m_path + QStringLiteral(" was changed by another program since it was opened"));
@@ -1154,13 +1178,7 @@ private slots:
     {
         editSomething();
         QVERIFY(writeFile(m_path, defs));
-        bool asked = false;
-        TestModal::onNextModal([&](QWidget *w) {
-            asked = true;
-            w->close();
-        }, nullptr, 300);
-        QVERIFY(m_window->onSave());
-        QVERIFY(!asked);
+        QVERIFY(savesWithoutQuestion());
         QVERIFY(readFile(m_path).contains("PowerOn"));
     }
 
@@ -1179,10 +1197,7 @@ private slots:
             auto *box = qobject_cast<QMessageBox *>(w);
             QVERIFY(box);
             text = box->text();
-            for (QAbstractButton *button : box->buttons()) {
-                if (button->text().remove(QLatin1Char('&')) == QLatin1String("Overwrite"))
-                    button->click();
-            }
+            clickButton(box, QStringLiteral("Overwrite"));
         });
         QVERIFY(m_window->onSave());
         QCOMPARE(text, m_path + QStringLiteral(" was changed by another program since it was opened"));
@@ -1227,13 +1242,7 @@ private slots:
         QVERIFY(!readFile(m_path).contains("\"B\""));
         QVERIFY(!ui()->m_wdg_file_changed->isVisible());
         // The file is now all that the editor holds: the next save asks nothing.
-        bool asked = false;
-        TestModal::onNextModal([&](QWidget *w) {
-            asked = true;
-            w->close();
-        }, nullptr, 300);
-        QVERIFY(m_window->onSave());
-        QVERIFY(!asked);
+        QVERIFY(savesWithoutQuestion());
     }
 
     // What is not a file is refused when opened, also the file that is reopened at start.

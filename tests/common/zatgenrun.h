@@ -17,17 +17,9 @@ struct Run {
     QByteArray err;
 };
 
-/// Runs zatgen with `arguments`; `childSetup`, when given, runs in the child before zatgen
-/// starts (to set resource limits, say).
-inline Run run(const QStringList &arguments, const QString &workingDirectory = QString(), int timeoutMs = 60000,
-               const std::function<void()> &childSetup = nullptr)
+/// Waits for `process` to end by itself within `timeoutMs` and collects what it gave.
+inline Run finish(QProcess &process, int timeoutMs)
 {
-    QProcess process;
-    if (!workingDirectory.isEmpty())
-        process.setWorkingDirectory(workingDirectory);
-    if (childSetup)
-        process.setChildProcessModifier(childSetup);
-    process.start(QStringLiteral(ZATGEN_PATH), arguments);
     Run result;
     if (!process.waitForFinished(timeoutMs) || process.exitStatus() != QProcess::NormalExit) {
         process.kill();
@@ -40,6 +32,20 @@ inline Run run(const QStringList &arguments, const QString &workingDirectory = Q
     return result;
 }
 
+/// Runs zatgen with `arguments`; `childSetup`, when given, runs in the child before zatgen
+/// starts (to set resource limits, say).
+inline Run run(const QStringList &arguments, const QString &workingDirectory = QString(), int timeoutMs = 60000,
+               const std::function<void()> &childSetup = nullptr)
+{
+    QProcess process;
+    if (!workingDirectory.isEmpty())
+        process.setWorkingDirectory(workingDirectory);
+    if (childSetup)
+        process.setChildProcessModifier(childSetup);
+    process.start(QStringLiteral(ZATGEN_PATH), arguments);
+    return finish(process, timeoutMs);
+}
+
 /// Runs zatgen through the shell, so that arguments can be any bytes (`script` is a shell command
 /// line in which "$ZATGEN" is the binary).
 inline Run shell(const QString &script, const QString &workingDirectory, int timeoutMs = 60000)
@@ -50,16 +56,7 @@ inline Run shell(const QString &script, const QString &workingDirectory, int tim
     environment.insert(QStringLiteral("ZATGEN"), QStringLiteral(ZATGEN_PATH));
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), script});
-    Run result;
-    if (!process.waitForFinished(timeoutMs) || process.exitStatus() != QProcess::NormalExit) {
-        process.kill();
-        process.waitForFinished();
-        return result;
-    }
-    result.status = process.exitCode();
-    result.out = process.readAllStandardOutput();
-    result.err = process.readAllStandardError();
-    return result;
+    return finish(process, timeoutMs);
 }
 
 } // namespace ZatgenRun
