@@ -1,6 +1,7 @@
 // zatedit: the ZAT16 tag definitions editor.
 
 #include "editorwindow.h"
+#include "localfile.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -15,9 +16,9 @@ int main(int argc, char *argv[])
 
     auto *window = new ZAT16::EditorWindow;
     // A file named on the command line is opened instead of the last one chosen in the Open
-    // dialog; Qt's own options have been taken out of the arguments by now.
-    const QStringList arguments = QApplication::arguments();
-    window->initialize(arguments.size() > 1 ? arguments.at(1) : QString(), QString());
+    // dialog; Qt's own options have been taken out of argv by now. The name is taken as the bytes
+    // it is, which Qt's decoding of the arguments would change where they are not UTF-8.
+    window->initialize(argc > 1 ? ZAT16::LocalFile::decodeName(QByteArray(argv[1])) : QString(), QString());
     window->show();
     const int result = app.exec();
     delete window;
