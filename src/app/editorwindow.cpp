@@ -11,6 +11,7 @@
 #include "highlighterlua.h"
 #include "parser.h"
 #include "problemsdock.h"
+#include "localfile.h"
 #include "savesequence.h"
 #include "tools.h"
 #include "windowlayout.h"
@@ -46,6 +47,8 @@
 #include <QVBoxLayout>
 
 #include <memory>
+
+#include <sys/stat.h>
 
 namespace ZAT16 {
 
@@ -646,6 +649,7 @@ bool EditorWindow::saveAs()
 
 bool EditorWindow::save(const QString &path)
 {
+    m_overwriteConfirmed = false;
     if (!mayOverwrite(path))
         return false;
     // The save's own renames must not show up as an outside change. The watch that was active
@@ -654,21 +658,37 @@ bool EditorWindow::save(const QString &path)
     // file is watched again, so that the next change by another program is heard.
     const QString watched = m_ui->m_wdg_file_changed->fileName();
     m_ui->m_wdg_file_changed->watchFile(QString());
-    const bool result = dosave(path);
+    bool result = dosave(path);
+    // Another program may change the file between the question and the save's last look at it.
+    while (!result && m_changeFoundBySave && mayOverwrite(path))
+        result = dosave(path);
     if (result && (watched.isEmpty() || watched == path))
         m_ui->m_wdg_file_changed->hide();
     m_ui->m_wdg_file_changed->watchFile(watched.isEmpty() ? m_fileName : watched);
     return result;
 }
 
+// Whether `path` names the document's own file, however it is spelled.
+bool EditorWindow::isDocumentFile(const QString &path) const
+{
+    if (path.isEmpty() || m_fileName.isEmpty())
+        return false;
+    if (path == m_fileName)
+        return true;
+    struct stat a;
+    struct stat b;
+    return ::stat(LocalFile::encodeName(path).constData(), &a) == 0
+        && ::stat(LocalFile::encodeName(m_fileName).constData(), &b) == 0 && a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
 // Asks before a save over the document's own file would lose something: the part of the file
 // that was not read, or what another program wrote since the file was read or saved here.
 bool EditorWindow::mayOverwrite(const QString &path)
 {
-    if (path.isEmpty() || path != m_fileName)
+    if (!isDocumentFile(path))
         return true;
     const QString shown = QDir::toNativeSeparators(path);
-    if (m_fileStoppedAt != 0
+    if (m_fileStoppedAt != 0 && !m_changeFoundBySave
         && QMessageBox::question(this,
                                  windowTitle(),
                                  tr("Saving will drop everything after line %1 of %2").arg(m_fileStoppedAt).arg(shown),
@@ -692,16 +712,30 @@ bool EditorWindow::mayOverwrite(const QString &path)
     box.setDefaultButton(cancel);
     box.setEscapeButton(cancel);
     box.exec();
-    if (box.clickedButton() == reloadButton)
-        reload(path);
-    return box.clickedButton() == overwrite;
+    if (box.clickedButton() == reloadButton) {
+        // The edits stay one undo away; the document stays unsaved, so that they are not lost
+        // without a question when the window is closed.
+        const bool unsaved = !m_undoStack->isClean();
+        if (reload(path) && unsaved)
+            m_undoStack->resetClean();
+    }
+    m_overwriteConfirmed = box.clickedButton() == overwrite;
+    return m_overwriteConfirmed;
 }
 
 bool EditorWindow::dosave(const QString &path)
 {
     SaveSequence sequence(path);
+    // What the file held when it was read or last saved is compared once more at the last moment,
+    // unless the user chose to overwrite whatever is there.
+    if (!m_overwriteConfirmed && isDocumentFile(path))
+        sequence.expectedContent = m_fileStamp;
+    m_changeFoundBySave = false;
     if (!sequence.run(m_model->root())) {
-        error(sequence.errorMessage());
+        if (sequence.failed == SaveSequence::Changed)
+            m_changeFoundBySave = true;
+        else
+            error(sequence.errorMessage());
         return false;
     }
     m_undoStack->setClean();

@@ -127,6 +127,7 @@ private:
     bool reload(const QString &path);
     void takeLoadedFile();
     bool mayOverwrite(const QString &path);
+    bool isDocumentFile(const QString &path) const;
 
     Ui_ZAT16EditorWindow *m_ui;
     QString m_fileName;
@@ -135,6 +136,8 @@ private:
     int m_fileStoppedAt = 0; ///< the line at which reading the file stopped early; 0 when it was read whole
     FileStamp m_loadedStamp; ///< of the file that loadDefinitionFile() read last
     int m_loadedStoppedAt = 0; ///< where loadDefinitionFile() stopped reading early
+    bool m_overwriteConfirmed = false; ///< the user chose to overwrite what another program wrote
+    bool m_changeFoundBySave = false; ///< the last dosave() found the file changed at its last look
     EditorModel *m_model;
     QUndoStack *m_undoStack;
     QDockWidget *m_undoDock;

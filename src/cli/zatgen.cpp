@@ -9,6 +9,7 @@
 #include "localfile.h"
 #include "parser.h"
 #include "problems.h"
+#include "readbackcheck.h"
 #include "writercpp.h"
 #include "writercpplut.h"
 #include "writercs.h"
@@ -144,6 +145,8 @@ bool writeStream(const QString &path, const QByteArray &bytes, QString *error)
         const ssize_t n = ::write(fd, p, size_t(left));
         if (n < 0 && errno == EINTR)
             continue;
+        if (n == 0)
+            errno = EIO;
         if (n <= 0)
             break;
         p += n;
@@ -165,22 +168,30 @@ bool writeStream(const QString &path, const QByteArray &bytes, QString *error)
 OutputResult produce(ZAT16::Writer &writer, bool definitions, const ZAT16::Item *root, const QString &path,
                      bool checkOnly, QString *error)
 {
-    if (path == QLatin1String("-")) {
-        if (checkOnly)
-            return OutputResult::Unchanged; // standard output has nothing to compare with
+    const bool toStdout = path == QLatin1String("-");
+    const bool stream = toStdout || outputTarget(path) == OutputTarget::Stream;
+    if (stream && checkOnly)
+        return OutputResult::Unchanged; // a stream has nothing to compare with
+    const QByteArray bytes = writer.encode(root);
+    // Definitions written anywhere must read back as the tree; the save sequence checks what it
+    // writes to a file, a stream is checked here.
+    if (stream && definitions) {
+        const QString refused = ZAT16::ReadBackCheck::check(root, bytes);
+        if (!refused.isEmpty()) {
+            *error = QStringLiteral("The definitions were not written to %1: %2.").arg(path, refused);
+            return OutputResult::Failed;
+        }
+    }
+    if (toStdout) {
         if (writer.write(root, path))
             return OutputResult::Written;
         *error = writer.formatError();
         return OutputResult::Failed;
     }
-    const QByteArray bytes = writer.encode(root);
-    if (outputTarget(path) == OutputTarget::Stream) {
-        // A pipe or a device is only written to; reading it to compare would take its data or
-        // wait for a writer.
-        if (checkOnly)
-            return OutputResult::Unchanged;
+    // A pipe or a device is only written to; reading it to compare would take its data or wait
+    // for a writer.
+    if (stream)
         return writeStream(path, bytes, error) ? OutputResult::Written : OutputResult::Failed;
-    }
     if (!bytes.isEmpty() && fileHasContent(path, bytes))
         return OutputResult::Unchanged;
     if (checkOnly)

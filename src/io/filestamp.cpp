@@ -32,6 +32,7 @@ void takeIdentity(FileStamp *stamp, const struct stat &st)
     stamp->inode = quint64(st.st_ino);
     stamp->size = qint64(st.st_size);
     stamp->modified = modifiedTime(st);
+    stamp->statusChanged = changedTime(st);
 }
 
 // A hash to tell contents apart, not to resist an attacker: two chains of Qt's hash over blocks of
@@ -94,7 +95,16 @@ QByteArray FileStamp::hashOf(const QByteArray &content)
     return hash->result();
 }
 
-FileStamp FileStamp::ofDescriptor(int fd)
+FileStamp FileStamp::metadataOf(int fd)
+{
+    FileStamp stamp;
+    struct stat st;
+    if (::fstat(fd, &st) == 0)
+        takeIdentity(&stamp, st);
+    return stamp;
+}
+
+FileStamp FileStamp::ofDescriptor(int fd, const FileStamp *since)
 {
     FileStamp stamp;
     struct stat before;
@@ -114,6 +124,10 @@ FileStamp FileStamp::ofDescriptor(int fd)
         || modifiedTime(after) != modifiedTime(before) || changedTime(after) != changedTime(before))
         return stamp;
     takeIdentity(&stamp, after);
+    if (since
+        && (!since->exists || since->size != stamp.size || since->modified != stamp.modified
+            || since->statusChanged != stamp.statusChanged))
+        return FileStamp();
     stamp.hash = hash->result();
     stamp.known = true;
     return stamp;

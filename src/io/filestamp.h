@@ -16,14 +16,17 @@ struct FileStamp {
     quint64 inode = 0;
     qint64 size = 0;
     qint64 modified = 0; ///< nanoseconds since the epoch
+    qint64 statusChanged = 0; ///< nanoseconds since the epoch; no program can set it back
     QByteArray hash; ///< of the whole content; tells contents apart, not meant to resist an attacker
 
     /// The stamp of the file at `path` now, reading the whole file; a missing file gives a known
     /// stamp with `exists` false, a file that cannot be read an unknown one.
     static FileStamp ofFile(const QString &path);
     /// The stamp of the open file `fd`, read from its start whatever its offset; unknown when the
-    /// file changed while it was read.
-    static FileStamp ofDescriptor(int fd);
+    /// file changed while it was read, or since `since` (the metadata taken when it was opened).
+    static FileStamp ofDescriptor(int fd, const FileStamp *since = nullptr);
+    /// Identity, size and times of the open file `fd`, without its content (no hash; unknown).
+    static FileStamp metadataOf(int fd);
     /// The stamp of a file known to hold exactly `content`, taken from the file at `path` (its
     /// identity and time) without reading it again.
     static FileStamp ofWritten(const QString &path, const QByteArray &content);

@@ -52,7 +52,10 @@ bool sameEntry(const Entry &a, const Entry &b)
     const Item *y = b.item;
     const DisplayMode dx = savedDisplay(x->display);
     const DisplayMode dy = savedDisplay(y->display);
-    return a.depth == b.depth && x->type == y->type && x->name == y->name && x->hasId == y->hasId
+    // The form the writer gives an entry (an element or a comment line) must come back too, or the
+    // next save would write something else.
+    return a.depth == b.depth && x->type == y->type && x->isComment() == y->isComment() && x->name == y->name
+        && x->hasId == y->hasId
         && (!x->hasId || x->id == y->id) && x->comment == y->comment && dx.mode == dy.mode && dx.digits == dy.digits
         && x->secure == y->secure;
 }
@@ -120,6 +123,38 @@ QString named(const Item *item, const QString &kind)
     return text.isEmpty() ? QStringLiteral("a %1 without name or code").arg(kind) : QStringLiteral("the ") + text;
 }
 
+// Why an entry that reads back without an error does not come back as it is, where the format
+// says why; empty otherwise.
+QString reasonFor(const Item *item)
+{
+    // The writer saves an entry with a comment and nothing else as a comment line; one whose
+    // children all are blank lines would lose them, and come back as a comment line.
+    if (!item->isComment()) {
+        const bool onlyBlankChildren = !item->children.isEmpty()
+            && std::all_of(item->children.cbegin(), item->children.cend(), [](const Item *c) { return c->isNewline(); });
+        if (onlyBlankChildren && item->hasId == false && item->name.isEmpty() && !item->comment.isEmpty())
+            return QStringLiteral("an entry with only a comment is saved as a comment line");
+        return QString();
+    }
+    if (item->type == Enums || item->type == Bits)
+        return QStringLiteral("a list with only a comment is saved as a comment line");
+    if (item->secure || savedDisplay(item->display).mode != 0 || savedDisplay(item->display).digits != 0)
+        return QStringLiteral("an entry with only a comment is saved as a comment line, without its other settings");
+    if (item->comment.contains(QLatin1String("--")) || item->comment.endsWith(QLatin1Char('-')))
+        return QStringLiteral("a comment line cannot hold \"--\" or end with \"-\"");
+    if (item->parent && item->parent->type == Tag)
+        return QStringLiteral("a comment line inside a tag is not kept");
+    return QString();
+}
+
+// "... would not load again", with the reason where there is one.
+QString wouldNotLoad(const Item *item)
+{
+    const QString reason = item ? reasonFor(item) : QString();
+    return ReadBackCheck::describe(item) + QStringLiteral(" would not load again")
+        + (reason.isEmpty() ? QString() : QStringLiteral(" (") + reason + QLatin1Char(')'));
+}
+
 } // namespace
 
 QString ReadBackCheck::describe(const Item *item)
@@ -127,7 +162,8 @@ QString ReadBackCheck::describe(const Item *item)
     if (!item || !item->parent)
         return QStringLiteral("the document");
     QString text;
-    if (item->isComment()) {
+    // Lists are elements in any case; every other entry with only a comment is a comment line.
+    if (item->isComment() && item->type != Enums && item->type != Bits) {
         text = QStringLiteral("the comment ") + quoted(item->comment);
     } else {
         switch (item->type) {
@@ -185,10 +221,10 @@ QString ReadBackCheck::check(const Item *root, const QByteArray &written)
     const qsizetype common = std::min(expected.size(), found.size());
     for (qsizetype i = 0; i < common; ++i) {
         if (!sameEntry(expected.at(i), found.at(i)))
-            return describe(expected.at(i).item) + QStringLiteral(" would not load again");
+            return wouldNotLoad(expected.at(i).item);
     }
     if (expected.size() > found.size())
-        return describe(expected.at(common).item) + QStringLiteral(" would not load again");
+        return wouldNotLoad(expected.at(common).item);
     if (found.size() > expected.size())
         return QStringLiteral("the document would load again with more entries than it has");
     return QString();

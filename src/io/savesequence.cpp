@@ -16,6 +16,7 @@
 #include <fcntl.h>
 #include <functional>
 #include <sys/file.h>
+#include <linux/falloc.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -73,10 +74,13 @@ bool followLinks(QByteArray *path, int *error)
     return false;
 }
 
+// The length of the part of a temporary file's name that is its own.
+constexpr qsizetype uniqueLength = 8;
+
 QByteArray uniquePart()
 {
     static const char letters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
-    QByteArray part(8, Qt::Uninitialized);
+    QByteArray part(uniqueLength, Qt::Uninitialized);
     for (char &c : part)
         c = letters[QRandomGenerator::system()->bounded(62)];
     return part;
@@ -121,16 +125,11 @@ bool isFolder(const QByteArray &path)
     return ::lstat(path.constData(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
-bool exists(const QByteArray &path)
-{
-    struct stat st;
-    return ::lstat(path.constData(), &st) == 0;
-}
-
+// Whether `content` reads as definitions, if only in part.
 bool readsAsDefinitions(const QByteArray &content)
 {
     ZAT16::Parser parser;
-    return parser.parse(content) && parser.stoppedAtLine == 0;
+    return parser.parse(content);
 }
 
 bool hasAccessControlList(const QByteArray &path)
@@ -174,7 +173,7 @@ public:
         s->rewrittenInPlace = false;
         s->stamp = FileStamp();
         s->temporaryPath.clear();
-        s->keepsBackup = backup == KeepBackup;
+        s->previousVersionPath.clear();
     }
 
     ~Run()
@@ -183,6 +182,8 @@ public:
             ::close(temporaryFd);
         if (!temporary.isEmpty())
             ops.unlink(temporary.constData());
+        if (!safetyCopy.isEmpty() && s->failed == Saved)
+            ops.unlink(safetyCopy.constData());
         if (folderFd >= 0)
             ::close(folderFd); // which also ends the lock
     }
@@ -202,14 +203,14 @@ private:
     bool failWithErrno(Step step) { return fail(step, errno); }
 
     bool findTarget();
-    bool createTemporary(const QByteArray &name, mode_t mode, int *fd, QByteArray *path);
+    bool createTemporary(mode_t mode, int *fd, QByteArray *path);
     void lockFolder();
-    bool needsRewriteInPlace(const struct stat &file);
+    bool stillExpected();
     int foreignLinks(const struct stat &file);
     bool takeOver(const struct stat &file);
-    bool replaceByRename(bool fileExists);
+    bool replaceByRename(const struct stat *file);
     bool rewriteInPlace(const QByteArray &bytes, const struct stat &file);
-    bool copyToBackup(const struct stat &file);
+    bool writeCopy(const QByteArray &content, const struct stat &file, QByteArray *copy);
 
     SaveSequence *s;
     const Operations &ops;
@@ -218,6 +219,7 @@ private:
     QByteArray target;
     QByteArray backupName;
     QByteArray temporary; ///< removed when the save ends, unless it was renamed into place
+    QByteArray safetyCopy; ///< the old content while a file without backup is rewritten in place
     int temporaryFd = -1;
     int folderFd = -1;
 };
@@ -243,10 +245,10 @@ bool SaveSequence::Run::findTarget()
 
 // A new file beside the target, named after it, that no other save uses: created exclusively,
 // so that no existing name (a link to another user's file, say) is ever written through.
-bool SaveSequence::Run::createTemporary(const QByteArray &name, mode_t mode, int *fd, QByteArray *path)
+bool SaveSequence::Run::createTemporary(mode_t mode, int *fd, QByteArray *path)
 {
     for (int attempt = 0; attempt < 100; ++attempt) {
-        const QByteArray candidate = name + ".tmp" + uniquePart();
+        const QByteArray candidate = target + ".tmp" + uniquePart();
         *fd = ::open(candidate.constData(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
         if (*fd >= 0) {
             *path = candidate;
@@ -275,8 +277,18 @@ void SaveSequence::Run::lockFolder()
     }
 }
 
-// Other names of the file than its backup and the links left by saves of this project that
-// were killed (named like their temporary files, see replaceByRename); those are removed.
+// Whether the file still has the content the caller expects (when it expects one): looked at
+// under the lock, the last moment before it is replaced. A file that is gone has nothing to lose.
+bool SaveSequence::Run::stillExpected()
+{
+    if (!s->expectedContent.known)
+        return true;
+    const FileStamp now = FileStamp::ofFile(s->targetPath);
+    return s->expectedContent.sameContent(now) || (now.known && !now.exists);
+}
+
+// Other names of the file than its backup and the second names left by saves of this project
+// that were killed (FILE.tmpXXXXXXXX.bak, see replaceByRename); those are removed.
 int SaveSequence::Run::foreignLinks(const struct stat &file)
 {
     int links = int(file.st_nlink) - 1;
@@ -292,7 +304,7 @@ int SaveSequence::Run::foreignLinks(const struct stat &file)
         return links;
     while (const dirent *entry = ::readdir(dir)) {
         const QByteArray name(entry->d_name);
-        if (!name.startsWith(prefix) || !name.endsWith(".bak"))
+        if (name.size() != prefix.size() + uniqueLength + 4 || !name.startsWith(prefix) || !name.endsWith(".bak"))
             continue;
         const QByteArray leftover = folder + name;
         if (::lstat(leftover.constData(), &st) == 0 && st.st_dev == file.st_dev && st.st_ino == file.st_ino
@@ -303,26 +315,23 @@ int SaveSequence::Run::foreignLinks(const struct stat &file)
     return links;
 }
 
-// Whether a new file cannot take the place of `file` without losing something that belongs to
-// it: its other hard links, an access control list. Gives the temporary file the owner, group
-// and mode of `file` where it can.
-bool SaveSequence::Run::needsRewriteInPlace(const struct stat &file)
+// Gives the temporary file the owner, group and mode of `file`; false where the system does not
+// let it, and a new file would lose what belongs to the old one.
+bool SaveSequence::Run::takeOver(const struct stat &file)
 {
-    if (foreignLinks(file) > 0 || hasAccessControlList(target))
-        return true;
     struct stat st;
     if (::fstat(temporaryFd, &st) != 0)
-        return true;
+        return false;
     if (st.st_uid != file.st_uid || st.st_gid != file.st_gid) {
         const uid_t owner = st.st_uid != file.st_uid ? file.st_uid : uid_t(-1);
         const gid_t group = st.st_gid != file.st_gid ? file.st_gid : gid_t(-1);
         if (ops.fchown(temporaryFd, owner, group) != 0)
-            return true;
+            return false;
     }
     // After the owner: changing the owner clears the set-user-ID and set-group-ID bits. The
     // system may refuse some bits (set-group-ID for a group the user is not in) without saying.
     const mode_t mode = file.st_mode & 07777;
-    return ::fchmod(temporaryFd, mode) != 0 || ::fstat(temporaryFd, &st) != 0 || (st.st_mode & 07777) != mode;
+    return ::fchmod(temporaryFd, mode) == 0 && ::fstat(temporaryFd, &st) == 0 && (st.st_mode & 07777) == mode;
 }
 
 bool SaveSequence::Run::save(const QByteArray &bytes, const std::function<QString(const QByteArray &)> &check)
@@ -330,12 +339,12 @@ bool SaveSequence::Run::save(const QByteArray &bytes, const std::function<QStrin
     if (!findTarget())
         return false;
 
+    // Only the owner may read the content while it is on its way: the temporary file gets the
+    // group and mode of the file only once its owner and group are the file's. A new file gets
+    // the usual mode (the umask applies).
     struct stat before;
     const bool existed = ::stat(target.constData(), &before) == 0;
-    // Never more open than the file while the content is on its way; a new file gets the usual
-    // mode (the umask applies).
-    const mode_t mode = existed ? (before.st_mode & 0777) : 0666;
-    if (!createTemporary(target, mode, &temporaryFd, &temporary))
+    if (!createTemporary(existed ? 0600 : 0666, &temporaryFd, &temporary))
         return failWithErrno(CreateTemporary);
     s->temporaryPath = LocalFile::decodeName(temporary);
     if (!writeAll(ops, temporaryFd, bytes))
@@ -354,31 +363,39 @@ bool SaveSequence::Run::save(const QByteArray &bytes, const std::function<QStrin
     }
 
     lockFolder();
+    if (!stillExpected())
+        return fail(Changed);
     struct stat file;
     const bool fileExists = ::stat(target.constData(), &file) == 0;
     if (fileExists && !S_ISREG(file.st_mode)) {
         s->detail = LocalFile::notAFileReason(file.st_mode);
         return fail(ResolvePath, S_ISDIR(file.st_mode) ? EISDIR : 0);
     }
-    if (fileExists && needsRewriteInPlace(file))
+    // A new file cannot take the place of one with other hard links, an access control list, or
+    // an owner, group or mode that cannot be given to a new file.
+    if (fileExists && (foreignLinks(file) > 0 || hasAccessControlList(target) || !takeOver(file)))
         return rewriteInPlace(bytes, file);
 
     if (!sync(temporaryFd))
         return failWithErrno(WriteTemporary);
-    if (!replaceByRename(fileExists))
+    if (!replaceByRename(fileExists ? &file : nullptr))
         return false;
     s->stamp = FileStamp::ofWritten(s->targetPath, bytes);
     return true;
 }
 
-bool SaveSequence::Run::replaceByRename(bool fileExists)
+bool SaveSequence::Run::replaceByRename(const struct stat *file)
 {
     // An old backup that is not a file (a folder, say) cannot be replaced: deleting it fails
     // with the reason to report.
     if (backup == KeepBackup && isFolder(backupName) && ops.unlink(backupName.constData()) != 0)
         return failWithErrno(DeleteBackup);
 
-    if (backup == KeepBackup && fileExists) {
+    struct stat old;
+    // After a save killed between its renames the backup may be the file already.
+    const bool isBackup = file && ::lstat(backupName.constData(), &old) == 0 && old.st_dev == file->st_dev
+        && old.st_ino == file->st_ino;
+    if (backup == KeepBackup && file && !isBackup) {
         // The old file gets a second name first, which then replaces the old backup in one step:
         // the file's name and the backup's name each hold a complete version throughout.
         const QByteArray second = temporary + ".bak";
@@ -389,26 +406,29 @@ bool SaveSequence::Run::replaceByRename(bool fileExists)
                 return fail(RenameToBackup, error);
             }
         } else {
-            // File systems without hard links get the plain sequence: delete the old backup,
-            // rename the file to the backup. For a moment the file's name is then empty.
+            // A file system without hard links: the backup is written as a copy, which replaces
+            // the old backup in one rename, so the file's name never stands empty either.
             const int error = errno;
             const bool noLinks = error == EPERM || error == EXDEV || error == ENOTSUP || error == EOPNOTSUPP
                 || error == EMLINK || error == ENOSYS;
             if (!noLinks)
                 return fail(RenameToBackup, error);
-            if (exists(backupName) && ops.unlink(backupName.constData()) != 0)
-                return failWithErrno(DeleteBackup);
-            if (ops.rename(target.constData(), backupName.constData()) != 0)
-                return failWithErrno(RenameToBackup);
-            if (ops.rename(temporary.constData(), target.constData()) != 0) {
+            QByteArray content;
+            const int fd = ::open(target.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+            const bool read = fd >= 0 && readAll(fd, &content);
+            const int readError = errno;
+            if (fd >= 0)
+                ::close(fd);
+            if (!read)
+                return fail(CopyToBackup, readError);
+            QByteArray copy;
+            if (!writeCopy(content, *file, &copy))
+                return false;
+            if (ops.rename(copy.constData(), backupName.constData()) != 0) {
                 const int renameError = errno;
-                // Put the file back under its name rather than leave the name empty.
-                ::rename(backupName.constData(), target.constData());
-                return fail(RenameTemporary, renameError);
+                ops.unlink(copy.constData());
+                return fail(CopyToBackup, renameError);
             }
-            temporary.clear();
-            ::fsync(folderFd);
-            return true;
         }
     }
 
@@ -421,66 +441,88 @@ bool SaveSequence::Run::replaceByRename(bool fileExists)
     return true;
 }
 
+// A copy of `content` beside the file, as private as the file and with its owner and group where
+// the system lets; made private to the user where it does not. Removed again when it fails.
+bool SaveSequence::Run::writeCopy(const QByteArray &content, const struct stat &file, QByteArray *copy)
+{
+    int fd = -1;
+    if (!createTemporary(0600, &fd, copy))
+        return failWithErrno(CopyToBackup);
+    mode_t mode = file.st_mode & 07777;
+    if (ops.fchown(fd, file.st_uid, file.st_gid) != 0 && ops.fchown(fd, uid_t(-1), file.st_gid) != 0)
+        mode &= 0700; // the group would be another one: nobody else may read it
+    bool ok = writeAll(ops, fd, content) && ::fchmod(fd, mode) == 0 && sync(fd);
+    const int error = errno;
+    ::close(fd);
+    if (!ok) {
+        ops.unlink(copy->constData());
+        copy->clear();
+        return fail(CopyToBackup, error);
+    }
+    return true;
+}
+
 // The careful way for a file that a new file cannot replace: its content is copied to the
-// backup first, then the file itself is rewritten and synced. Space for the new content is
-// taken before anything is overwritten, so that a full disk stops the save before it starts.
+// backup first (or, without a backup, to a safety copy that goes once the save is done), then
+// the file itself is rewritten and synced. Space for the new content is taken before anything
+// is overwritten, so that a full disk stops the save before it starts.
 bool SaveSequence::Run::rewriteInPlace(const QByteArray &bytes, const struct stat &file)
 {
     s->rewrittenInPlace = true;
-    if (backup == KeepBackup && !copyToBackup(file))
-        return false;
-
-    const int fd = ::open(target.constData(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC);
+    const int fd = ::open(target.constData(), O_RDWR | O_NOFOLLOW | O_CLOEXEC);
     if (fd < 0)
         return failWithErrno(WriteInPlace);
-    const int reserved = bytes.isEmpty() ? 0 : ::posix_fallocate(fd, 0, off_t(bytes.size()));
-    bool ok = reserved == 0 || reserved == EOPNOTSUPP || reserved == EINVAL;
-    if (!ok)
-        errno = reserved;
+    struct stat opened;
+    if (::fstat(fd, &opened) != 0 || opened.st_dev != file.st_dev || opened.st_ino != file.st_ino) {
+        ::close(fd);
+        return fail(Changed);
+    }
+    QByteArray content;
+    if (!readAll(fd, &content)) {
+        const int error = errno;
+        ::close(fd);
+        return fail(CopyToBackup, error);
+    }
+
+    QByteArray copy;
+    // What a save killed while it rewrote the file left behind is not a version: it does not
+    // take the place of the backup, which then holds the last complete one. A file that only
+    // reads in part (text between its elements) is a version and is kept.
+    const bool keep = backup == NoBackup || !definitions || readsAsDefinitions(content);
+    if (keep && !writeCopy(content, file, &copy)) {
+        ::close(fd);
+        return false;
+    }
+    if (keep && backup == KeepBackup) {
+        if (isFolder(backupName) && ops.unlink(backupName.constData()) != 0) {
+            const int error = errno;
+            ops.unlink(copy.constData());
+            ::close(fd);
+            return fail(DeleteBackup, error);
+        }
+        if (ops.rename(copy.constData(), backupName.constData()) != 0) {
+            const int error = errno;
+            ops.unlink(copy.constData());
+            ::close(fd);
+            return fail(CopyToBackup, error);
+        }
+        s->previousVersionPath = s->backupPath;
+    } else if (keep) {
+        safetyCopy = copy;
+        s->previousVersionPath = LocalFile::decodeName(copy);
+    }
+
+    bool ok = true;
+    if (bytes.size() > content.size() && ::fallocate(fd, 0, 0, off_t(bytes.size())) != 0)
+        ok = errno == EOPNOTSUPP || errno == ENOSYS || errno == EINVAL;
     ok = ok && ::lseek(fd, 0, SEEK_SET) == 0 && writeAll(ops, fd, bytes) && ::ftruncate(fd, off_t(bytes.size())) == 0
         && sync(fd);
     const int error = errno;
     ::close(fd);
     if (!ok)
         return fail(WriteInPlace, error);
+    s->previousVersionPath.clear();
     s->stamp = FileStamp::ofWritten(s->targetPath, bytes);
-    return true;
-}
-
-bool SaveSequence::Run::copyToBackup(const struct stat &file)
-{
-    if (isFolder(backupName) && ops.unlink(backupName.constData()) != 0)
-        return failWithErrno(DeleteBackup);
-    QByteArray content;
-    const int source = ::open(target.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
-    const bool read = source >= 0 && readAll(source, &content);
-    const int readError = errno;
-    if (source >= 0)
-        ::close(source);
-    if (!read)
-        return fail(CopyToBackup, readError);
-    // What a save killed while it rewrote the file left behind does not take the place of the
-    // backup, which then holds the last complete version.
-    if (definitions && !readsAsDefinitions(content))
-        return true;
-
-    int fd = -1;
-    QByteArray copy;
-    if (!createTemporary(target, file.st_mode & 0777, &fd, &copy))
-        return failWithErrno(CopyToBackup);
-    // The backup is as private as the file; its owner and group are kept where the system lets.
-    ops.fchown(fd, file.st_uid, file.st_gid);
-    bool ok = writeAll(ops, fd, content) && ::fchmod(fd, file.st_mode & 07777) == 0 && sync(fd);
-    int error = errno;
-    ::close(fd);
-    if (ok && ops.rename(copy.constData(), backupName.constData()) != 0) {
-        ok = false;
-        error = errno;
-    }
-    if (!ok) {
-        ops.unlink(copy.constData());
-        return fail(CopyToBackup, error);
-    }
     return true;
 }
 
@@ -538,7 +580,10 @@ QString SaveSequence::errorMessage() const
         return tr("Could not copy %1 to %2: %3").arg(native(targetPath), native(backupPath), reason);
     case WriteInPlace:
         return tr("Error writing %1:\n  %2").arg(native(path), reason)
-            + (keepsBackup ? tr("\nThe version before this save is in %1.").arg(native(backupPath)) : QString());
+            + (previousVersionPath.isEmpty() ? QString()
+                                             : tr("\nThe version before this save is in %1.").arg(native(previousVersionPath)));
+    case Changed:
+        return tr("%1 was changed by another program since it was opened").arg(native(path));
     }
     return QString();
 }

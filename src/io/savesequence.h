@@ -20,16 +20,19 @@ class Item;
 ///    tree they were written from, other texts their bytes.
 /// 2. A symbolic link is followed: its target is replaced, the link stays, and the backup and the
 ///    temporary file go beside the target.
-/// 3. The temporary file takes the file's mode, owner and group, and replaces it in one rename,
-///    so that the file's name holds a complete version at every moment. With a backup, the old
-///    file keeps its content under the backup's name (".bak" appended): it gets that second name
-///    by a hard link that replaces the old backup in one rename. Where a rename would lose
-///    something (the owner or group cannot be given to a new file, the file has other hard
-///    links, an access control list), the file is rewritten in place instead, after its content
-///    was copied to the backup.
+/// 3. The temporary file, readable by its owner alone while the content is on its way, takes
+///    the file's owner, group and mode, and replaces it in one rename, so that the file's name
+///    holds a complete version at every moment. With a backup, the old file keeps its content
+///    under the backup's name (".bak" appended): it gets that second name by a hard link that
+///    replaces the old backup in one rename (where the file system has no hard links, by a copy
+///    that does). Where a rename would lose something (the owner or group cannot be given to a
+///    new file, the file has other hard links, an access control list), the file is rewritten in
+///    place instead, after its content was copied to the backup, or without a backup to a safety
+///    copy that goes once the file is rewritten.
 /// 4. Saves of files in one directory by processes of this project take turns from the moment
 ///    they look at the file to the last rename, so that two saves at once each produce one
-///    complete version: whichever renames last wins.
+///    complete version: whichever renames last wins. A caller that knows what the file held
+///    (`expectedContent`) has it compared in that moment too.
 /// 5. A failure at any step removes the temporary file and leaves the file and its backup as
 ///    they were (a failed rewrite in place leaves the previous version in the backup). A file
 ///    that did not exist never costs the old backup.
@@ -46,8 +49,9 @@ public:
         ResolvePath, ///< the path names no file that can be written (a directory, a link loop)
         CreateTemporary, ///< no temporary file could be created beside the file
         Verify, ///< the content written would not read back as it should; see `detail`
-        CopyToBackup, ///< rewriting in place: the backup copy could not be written
+        CopyToBackup, ///< the backup copy could not be written
         WriteInPlace, ///< rewriting in place: the file could not be rewritten
+        Changed, ///< the file no longer has `expectedContent`, or was replaced during the save
     };
 
     enum Backup { NoBackup, KeepBackup };
@@ -86,8 +90,12 @@ public:
     Step failed = Saved;
     int errorNumber = 0; ///< errno of the failed step
     QString detail; ///< for `Verify`: which entry would not come back and why
-    bool keepsBackup = true; ///< the last run was to keep a backup
+    /// When known: the content the file is expected to have (as it was read or last saved); a
+    /// file with another content is not replaced (`Changed`). Looked at under the lock, just
+    /// before the file is replaced. A file that is gone is replaced anyway.
+    FileStamp expectedContent;
     bool rewrittenInPlace = false; ///< the file was rewritten in place instead of replaced
+    QString previousVersionPath; ///< after a failed rewrite in place: where the old content is
     FileStamp stamp; ///< the file as a successful save left it
 
 private:

@@ -40,10 +40,12 @@ bool XmlParser::parse(const QString &path, ZAT16::FileStamp *stamp)
         return false;
     }
     fileName = path;
+    const ZAT16::FileStamp opened = ZAT16::FileStamp::metadataOf(fd);
     const bool result = run(std::move(file));
-    // Taken from the file that was read, even if its name stands for another one by now.
+    // Taken from the file that was read, even if its name stands for another one by now; unknown
+    // when it was written to while it was read, since the tree then holds neither version.
     if (stamp)
-        *stamp = ZAT16::FileStamp::ofDescriptor(fd);
+        *stamp = ZAT16::FileStamp::ofDescriptor(fd, &opened);
     return result;
 }
 

@@ -151,6 +151,21 @@ void clickButton(QMessageBox *box, const QString &text)
     }
 }
 
+// Another program that writes `outsideTarget` once, while the save writes its temporary file:
+// after the question before the save, before the save's last look at the file.
+QString outsideTarget;
+bool outsideWritten = false;
+ssize_t writeWhileAnotherProgramWrites(int fd, const void *data, size_t size)
+{
+    if (!outsideWritten) {
+        outsideWritten = true;
+        QFile file(outsideTarget);
+        if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+            file.write("<zat16/>\n");
+    }
+    return ::write(fd, data, size);
+}
+
 // Temporary files of saves of `path` left beside it.
 QStringList temporaries(const QString &path)
 {
@@ -787,7 +802,8 @@ private slots:
         QVERIFY(readFile(m_path).contains("PowerOn"));
         QCOMPARE(temporaries(m_path), QStringList());
 
-        // Where the fallback rename fails, that is what the message names.
+        // Without hard links the backup is a copy; where it cannot take the backup's name, that
+        // is what the message names, and the old backup stays.
         QVERIFY(model()->setData(model()->index(0, 0), QStringLiteral("PowerOff"), Qt::EditRole));
         const QByteArray saved = readFile(m_path);
         SaveSequence::operations().rename = renameFailsToBackup;
@@ -795,10 +811,10 @@ private slots:
         TestModal::answerMessageBox(QMessageBox::Ok, &text);
         QVERIFY(!m_window->onSave());
         QCOMPARE(text,
-                 QStringLiteral("Could not rename ") + m_path + QStringLiteral(" to ") + m_path
+                 QStringLiteral("Could not copy ") + m_path + QStringLiteral(" to ") + m_path
                      + QStringLiteral(".bak: ") + QString::fromLocal8Bit(std::strerror(EXDEV)));
         QCOMPARE(readFile(m_path), saved);
-        QVERIFY(!QFile::exists(m_path + QStringLiteral(".bak")));
+        QCOMPARE(readFile(m_path + QStringLiteral(".bak")), defs);
         QCOMPARE(temporaries(m_path), QStringList());
     }
 
@@ -1164,13 +1180,51 @@ private slots:
         }
         if (answer == QLatin1String("Reload")) {
             QVERIFY(encode(model()->root()).contains("FromGit"));
-            QVERIFY(m_window->undoStack()->isClean());
-            // The edits made before are one undo away, and saving them now asks nothing more.
+            // The edits made before are one undo away; the document stays unsaved, so that
+            // closing asks before they are lost. Saving them now asks nothing more.
+            QVERIFY(!m_window->undoStack()->isClean());
+            QCOMPARE(m_window->windowTitle(), QStringLiteral("defs.zatdef * [ZAT16 tag editor]"));
             m_window->undoStack()->undo();
             QVERIFY(encode(model()->root()).contains("PowerOn"));
             QVERIFY(m_window->onSave());
             QVERIFY(readFile(m_path).contains("PowerOn"));
         }
+    }
+
+    // A change in the moment between the question and the save's last look at the file is asked
+    // about too; then the save is done again.
+    void changeDuringTheSaveAsks()
+    {
+        editSomething();
+        outsideTarget = m_path;
+        outsideWritten = false;
+        SaveSequence::operations().write = writeWhileAnotherProgramWrites;
+        QString text;
+        TestModal::onNextModal([&](QWidget *w) {
+            auto *box = qobject_cast<QMessageBox *>(w);
+            QVERIFY(box);
+            text = box->text();
+            clickButton(box, QStringLiteral("Overwrite"));
+        });
+        QVERIFY(m_window->onSave());
+        QCOMPARE(text, m_path + QStringLiteral(" was changed by another program since it was opened"));
+        QVERIFY(readFile(m_path).contains("PowerOn"));
+        QCOMPARE(readFile(m_path + QStringLiteral(".bak")), QByteArray("<zat16/>\n"));
+        QVERIFY(m_window->undoStack()->isClean());
+    }
+
+    // The document's file spelled another way (through a link, say) is still the document's file.
+    void otherSpellingOfTheFileAsksToo()
+    {
+        const QString link = path(QStringLiteral("link.zatdef"));
+        QVERIFY(QFile::link(m_path, link));
+        editSomething();
+        QVERIFY(writeFile(m_path, defs + "\n"));
+        QString text;
+        TestModal::answerMessageBox(QMessageBox::Cancel, &text);
+        QVERIFY(!m_window->save(link));
+        QCOMPARE(text, link + QStringLiteral(" was changed by another program since it was opened"));
+        QCOMPARE(readFile(m_path), defs + "\n");
     }
 
     // A file that was only touched, or written again with the same content, is no change.

@@ -165,6 +165,20 @@ private slots:
         QVERIFY(QFileInfo(QStringLiteral("/dev/null")).exists());
     }
 
+    // Definitions that would not load again are not written anywhere, also not to standard
+    // output or a pipe.
+    void definitionsThatWouldNotLoadAreNotWritten()
+    {
+        const QString path = folder(QStringLiteral("refused")) + QStringLiteral("/in.zatdef");
+        QVERIFY(writeFile(path, "<zat16>\n  <tag name=\"A\" id=\"0x1001\">\n    <enums comment=\"values later\"/>\n  </tag>\n</zat16>\n"));
+        const ZatgenRun::Run result = run({QStringLiteral("--xml"), QStringLiteral("-"), path});
+        QCOMPARE(result.status, 3);
+        QCOMPARE(result.out, QByteArray());
+        QCOMPARE(QString::fromUtf8(result.err),
+                 QStringLiteral("The definitions were not written to -: the enumeration list of tag \"A\" would not load "
+                                "again (a list with only a comment is saved as a comment line).\n"));
+    }
+
     void pipeInputIsRefused()
     {
         const QString pipe = folder(QStringLiteral("pipe-input")) + QStringLiteral("/in.zatdef");

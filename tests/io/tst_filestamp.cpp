@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -106,6 +107,28 @@ private slots:
         QVERIFY(FileStamp::hashOf(changed) != stamp.hash);
         QVERIFY(FileStamp::hashOf(content + 'a') != stamp.hash);
         QVERIFY(FileStamp::hashOf(content.left(65536)) != FileStamp::hashOf(content.left(65537)));
+    }
+
+    // A file written to after it was opened (while a parse read it, say) has no stamp: the tree
+    // holds neither version, and the next save must ask.
+    void changedSinceOpened()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("opened"));
+        QVERIFY(writeFile(path, "first version"));
+        const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY);
+        QVERIFY(fd >= 0);
+        const FileStamp opened = FileStamp::metadataOf(fd);
+        QVERIFY(!opened.known && opened.exists);
+        QVERIFY(FileStamp::ofDescriptor(fd, &opened).known);
+        {
+            QFile other(path);
+            QVERIFY(other.open(QIODevice::ReadWrite));
+            QVERIFY(other.seek(0));
+            QCOMPARE(other.write("FIRST"), qint64(5));
+        }
+        QVERIFY(!FileStamp::ofDescriptor(fd, &opened).known);
+        QVERIFY(FileStamp::ofDescriptor(fd).known);
+        ::close(fd);
     }
 
     void ofWritten()

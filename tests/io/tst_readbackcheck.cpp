@@ -126,10 +126,20 @@ private slots:
         QTest::newRow("value name starting with a digit")
             << 1 << "the value \"2b\" of tag \"Mode\" would not load again (Name must not start with a digit.)";
         QTest::newRow("tag code out of range") << 2 << "the tag \"Big\" would not load again (Tag out of range)";
-        QTest::newRow("comment inside a tag") << 3 << "the comment \"lost\" of tag \"Mode\" would not load again";
+        QTest::newRow("comment inside a tag")
+            << 3 << "the comment \"lost\" of tag \"Mode\" would not load again (a comment line inside a tag is not kept)";
         QTest::newRow("negative digit count") << 4 << "the value \"One\" of tag \"Mode\" would not load again";
         QTest::newRow("invalid characters in a bit name")
             << 5 << "the bit \"a-b\" of tag \"Mode\" would not load again (Invalid characters in name.)";
+        QTest::newRow("a list with only a comment")
+            << 6 << "the bit list of tag \"Extra\" would not load again (a list with only a comment is saved as a comment line)";
+        QTest::newRow("a comment with two dashes")
+            << 7 << "the comment \"-- power --\" would not load again (a comment line cannot hold \"--\" or end with \"-\")";
+        QTest::newRow("a tag with a comment and only blank lines below it")
+            << 9 << "a tag without name or code would not load again (an entry with only a comment is saved as a comment line)";
+        QTest::newRow("a secure tag with only a comment")
+            << 8 << "the comment \"secret\" would not load again (an entry with only a comment is saved as a comment line, "
+                    "without its other settings)";
     }
 
     void refusals()
@@ -150,6 +160,14 @@ private slots:
             add(mode, Tag, QString(), false, 0, QStringLiteral("lost"));
         if (kind == 4)
             one->display = {3, -2};
+        if (kind == 6)
+            add(add(root.get(), Tag, QStringLiteral("Extra"), true, 0x1003), Bits, QString(), false, 0, QStringLiteral("flags later"));
+        if (kind == 7)
+            add(root.get(), Tag, QString(), false, 0, QStringLiteral("-- power --"));
+        if (kind == 9)
+            add(add(root.get(), Tag, QString(), false, 0, QStringLiteral("c")), Tag);
+        if (kind == 8)
+            add(root.get(), Tag, QString(), false, 0, QStringLiteral("secret"))->secure = true;
         add(root.get(), Tag, QStringLiteral("Last"), true, 0x1002);
         QCOMPARE(checked(root.get()), expected);
     }

@@ -112,7 +112,7 @@ int linkRefused(const char *, const char *)
 // Refuses to rename the temporary file into place; the backup's renames go through.
 int renameIntoPlaceRefused(const char *from, const char *to)
 {
-    if (QByteArray(from).endsWith(".bak"))
+    if (QByteArray(to).endsWith(".bak"))
         return ::rename(from, to);
     errno = EACCES;
     return -1;
@@ -503,7 +503,8 @@ private slots:
         QCOMPARE(fileStatus(path).st_uid, uid_t(4444));
         QCOMPARE(readFile(path), m_secondText);
         QCOMPARE(readFile(path + QStringLiteral(".bak")), m_firstText);
-        QCOMPARE(int(fileStatus(path + QStringLiteral(".bak")).st_mode & 07777), 0664);
+        // The backup could not get the file's group either: nobody but its owner may read it.
+        QCOMPARE(int(fileStatus(path + QStringLiteral(".bak")).st_mode & 07777), 0600);
         QCOMPARE(temporaries(dir, QStringLiteral("owned.zatdef")), QStringList());
         QVERIFY(sequence.stamp.sameContent(FileStamp::ofFile(path)));
     }
@@ -567,6 +568,138 @@ private slots:
         QVERIFY(inode(path) != before);
         QCOMPARE(readFile(path + QStringLiteral(".bak")), m_firstText);
         QVERIFY(!QFileInfo::exists(second));
+        QCOMPARE(QDir(dir).entryList(QDir::Files | QDir::System | QDir::Hidden),
+                 QStringList({QStringLiteral("doc.zatdef"), QStringLiteral("doc.zatdef.bak")}));
+    }
+
+    // A name like those second names that is not one (its own part is not 8 characters) is
+    // another hard link of the user's: it is kept, and the file rewritten in place.
+    void usersOwnLinksAreKept()
+    {
+        const QString dir = folder(QStringLiteral("own-links"));
+        const QString path = dir + QStringLiteral("/doc.zatdef");
+        QVERIFY(writeFile(path, m_firstText));
+        const QString mine = path + QStringLiteral(".tmp-mine.bak");
+        QCOMPARE(::link(QFile::encodeName(path).constData(), QFile::encodeName(mine).constData()), 0);
+        SaveSequence sequence(path);
+        QVERIFY(sequence.run(m_second.get()));
+        QVERIFY(sequence.rewrittenInPlace);
+        QCOMPARE(readFile(mine), m_secondText);
+    }
+
+    // Without hard links the backup is a copy, and the file's name is never empty: when the last
+    // rename fails, the file is still there as it was.
+    void withoutHardLinksTheNameStaysFilled()
+    {
+        const QString dir = folder(QStringLiteral("no-links"));
+        const QString path = dir + QStringLiteral("/doc.zatdef");
+        QVERIFY(writeFile(path, m_firstText));
+        QVERIFY(writeFile(path + QStringLiteral(".bak"), "old backup"));
+        SaveSequence::operations().link = [](const char *, const char *) {
+            errno = EPERM;
+            return -1;
+        };
+        SaveSequence::operations().rename = renameIntoPlaceRefused;
+        SaveSequence sequence(path);
+        QVERIFY(!sequence.run(m_second.get()));
+        QCOMPARE(sequence.failed, SaveSequence::RenameTemporary);
+        QCOMPARE(readFile(path), m_firstText);
+        QCOMPARE(readFile(path + QStringLiteral(".bak")), m_firstText);
+        QCOMPARE(temporaries(dir, QStringLiteral("doc.zatdef")), QStringList());
+
+        SaveSequence::operations().rename = ::rename;
+        QVERIFY(SaveSequence(path).run(m_second.get()));
+        QCOMPARE(readFile(path), m_secondText);
+        QCOMPARE(readFile(path + QStringLiteral(".bak")), m_firstText);
+        QVERIFY(inode(path + QStringLiteral(".bak")) != inode(path));
+    }
+
+    // The content on its way is readable by its owner alone, whatever the file's mode and group.
+    void temporaryFileIsPrivateWhileWritten()
+    {
+        const QString dir = folder(QStringLiteral("private"));
+        const QString path = dir + QStringLiteral("/shared.zatdef");
+        QVERIFY(writeFile(path, m_firstText));
+        QCOMPARE(::chmod(QFile::encodeName(path).constData(), 0664), 0);
+        static mode_t seen = 0;
+        seen = 0;
+        SaveSequence::operations().write = [](int fd, const void *data, size_t size) -> ssize_t {
+            struct stat st;
+            if (::fstat(fd, &st) == 0)
+                seen |= st.st_mode & 0077;
+            return ::write(fd, data, size);
+        };
+        QVERIFY(SaveSequence(path).run(m_second.get()));
+        QCOMPARE(int(seen), 0);
+        QCOMPARE(int(fileStatus(path).st_mode & 07777), 0664);
+    }
+
+    // The file is compared with what the caller expects it to hold at the last moment, under the
+    // lock: another content is not replaced.
+    void expectedContentIsCheckedLast()
+    {
+        const QString dir = folder(QStringLiteral("expected"));
+        const QString path = dir + QStringLiteral("/doc.zatdef");
+        QVERIFY(writeFile(path, m_firstText));
+        SaveSequence sequence(path);
+        sequence.expectedContent = FileStamp::ofFile(path);
+        QVERIFY(writeFile(path, "changed by another program"));
+        QVERIFY(!sequence.run(m_second.get()));
+        QCOMPARE(sequence.failed, SaveSequence::Changed);
+        QCOMPARE(sequence.errorMessage(), path + QStringLiteral(" was changed by another program since it was opened"));
+        QCOMPARE(readFile(path), QByteArray("changed by another program"));
+        QVERIFY(!QFileInfo::exists(path + QStringLiteral(".bak")));
+        QCOMPARE(temporaries(dir, QStringLiteral("doc.zatdef")), QStringList());
+
+        // The same content, or a file that is gone, is no change.
+        QVERIFY(writeFile(path, m_firstText));
+        QVERIFY(sequence.run(m_second.get()));
+        QVERIFY(QFile::remove(path));
+        QVERIFY(sequence.run(m_second.get()));
+    }
+
+    // A file that was only partly read (text between its elements) is still a version: rewritten
+    // in place, it goes to the backup like any other.
+    void partlyReadFileGoesToTheBackup()
+    {
+        const QString dir = folder(QStringLiteral("partly"));
+        const QString path = dir + QStringLiteral("/doc.zatdef");
+        const QByteArray partly = "<zat16>\n  <tag name=\"A\" id=\"0x1001\"/>\n  x\n  <tag name=\"Unread\"/>\n</zat16>\n";
+        QVERIFY(writeFile(path, partly));
+        QVERIFY(writeFile(path + QStringLiteral(".bak"), "older backup"));
+        QCOMPARE(::link(QFile::encodeName(path).constData(), QFile::encodeName(dir + QStringLiteral("/other")).constData()), 0);
+        SaveSequence sequence(path);
+        QVERIFY(sequence.run(m_second.get()));
+        QVERIFY(sequence.rewrittenInPlace);
+        QCOMPARE(readFile(path + QStringLiteral(".bak")), partly);
+    }
+
+    // Without a backup (zatgen), a file rewritten in place keeps its old content in a safety copy
+    // until the rewrite is done; after a failure the message says where it is.
+    void safetyCopyWhileRewritingWithoutBackup()
+    {
+        const QString dir = folder(QStringLiteral("safety"));
+        const QString path = dir + QStringLiteral("/doc.zatdef");
+        QVERIFY(writeFile(path, m_firstText));
+        QCOMPARE(::link(QFile::encodeName(path).constData(), QFile::encodeName(dir + QStringLiteral("/other")).constData()), 0);
+        writeBudget = m_secondText.size() + m_firstText.size() + 10;
+        SaveSequence::operations().write = writeUntilFull;
+        SaveSequence sequence(path);
+        QVERIFY(!sequence.run(m_second.get(), SaveSequence::NoBackup));
+        QCOMPARE(sequence.failed, SaveSequence::WriteInPlace);
+        QVERIFY(sequence.previousVersionPath.startsWith(path + QStringLiteral(".tmp")));
+        QCOMPARE(readFile(sequence.previousVersionPath), m_firstText);
+        QCOMPARE(sequence.errorMessage(),
+                 QStringLiteral("Error writing %1:\n  No space left on device\nThe version before this save is in %2.")
+                     .arg(path, sequence.previousVersionPath));
+
+        SaveSequence::operations() = SaveSequence::systemOperations();
+        QVERIFY(QFile::remove(sequence.previousVersionPath));
+        QVERIFY(writeFile(path, m_firstText));
+        QVERIFY(sequence.run(m_second.get(), SaveSequence::NoBackup));
+        QCOMPARE(readFile(path), m_secondText);
+        QCOMPARE(QDir(dir).entryList(QDir::Files | QDir::System | QDir::Hidden),
+                 QStringList({QStringLiteral("doc.zatdef"), QStringLiteral("other")}));
     }
 
     // Content that would not load again, or not as it is, does not replace the file.
