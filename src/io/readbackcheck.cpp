@@ -123,10 +123,29 @@ QString named(const Item *item, const QString &kind)
     return text.isEmpty() ? QStringLiteral("a %1 without name or code").arg(kind) : QStringLiteral("the ") + text;
 }
 
+// The type a comment line gets from its container when it is read.
+ItemType commentTypeIn(const Item *parent)
+{
+    if (!parent)
+        return ZAT16::Invalid;
+    switch (parent->type) {
+    case Root:
+        return Tag;
+    case Enums:
+        return Enum;
+    case Bits:
+        return Bit;
+    default:
+        return ZAT16::Invalid;
+    }
+}
+
 // Why an entry that reads back without an error does not come back as it is, where the format
 // says why; empty otherwise.
 QString reasonFor(const Item *item)
 {
+    if (!WriterXml::canCarry(item->name) || !WriterXml::canCarry(item->comment))
+        return QStringLiteral("it holds characters that a file cannot carry");
     // The writer saves an entry with a comment and nothing else as a comment line; one whose
     // children all are blank lines would lose them, and come back as a comment line.
     if (!item->isComment()) {
@@ -144,6 +163,8 @@ QString reasonFor(const Item *item)
         return QStringLiteral("a comment line cannot hold \"--\" or end with \"-\"");
     if (item->parent && item->parent->type == Tag)
         return QStringLiteral("a comment line inside a tag is not kept");
+    if (item->type != commentTypeIn(item->parent))
+        return QStringLiteral("an entry with only a comment is saved as a comment line");
     return QString();
 }
 

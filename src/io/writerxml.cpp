@@ -95,6 +95,21 @@ bool isDropped(char16_t c)
 
 } // namespace
 
+bool WriterXml::canCarry(QStringView text)
+{
+    const qsizetype n = text.size();
+    for (qsizetype i = 0; i < n; ++i) {
+        const QChar c = text.at(i);
+        if (c.isHighSurrogate() && i + 1 < n && text.at(i + 1).isLowSurrogate()) {
+            ++i;
+            continue;
+        }
+        if (c.isSurrogate() || !isXmlChar(c.unicode()))
+            return false;
+    }
+    return true;
+}
+
 // Counts the public functions running, so that the outermost one hands the text to the device
 // when it returns: writeItem() and writeIndent() also work on their own.
 class WriterXml::Call

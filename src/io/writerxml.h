@@ -32,6 +32,9 @@ public:
     /// Starts a new line at the current depth.
     void writeIndent();
 
+    /// Whether a file can carry `text` as it is: every character is one that XML allows.
+    static bool canCarry(QStringView text);
+
     int depth = 0;
 
     /// Where one item's text begins and ends in the written document, in UTF-16 code units.

@@ -137,6 +137,10 @@ private slots:
             << 7 << "the comment \"-- power --\" would not load again (a comment line cannot hold \"--\" or end with \"-\")";
         QTest::newRow("a tag with a comment and only blank lines below it")
             << 9 << "a tag without name or code would not load again (an entry with only a comment is saved as a comment line)";
+        QTest::newRow("a value with only a comment outside a list")
+            << 10 << "the comment \"misplaced\" would not load again (an entry with only a comment is saved as a comment line)";
+        QTest::newRow("a comment holding a lone surrogate")
+            << 11 << QStringLiteral("the tag \"Last\" would not load again (it holds characters that a file cannot carry)");
         QTest::newRow("a secure tag with only a comment")
             << 8 << "the comment \"secret\" would not load again (an entry with only a comment is saved as a comment line, "
                     "without its other settings)";
@@ -168,7 +172,11 @@ private slots:
             add(add(root.get(), Tag, QString(), false, 0, QStringLiteral("c")), Tag);
         if (kind == 8)
             add(root.get(), Tag, QString(), false, 0, QStringLiteral("secret"))->secure = true;
-        add(root.get(), Tag, QStringLiteral("Last"), true, 0x1002);
+        if (kind == 10)
+            add(root.get(), Enum, QString(), false, 0, QStringLiteral("misplaced"));
+        Item *last = add(root.get(), Tag, QStringLiteral("Last"), true, 0x1002);
+        if (kind == 11)
+            last->comment = QStringLiteral("half a pair ") + QChar(0xD800);
         QCOMPARE(checked(root.get()), expected);
     }
 

@@ -714,7 +714,8 @@ private slots:
                                                     << "the value \"1abc\" of tag \"Power\" would not load again "
                                                        "(Name must not start with a digit.)";
         QTest::newRow("control character in a name") << QStringLiteral("Po\x01wer") << "One"
-                                                      << QStringLiteral("the tag \"Po\x01wer\" would not load again");
+                                                      << QStringLiteral("the tag \"Po\x01wer\" would not load again (it holds "
+                                                                        "characters that a file cannot carry)");
     }
 
     void whatWouldNotLoadAgainIsNotSaved()
