@@ -197,6 +197,10 @@ EditorWindow::EditorWindow(QWidget *parent)
     const QString commentFont = settingsString(settings, keyCommentFont);
     if (!commentFont.isEmpty() && font.fromString(commentFont))
         m_model->setCommentFont(font);
+
+    // The form's placeholder title never shows, not even on a box that opening a file at start
+    // brings up before the title is first set for the file.
+    updateCleanState();
 }
 
 EditorWindow::~EditorWindow()

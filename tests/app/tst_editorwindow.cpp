@@ -1299,6 +1299,27 @@ private slots:
         QVERIFY(savesWithoutQuestion());
     }
 
+    // A box that opening a file at start brings up carries the application's title, not the
+    // form's placeholder, and names the file and the reason.
+    void startErrorCarriesTheTitle()
+    {
+        const QString missing = path(QStringLiteral("missing.zatdef"));
+        QString title;
+        QString text;
+        TestModal::onNextModal([&](QWidget *w) {
+            auto *box = qobject_cast<QMessageBox *>(w);
+            QVERIFY(box);
+            title = box->windowTitle();
+            text = box->text();
+            box->button(QMessageBox::Close)->click();
+        });
+        EditorWindow window;
+        window.initialize(missing, QString());
+        QCOMPARE(title, QStringLiteral("[ZAT16 tag editor]"));
+        QCOMPARE(text,
+                 QStringLiteral("Error: Failed to open input file ") + missing + QStringLiteral(": No such file or directory"));
+    }
+
     // What is not a file is refused when opened, also the file that is reopened at start.
     void startDoesNotOpenWhatIsNotAFile_data()
     {
