@@ -738,8 +738,11 @@ QMimeData *EditorModel::copy(const QModelIndex &index)
     const int row = index.row();
     mime->setText(data(this->index(row, 0, parentIndex), Qt::EditRole).toString() + QLatin1Char(' ')
         + data(this->index(row, 1, parentIndex), Qt::EditRole).toString());
+    // The item as the one element of a definitions document, its comment an attribute: a
+    // comment line or a blank line too, which could not stand as a document otherwise.
     if (const Item *item = index2item(index)) {
         WriterXml writer;
+        writer.entry = true;
         mime->setData(xmlMimeType, writer.encode(item));
     }
     return mime;
@@ -768,6 +771,7 @@ QModelIndex EditorModel::paste(const QModelIndex &at, const QMimeData *data)
     if (!xml.isEmpty()) {
         // Parse errors are not reported: only whether an item came out counts.
         Parser parser;
+        parser.entry = true;
         parser.parse(xml);
         Item *item = parser.takeRoot();
         if (!item)

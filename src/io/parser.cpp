@@ -196,7 +196,7 @@ bool Parser::parser()
 
     tagCodes.clear();
     tagNames.clear();
-    if (root)
+    if (root && !entry)
         root->comment = dtd;
     dtd = QString();
     m_siblings.clear();

@@ -31,6 +31,9 @@ public:
     /// The line of the text that ended reading early (text that is not blank between elements
     /// stops reading; what was read before it is kept); 0 when the whole input was read.
     int stoppedAtLine = 0;
+    /// Reading one entry (the clipboard's) rather than a document: the top element keeps its
+    /// own comment; a document's top element is given the document type declaration instead.
+    bool entry = false;
 
 protected:
     bool parser() override;

@@ -144,6 +144,7 @@ bool WriterXml::writeDefinitions(const Item *root)
     m_failed = false;
     m_deviceFailed = false;
     m_handedOver = 0;
+    m_top = root;
     depth = 1;
     {
         Call call(this);
@@ -152,7 +153,7 @@ bool WriterXml::writeDefinitions(const Item *root)
         appendMarkup(QLatin1String("\" encoding=\"UTF-8\"?>"));
         // An editor mode line on the declaration's line.
         appendMarkup(QLatin1String(" <!-- -*- nxml -*- -->"));
-        if (!root->comment.isEmpty()) {
+        if (!entry && !root->comment.isEmpty()) {
             closeStartTag();
             appendText(xmlText(root->comment));
         }
@@ -191,7 +192,10 @@ bool WriterXml::writeItem(const Item *item)
 bool WriterXml::writeItemText(const Item *item)
 {
     Call call(this);
-    if (item->isComment()) {
+    // An entry on its own is an element whatever it holds: a comment line or a blank line could
+    // not stand as a document.
+    const bool asElement = entry && item == m_top;
+    if (item->isComment() && !asElement) {
         writeIndent();
         closeStartTag();
         appendMarkup(QLatin1String("<!--"));
@@ -199,7 +203,7 @@ bool WriterXml::writeItemText(const Item *item)
         appendMarkup(QLatin1String("-->"));
         return true;
     }
-    if (item->isNewline()) {
+    if (item->isNewline() && !asElement) {
         // The next element starts with its own line break, so this shows as one empty line.
         if (depth == 0)
             return false;
@@ -274,8 +278,12 @@ void WriterXml::writeItemAttributes(const Item *item)
         m_text += QLatin1Char(' ');
         appendText(QLatin1String("id"));
         m_text += QLatin1String("=\"");
-        if (!m_textLost)
-            item->appendId(m_text);
+        if (!m_textLost) {
+            if (entry && item->type != Tag)
+                appendNumber(m_text, item->id, entryDisplay(item));
+            else
+                item->appendId(m_text);
+        }
         m_text += QLatin1Char('"');
     }
     if (item->type != Root && !item->comment.isEmpty())
@@ -293,6 +301,18 @@ void WriterXml::writeItemAttributes(const Item *item)
             display += QLatin1Char(letters[item->display.mode - 1]);
         appendAttribute(QLatin1String("display"), display, false);
     }
+}
+
+// The display of an entry's number: the one in effect, but without the zeros of a padded decimal
+// display that comes from above the entry. The entry is read on its own, and such zeros would
+// then read as octal; every other notation reads the same anywhere.
+DisplayMode WriterXml::entryDisplay(const Item *item) const
+{
+    DisplayMode display = item->displayMode();
+    const bool fromAbove = item->displayModeWithin(m_top).mode == 0 && display.mode != 0;
+    if (fromAbove && (display.mode == 1 || display.mode == 2))
+        display.digits = 0;
+    return display;
 }
 
 // A pending start tag is closed by whatever follows inside the element.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tagcodes.h"
 #include "writer.h"
 
 #include <QLatin1String>
@@ -36,6 +37,11 @@ public:
     static bool canCarry(QStringView text);
 
     int depth = 0;
+    /// Writing one entry out of a document (the clipboard's): the top item is written as an
+    /// element with its comment as an attribute, also when it is a comment line or a blank line,
+    /// and never as a document type declaration; a decimal display from above the entry gives
+    /// its numbers no zeros, which would read as octal without it.
+    bool entry = false;
 
     /// Where one item's text begins and ends in the written document, in UTF-16 code units.
     struct Span {
@@ -51,6 +57,7 @@ private:
     class Call;
 
     bool writeItemText(const Item *item);
+    DisplayMode entryDisplay(const Item *item) const;
     void closeStartTag();
     void appendMarkup(QLatin1String markup);
     void appendText(QStringView text);
@@ -59,6 +66,7 @@ private:
     void flushIfLarge();
     void flush();
 
+    const Item *m_top = nullptr; ///< the item writeDefinitions() was given
     QString m_text; ///< written but not yet handed to the device
     qsizetype m_handedOver = 0; ///< code units handed to the device before m_text
     int m_calls = 0; ///< public functions running; the outermost one flushes

@@ -190,7 +190,12 @@ bool Item::isValid(ItemType type) const
 
 const DisplayMode &Item::displayMode() const
 {
-    for (const Item *item = this; item; item = item->parent) {
+    return displayModeWithin(nullptr);
+}
+
+const DisplayMode &Item::displayModeWithin(const Item *top) const
+{
+    for (const Item *item = this; item; item = item == top ? nullptr : item->parent) {
         if (item->display.mode != 0)
             return item->display;
     }

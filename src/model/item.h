@@ -98,6 +98,9 @@ public:
 
     /// The display mode in effect: the nearest one set, walking up from this item.
     const DisplayMode &displayMode() const;
+    /// The same, walking up no further than `top` (an item above this one, or this one): the
+    /// display in effect for this item in the subtree of `top` taken on its own.
+    const DisplayMode &displayModeWithin(const Item *top) const;
     QString formatId() const;
     /// Appends formatId() to `text`.
     void appendId(QString &text) const;
