@@ -48,9 +48,9 @@ QString EditorItemEditDialog::editableNumber(const QString &formatted, quint64 i
 {
     QString text = formatted;
     int pos = 0;
-    bool ok = false;
-    const quint32 value = Numbers::to32(formatted, &ok);
-    if (ok && quint64(qint64(qint32(value))) == id && m_numberValidator->validate(text, pos) == QValidator::Acceptable)
+    quint64 value = 0;
+    if (Numbers::readValue(formatted, &value) == Numbers::Reading::Number && value == id
+        && m_numberValidator->validate(text, pos) == QValidator::Acceptable)
         return formatted;
     return QString::number(qint64(id));
 }
@@ -96,7 +96,7 @@ void EditorItemEditDialog::setData(const Item *item)
     m_ui->m_ck_secure->setChecked(item->secure);
 }
 
-bool EditorItemEditDialog::applyData()
+bool EditorItemEditDialog::readData(ItemData *result)
 {
     if (!m_item)
         return false;
@@ -126,11 +126,10 @@ bool EditorItemEditDialog::applyData()
         const QString text = m_ui->m_le_id->text();
         if (!m_ui->m_le_id->hasAcceptableInput() || text.isEmpty())
             return invalidInput(m_ui->m_le_id);
-        bool ok = false;
-        const quint32 value = Numbers::to32(text, &ok);
-        if (!ok)
+        quint64 value = 0;
+        if (Numbers::readValue(text, &value) != Numbers::Reading::Number)
             return invalidInput(m_ui->m_le_id);
-        data.id = quint64(qint64(qint32(value))); // negative numbers are kept sign-extended
+        data.id = value; // a negative number is kept in two's complement
         data.hasId = true;
     }
 
@@ -141,9 +140,15 @@ bool EditorItemEditDialog::applyData()
         data.display.digits = m_ui->m_sb_digits->value();
 
     data.secure = m_ui->m_ck_secure->isChecked();
+    *result = data;
+    return true;
+}
 
-    // Nothing changed: no message, and Ok keeps the dialog open.
-    if (data == *m_item)
+bool EditorItemEditDialog::applyData()
+{
+    ItemData data;
+    // Nothing changed: no message, nothing applied.
+    if (!readData(&data) || data == *m_item)
         return false;
     emit apply(m_item, data);
     return true;
@@ -151,8 +156,12 @@ bool EditorItemEditDialog::applyData()
 
 void EditorItemEditDialog::accept()
 {
-    if (applyData())
-        QDialog::accept();
+    ItemData data;
+    if (!readData(&data))
+        return;
+    if (!(data == *m_item))
+        emit apply(m_item, data);
+    QDialog::accept();
 }
 
 void EditorItemEditDialog::onApply()

@@ -30,7 +30,8 @@ public:
     bool applyData();
 
 public slots:
-    /// Ok: applies and closes; stays open when nothing was applied.
+    /// Ok: applies what changed and closes, also when nothing did; stays open while a field is
+    /// refused.
     void accept() override;
     void onApply();
     /// The digit count only matters for a display mode other than "Default".
@@ -42,6 +43,9 @@ signals:
     void apply(const ZAT16::Item *item, const ZAT16::ItemData &data);
 
 private:
+    /// Validates the fields into `data` (the item's data with the dialog's changes); false, with
+    /// "Invalid input" at the refused field, when one is refused.
+    bool readData(ItemData *data);
     /// Gives `field` the focus and says "Invalid input"; always false.
     bool invalidInput(QWidget *field);
     QString editableNumber(const QString &formatted, quint64 id) const;

@@ -1,5 +1,7 @@
 #include "numbervalidator.h"
 
+#include "numbers.h"
+
 #include "item.h"
 
 namespace ZAT16 {
@@ -14,24 +16,25 @@ QValidator::State NumberValidator::validate(QString &input, int &) const
 {
     if (input.isEmpty())
         return Acceptable;
-    bool ok = false;
-    // Decimal, 0x hexadecimal, leading-zero octal. The conversion would skip blanks, which the
-    // parser of the typed number refuses later, so they are no number here.
-    const bool blank = input.front().isSpace() || input.back().isSpace();
-    const qlonglong value = blank ? 0 : input.toLongLong(&ok, 0);
-    if (!ok) {
+    quint64 value = 0;
+    bool negative = false;
+    switch (Numbers::readValue(input, &value, &negative)) {
+    case Numbers::Reading::NotANumber:
         emit message(tr("Non numeric input"));
         return Intermediate;
+    case Numbers::Reading::TooLarge:
+        emit message(tr("Number out of range"));
+        return Intermediate;
+    case Numbers::Reading::Number:
+        break;
     }
-    if (value < bottom() || value > top()) {
+    if (negative && bottom() >= 0) {
         emit message(tr("Number out of range"));
         return Intermediate;
     }
     if (m_item && m_item->parent) {
-        // Negative numbers are stored sign-extended to 64 bits.
-        const quint64 id = quint64(value);
         for (const Item *sibling : qAsConst(m_item->parent->children)) {
-            if (sibling != m_item && sibling->hasId && sibling->id == id) {
+            if (sibling != m_item && sibling->hasId && sibling->id == value) {
                 emit message(tr("This number already exists"));
                 return Acceptable;
             }

@@ -6,9 +6,11 @@ namespace ZAT16 {
 
 class Item;
 
-/// Checks an enumeration value or a bit number, typed in decimal or C style ("0x1F", "017").
-/// The range is that of QIntValidator (the whole int range unless set). A number that a sibling
-/// already has is accepted with a warning.
+/// Checks an enumeration value or a bit number as the cells and the edit dialog read it
+/// (Numbers::readValue: decimal, "0x" hexadecimal, "0b" binary, with a sign), so that what is
+/// checked is what is stored. Values take all 64 bits; of the range of QIntValidator only the
+/// bottom counts, and only for whether negative numbers are allowed (a bottom of 0 for bit
+/// numbers). A number that a sibling already has is accepted with a warning.
 class NumberValidator : public QIntValidator {
     Q_OBJECT
 

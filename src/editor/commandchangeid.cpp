@@ -6,9 +6,9 @@
 namespace ZAT16 {
 
 CommandChangeID::CommandChangeID(
-    unsigned code, bool hasCode, Item *item, EditorModel *model, const QModelIndex &index, Command *parent)
+    quint64 code, bool hasCode, Item *item, EditorModel *model, const QModelIndex &index, Command *parent)
     : Command(item, model, index, parent)
-    , m_oldCode(quint32(item->id))
+    , m_oldCode(item->id)
     , m_oldHasCode(item->hasId)
     , m_newCode(code)
     , m_newHasCode(hasCode)

@@ -4,12 +4,12 @@
 
 namespace ZAT16 {
 
-/// Sets, changes or removes the code of an item. Codes are kept as 32 bits: a wider code that
-/// an edit replaces comes back on undo with its upper half cleared.
+/// Sets, changes or removes the code of an item. The whole 64 bits of the old and the new code
+/// are kept, so that undo and redo give back exactly the value they replaced.
 class CommandChangeID : public Command
 {
 public:
-    CommandChangeID(unsigned code,
+    CommandChangeID(quint64 code,
         bool hasCode,
         Item *item,
         EditorModel *model,
@@ -20,9 +20,9 @@ public:
     void undo() override;
 
 private:
-    quint32 m_oldCode;
+    quint64 m_oldCode;
     bool m_oldHasCode;
-    quint32 m_newCode;
+    quint64 m_newCode;
     bool m_newHasCode;
 };
 

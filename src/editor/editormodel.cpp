@@ -537,13 +537,22 @@ bool EditorModel::setData(const QModelIndex &index, const QVariant &value, int r
     switch (index.column()) {
     case 1:
         if (!text.isEmpty()) {
-            bool ok = false;
-            const quint32 code = Numbers::to32(text, &ok);
-            if (!ok)
-                return false;
-            if (item->type == Tag && code >= 0x10000)
-                return false;
-            if (item->hasId && item->id == quint64(code))
+            // A tag's code is 16 bits; a value or bit takes all 64, with a sign, read as the
+            // editors and the edit dialog read it.
+            quint64 code = 0;
+            if (item->type == Tag) {
+                bool ok = false;
+                code = Numbers::to32(text, &ok);
+                if (!ok || code >= 0x10000)
+                    return false;
+            } else {
+                bool negative = false;
+                if (Numbers::readValue(text, &code, &negative) != Numbers::Reading::Number)
+                    return false;
+                if (negative && item->type == Bit) // a bit number is never below zero
+                    return false;
+            }
+            if (item->hasId && item->id == code)
                 return true;
             push(new CommandChangeID(code, true, item, this, index));
         } else if (item->hasId) {

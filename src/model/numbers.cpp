@@ -101,4 +101,42 @@ quint32 to32(const QString &text, bool *ok)
     return to32(text.toUtf8(), ok);
 }
 
+Reading readValue(const QString &text, quint64 *value, bool *negative)
+{
+    *value = 0;
+    if (negative)
+        *negative = false;
+    const QByteArray bytes = text.toUtf8();
+    const char *p = bytes.constData();
+    const char *const end = p + bytes.size();
+    bool minus = false;
+    if (p < end && (*p == '+' || *p == '-')) {
+        minus = *p == '-';
+        ++p;
+    }
+    unsigned int base = 10;
+    if (end - p >= 2 && p[0] == '0' && (p[1] == 'x' || p[1] == 'X' || p[1] == 'b')) {
+        base = p[1] == 'b' ? 2 : 16;
+        p += 2;
+    }
+    if (p == end)
+        return Reading::NotANumber;
+    quint64 magnitude = 0;
+    bool tooLarge = false;
+    for (; p < end; ++p) {
+        const int digit = cton(static_cast<unsigned char>(*p));
+        if (digit < 0 || unsigned(digit) >= base)
+            return Reading::NotANumber;
+        if (magnitude > (~quint64(0) - quint64(digit)) / base)
+            tooLarge = true;
+        magnitude = magnitude * base + quint64(digit);
+    }
+    if (tooLarge || (minus && magnitude > quint64(1) << 63))
+        return Reading::TooLarge;
+    *value = minus ? quint64(0) - magnitude : magnitude;
+    if (negative)
+        *negative = minus && magnitude != 0;
+    return Reading::Number;
+}
+
 } // namespace Numbers

@@ -20,4 +20,19 @@ quint32 to32(const void *data, unsigned int length, bool *ok);
 quint32 to32(const QByteArray &text, bool *ok);
 quint32 to32(const QString &text, bool *ok);
 
+/// What readValue() made of a text.
+enum class Reading {
+    Number, ///< a number that fits
+    NotANumber, ///< empty, a bad character, or a sign or prefix without digits
+    TooLarge, ///< digits that do not fit in 64 bits
+};
+
+/// A number as the user types it for the value of an enumeration entry or a bit, the one reading
+/// that the editors, the edit dialog and the cells share, so that what is checked is what is
+/// stored: the notations of to64 (decimal, "0x" hexadecimal, "0b" binary, an optional sign), but
+/// refused instead of wrapped when it does not fit in 64 bits (from -2^63 to 2^64 - 1), and a
+/// sign or prefix alone is no number. `value` receives the number as an item keeps it: a negative
+/// one in two's complement; `negative` whether it was below zero.
+Reading readValue(const QString &text, quint64 *value, bool *negative = nullptr);
+
 } // namespace Numbers

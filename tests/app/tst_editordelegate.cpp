@@ -104,6 +104,7 @@ private slots:
     void inPlaceTagCodeIsCommitted();
     void inPlaceTagCodeOutOfRangeIsRefused();
     void inPlaceBitNumberMinusOneIsRefused();
+    void inPlaceNegativeValueIsStoredSigned();
     void paintFillsSelectedCell();
     void paintLeavesUnselectedCell();
 
@@ -539,6 +540,25 @@ void TestEditorDelegate::inPlaceBitNumberMinusOneIsRefused()
     QCoreApplication::processEvents();
     QCOMPARE(m_b1->id, quint64(1));
     QCOMPARE(m_stack->count(), 0);
+}
+
+void TestEditorDelegate::inPlaceNegativeValueIsStoredSigned()
+{
+    auto *edit = qobject_cast<QLineEdit *>(openEditor(m_one, 1));
+    QVERIFY(edit);
+    edit->selectAll();
+    QTest::keyClicks(edit, "-20");
+    QVERIFY(edit->hasAcceptableInput());
+    QTest::keyClick(edit, Qt::Key_Return);
+    QCoreApplication::processEvents();
+    QCOMPARE(m_one->id, quint64(-20));
+    QCOMPARE(indexOf(m_one, 1).data().toString(), QString("  -20"));
+    QCOMPARE(m_stack->count(), 1);
+    // The whole 64 bits come back on undo and redo.
+    m_stack->undo();
+    QCOMPARE(m_one->id, quint64(1));
+    m_stack->redo();
+    QCOMPARE(m_one->id, quint64(-20));
 }
 
 void TestEditorDelegate::paintFillsSelectedCell()

@@ -81,7 +81,11 @@ private slots:
     void setDataNumbersThatCannotBeTypedBack();
     void setDataReplacesValidators();
 
-    void okWithoutChangeKeepsDialogOpen();
+    void okWithoutChangeCloses();
+    void okAfterApplyWithoutFurtherChangeCloses();
+    void okWithRefusedFieldStaysOpen();
+    void wideValueIsApplied();
+    void leadingZeroValueIsDecimal();
     void cancelCloses();
     void applyTurnsCancelIntoClose();
     void defaultDisablesDigitsAndKeepsThem();
@@ -391,8 +395,9 @@ void TestEditorItemEditDialog::setDataNumbersThatCannotBeTypedBack_data()
     QTest::newRow("octal") << qulonglong(15) << 4 << 0 << "15";
     QTest::newRow("binary") << qulonglong(5) << 5 << 8 << "5";
     QTest::newRow("negative, padded") << qulonglong(-5) << 1 << 4 << "-5";
-    QTest::newRow("negative, unsigned") << qulonglong(-1) << 2 << 0 << "-1";
-    QTest::newRow("negative, hexadecimal") << qulonglong(-1) << 3 << 0 << "-1";
+    // A negative value shown unsigned types back as the same 64 bits.
+    QTest::newRow("negative, unsigned") << qulonglong(-1) << 2 << 0 << "18446744073709551615";
+    QTest::newRow("negative, hexadecimal") << qulonglong(-1) << 3 << 0 << "0xFFFFFFFFFFFFFFFF";
     QTest::newRow("signed") << qulonglong(-7) << 1 << 0 << "-7";
     QTest::newRow("padded decimal") << qulonglong(7) << 1 << 3 << "007";
     QTest::newRow("hexadecimal") << qulonglong(255) << 3 << 4 << "0x00FF";
@@ -427,18 +432,62 @@ void TestEditorItemEditDialog::setDataReplacesValidators()
     QCOMPARE(qobject_cast<const IdentifierValidator *>(nameEdit()->validator())->item(), m_beta);
 }
 
-void TestEditorItemEditDialog::okWithoutChangeKeepsDialogOpen()
+void TestEditorItemEditDialog::okWithoutChangeCloses()
 {
     openDialog(m_beta);
-    click(QDialogButtonBox::Ok);
+    // Apply with nothing changed does nothing and leaves the dialog as it is.
+    click(QDialogButtonBox::Apply);
+    QVERIFY(m_applied.isEmpty());
     QVERIFY(m_dialog->isVisible());
+    QCOMPARE(buttons()->standardButtons(), QDialogButtonBox::Ok | QDialogButtonBox::Apply | QDialogButtonBox::Cancel);
+    click(QDialogButtonBox::Ok);
+    QVERIFY(!m_dialog->isVisible());
+    QCOMPARE(m_dialog->result(), int(QDialog::Accepted));
     QVERIFY(m_applied.isEmpty());
     QCOMPARE(m_stack->count(), 0);
     // No "Invalid input" either: nothing was wrong.
     QVERIFY(QToolTip::text().isEmpty());
+}
+
+void TestEditorItemEditDialog::okAfterApplyWithoutFurtherChangeCloses()
+{
+    openDialog(m_beta);
+    retype(nameEdit(), "gamma");
     click(QDialogButtonBox::Apply);
+    QCOMPARE(m_applied.size(), 1);
+    QVERIFY(m_dialog->isVisible());
+    click(QDialogButtonBox::Ok);
+    QVERIFY(!m_dialog->isVisible());
+    QCOMPARE(m_applied.size(), 1);
+    QCOMPARE(m_stack->count(), 1);
+}
+
+void TestEditorItemEditDialog::okWithRefusedFieldStaysOpen()
+{
+    openDialog(m_beta);
+    retype(nameEdit(), "1abc");
+    click(QDialogButtonBox::Ok);
+    QVERIFY(m_dialog->isVisible());
     QVERIFY(m_applied.isEmpty());
-    QCOMPARE(buttons()->standardButtons(), QDialogButtonBox::Ok | QDialogButtonBox::Apply | QDialogButtonBox::Cancel);
+    QCOMPARE(QToolTip::text(), QString("Invalid input"));
+}
+
+void TestEditorItemEditDialog::wideValueIsApplied()
+{
+    openDialog(m_one);
+    retype(valueEdit(), "0x123456789");
+    click(QDialogButtonBox::Ok);
+    QCOMPARE(m_applied.size(), 1);
+    QCOMPARE(m_applied.at(0).data.id, Q_UINT64_C(0x123456789));
+}
+
+void TestEditorItemEditDialog::leadingZeroValueIsDecimal()
+{
+    openDialog(m_one);
+    retype(valueEdit(), "010");
+    click(QDialogButtonBox::Ok);
+    QCOMPARE(m_applied.size(), 1);
+    QCOMPARE(m_applied.at(0).data.id, Q_UINT64_C(10));
 }
 
 void TestEditorItemEditDialog::cancelCloses()

@@ -80,6 +80,7 @@ void TestValidators::initTestCase()
     m_alpha->appendChild(enums);
     enums->appendChild(newItem(Enum, "one", 1));
     enums->appendChild(newItem(Enum, "minus", quint64(-1)));
+    enums->appendChild(newItem(Enum, "ten", 10));
     m_two = newItem(Enum, "two", 2);
     enums->appendChild(m_two);
 }
@@ -234,15 +235,31 @@ void TestValidators::numberValidator_data()
     QTest::newRow("letters") << "enum" << INT_MIN << "abc" << QValidator::Intermediate << "Non numeric input";
     QTest::newRow("trailing blank") << "enum" << INT_MIN << "5 " << QValidator::Intermediate << "Non numeric input";
     QTest::newRow("leading blank") << "enum" << INT_MIN << " 5" << QValidator::Intermediate << "Non numeric input";
-    QTest::newRow("8 in octal") << "enum" << INT_MIN << "08" << QValidator::Intermediate << "Non numeric input";
+    // A leading zero is a padded decimal, as the cell and the dialog store it.
+    QTest::newRow("08 is eight") << "enum" << INT_MIN << "08" << QValidator::Acceptable << "";
+    QTest::newRow("010 is ten") << "enum" << INT_MIN << "010" << QValidator::Acceptable << "This number already exists";
     QTest::newRow("hexadecimal") << "enum" << INT_MIN << "0x10" << QValidator::Acceptable << "";
-    QTest::newRow("octal") << "enum" << INT_MIN << "017" << QValidator::Acceptable << "";
+    QTest::newRow("binary") << "enum" << INT_MIN << "0b1010" << QValidator::Acceptable << "This number already exists";
+    QTest::newRow("017") << "enum" << INT_MIN << "017" << QValidator::Acceptable << "";
+    QTest::newRow("sign alone") << "enum" << INT_MIN << "-" << QValidator::Intermediate << "Non numeric input";
+    QTest::newRow("prefix alone") << "enum" << INT_MIN << "0x" << QValidator::Intermediate << "Non numeric input";
     QTest::newRow("bit -1") << "bit" << 0 << "-1" << QValidator::Intermediate << "Number out of range";
-    QTest::newRow("above int") << "enum" << INT_MIN << "2147483648" << QValidator::Intermediate
-                               << "Number out of range";
-    QTest::newRow("below int") << "enum" << INT_MIN << "-2147483649" << QValidator::Intermediate
-                               << "Number out of range";
-    QTest::newRow("lowest int") << "enum" << INT_MIN << "-2147483648" << QValidator::Acceptable << "";
+    QTest::newRow("bit 0x40") << "bit" << 0 << "0x40" << QValidator::Acceptable << "";
+    // Values take all 64 bits, with a sign.
+    QTest::newRow("above int") << "enum" << INT_MIN << "2147483648" << QValidator::Acceptable << "";
+    QTest::newRow("below int") << "enum" << INT_MIN << "-2147483649" << QValidator::Acceptable << "";
+    QTest::newRow("highest, the bits of -1")
+        << "enum" << INT_MIN << "18446744073709551615" << QValidator::Acceptable << "This number already exists";
+    QTest::newRow("below highest") << "enum" << INT_MIN << "18446744073709551614" << QValidator::Acceptable << "";
+    QTest::newRow("highest in hexadecimal")
+        << "enum" << INT_MIN << "0xFFFFFFFFFFFFFFFF" << QValidator::Acceptable << "This number already exists";
+    QTest::newRow("lowest") << "enum" << INT_MIN << "-9223372036854775808" << QValidator::Acceptable << "";
+    QTest::newRow("above 64 bits") << "enum" << INT_MIN << "18446744073709551616" << QValidator::Intermediate
+                                   << "Number out of range";
+    QTest::newRow("above 64 bits in hexadecimal")
+        << "enum" << INT_MIN << "0x10000000000000000" << QValidator::Intermediate << "Number out of range";
+    QTest::newRow("below 64 bits") << "enum" << INT_MIN << "-9223372036854775809" << QValidator::Intermediate
+                                   << "Number out of range";
     QTest::newRow("sibling's value") << "enum" << INT_MIN << "1" << QValidator::Acceptable
                                      << "This number already exists";
     QTest::newRow("sibling's value in hexadecimal")

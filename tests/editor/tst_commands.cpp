@@ -104,7 +104,7 @@ private slots:
     void deleteBitListHasEmptyText();
     void droppedInsertionFreesItem();
     void undoNewDocument();
-    void wideCodeNarrowedOnUndo();
+    void wideCodeRestoredOnUndo();
 
     // Commands on their own
     void repeatedRedoAndUndoAreHarmless();
@@ -559,7 +559,7 @@ void TestCommands::undoNewDocument()
     QCOMPARE(f.encoding(), QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?> <!-- -*- nxml -*- -->\n<zat16/>\n"));
 }
 
-void TestCommands::wideCodeNarrowedOnUndo()
+void TestCommands::wideCodeRestoredOnUndo()
 {
     Item *root = parseFile(QStringLiteral(ZAT16_EXAMPLES "/battery-charger.zatdef"));
     if (!root)
@@ -580,8 +580,12 @@ void TestCommands::wideCodeNarrowedOnUndo()
     QVERIFY(f.model.setData(f.model.item2index(minus).siblingAtColumn(1), QStringLiteral("3")));
     QCOMPARE(minus->id, quint64(3));
     f.stack.undo();
-    QCOMPARE(minus->id, quint64(0xFFFFFFECu));
+    QCOMPARE(minus->id, quint64(-20));
     QVERIFY(minus->hasId);
+    f.stack.redo();
+    QCOMPARE(minus->id, quint64(3));
+    f.stack.undo();
+    QCOMPARE(minus->id, quint64(-20));
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -141,6 +141,7 @@ private slots:
     void setData_data();
     void setData();
     void setDataOfWideCode();
+    void setDataOfNegativeCode();
     void setDataEmitsOnePastTheEnd();
     void tagCodeOutOfRange();
     void clearingCodeCell();
@@ -1006,6 +1007,18 @@ void TestEditorModel::setData_data()
                                << QStringLiteral("Change enum code") << QStringLiteral("  5");
     QTest::newRow("enum code 70000") << QList<int> { 0, 1, 0 } << 1 << edit << QVariant(QStringLiteral("70000")) << true
                                      << QStringLiteral("Change enum code") << QStringLiteral("  70000");
+    QTest::newRow("enum code -20") << QList<int> { 0, 1, 0 } << 1 << edit << QVariant(QStringLiteral("-20")) << true
+                                   << QStringLiteral("Change enum code") << QStringLiteral("  -20");
+    QTest::newRow("enum code 010") << QList<int> { 0, 1, 0 } << 1 << edit << QVariant(QStringLiteral("010")) << true
+                                   << QStringLiteral("Change enum code") << QStringLiteral("  10");
+    QTest::newRow("enum code above 32 bits")
+        << QList<int> { 0, 1, 0 } << 1 << edit << QVariant(QStringLiteral("0x100000000")) << true
+        << QStringLiteral("Change enum code") << QStringLiteral("  4294967296");
+    QTest::newRow("enum code above 64 bits")
+        << QList<int> { 0, 1, 0 } << 1 << edit << QVariant(QStringLiteral("18446744073709551616")) << false << QString()
+        << QStringLiteral("  0");
+    QTest::newRow("enum code sign alone") << QList<int> { 0, 1, 0 } << 1 << edit << QVariant(QStringLiteral("-"))
+                                          << false << QString() << QStringLiteral("  0");
     QTest::newRow("set enum code") << QList<int> { 0, 1, 2 } << 1 << edit << QVariant(QStringLiteral("4")) << true
                                    << QStringLiteral("Set enum code") << QStringLiteral("  4");
     QTest::newRow("remove enum code") << QList<int> { 0, 1, 0 } << 1 << edit << QVariant(QString()) << true
@@ -1018,6 +1031,8 @@ void TestEditorModel::setData_data()
                                        << QStringLiteral("Remove bit number") << QStringLiteral(" ");
     QTest::newRow("bit number 70000") << QList<int> { 0, 0, 0 } << 1 << edit << QVariant(QStringLiteral("70000"))
                                       << true << QStringLiteral("Change bit number") << QStringLiteral("  0x11170");
+    QTest::newRow("bit number -1") << QList<int> { 0, 0, 0 } << 1 << edit << QVariant(QStringLiteral("-1")) << false
+                                   << QString() << QStringLiteral("  0x01");
     QTest::newRow("set comment") << QList<int> { 4 } << 2 << edit << QVariant(QStringLiteral("note")) << true
                                  << QStringLiteral("Set comment") << QStringLiteral("note");
     QTest::newRow("change comment") << QList<int> { 0 } << 2 << edit << QVariant(QStringLiteral("note")) << true
@@ -1081,10 +1096,29 @@ void TestEditorModel::setDataOfWideCode()
     QVERIFY(f.model.setData(f.index({ 0, 0, 0 }, 1), QStringLiteral("5")));
     QCOMPARE(f.stack.count(), 1);
     QCOMPARE(f.at({ 0, 0, 0 })->id, quint64(5));
-    // Undo brings the code back with its upper half cleared.
+    // Undo brings back all 64 bits of the code.
     f.stack.undo();
-    QCOMPARE(f.at({ 0, 0, 0 })->id, quint64(5));
+    QCOMPARE(f.at({ 0, 0, 0 })->id, quint64(0x100000005ULL));
     QVERIFY(f.at({ 0, 0, 0 })->hasId);
+}
+
+void TestEditorModel::setDataOfNegativeCode()
+{
+    // The code cell of a value reads a sign and keeps all 64 bits, as the edit dialog does.
+    Fixture f(roleTree);
+    const QModelIndex cell = f.index({ 0, 1, 0 }, 1);
+    QVERIFY(f.model.setData(cell, QStringLiteral("-20")));
+    QCOMPARE(f.at({ 0, 1, 0 })->id, quint64(-20));
+    QCOMPARE(f.model.data(cell, Qt::DisplayRole).toString(), QStringLiteral("  -20"));
+    QVERIFY(f.model.setData(cell, QStringLiteral("0x123456789")));
+    QCOMPARE(f.at({ 0, 1, 0 })->id, quint64(0x123456789ULL));
+    f.stack.undo();
+    QCOMPARE(f.at({ 0, 1, 0 })->id, quint64(-20));
+    f.stack.undo();
+    QCOMPARE(f.at({ 0, 1, 0 })->id, quint64(0));
+    f.stack.redo();
+    f.stack.redo();
+    QCOMPARE(f.at({ 0, 1, 0 })->id, quint64(0x123456789ULL));
 }
 
 void TestEditorModel::setDataEmitsOnePastTheEnd()

@@ -28,6 +28,8 @@ private slots:
     void nonAsciiDigitsRejected();
     void pointerLengthIsRespected();
     void okFlagIsReset();
+    void readValue_data();
+    void readValue();
 
 private:
     void numberRows();
@@ -319,6 +321,53 @@ void TestNumbers::okFlagIsReset()
     QVERIFY(ok);
     Numbers::to64(QByteArray("0xx"), &ok);
     QVERIFY(!ok);
+}
+
+void TestNumbers::readValue_data()
+{
+    using Reading = Numbers::Reading;
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("reading");
+    QTest::addColumn<qulonglong>("value");
+    QTest::addColumn<bool>("negative");
+
+    QTest::newRow("empty") << "" << int(Reading::NotANumber) << 0ULL << false;
+    QTest::newRow("decimal") << "42" << int(Reading::Number) << 42ULL << false;
+    QTest::newRow("leading zero is decimal") << "010" << int(Reading::Number) << 10ULL << false;
+    QTest::newRow("08") << "08" << int(Reading::Number) << 8ULL << false;
+    QTest::newRow("plus") << "+7" << int(Reading::Number) << 7ULL << false;
+    QTest::newRow("minus") << "-20" << int(Reading::Number) << qulonglong(-20) << true;
+    QTest::newRow("minus zero") << "-0" << int(Reading::Number) << 0ULL << false;
+    QTest::newRow("hexadecimal") << "0x1F" << int(Reading::Number) << 31ULL << false;
+    QTest::newRow("hexadecimal capital X") << "0XfF" << int(Reading::Number) << 255ULL << false;
+    QTest::newRow("negative hexadecimal") << "-0x10" << int(Reading::Number) << qulonglong(-16) << true;
+    QTest::newRow("binary") << "0b101" << int(Reading::Number) << 5ULL << false;
+    QTest::newRow("binary digit 2") << "0b102" << int(Reading::NotANumber) << 0ULL << false;
+    QTest::newRow("sign alone") << "-" << int(Reading::NotANumber) << 0ULL << false;
+    QTest::newRow("prefix alone") << "0x" << int(Reading::NotANumber) << 0ULL << false;
+    QTest::newRow("blank") << " 5" << int(Reading::NotANumber) << 0ULL << false;
+    QTest::newRow("letter") << "5a" << int(Reading::NotANumber) << 0ULL << false;
+    QTest::newRow("highest") << "18446744073709551615" << int(Reading::Number) << ~0ULL << false;
+    QTest::newRow("above highest") << "18446744073709551616" << int(Reading::TooLarge) << 0ULL << false;
+    QTest::newRow("highest hexadecimal") << "0xFFFFFFFFFFFFFFFF" << int(Reading::Number) << ~0ULL << false;
+    QTest::newRow("17 hexadecimal digits") << "0x10000000000000000" << int(Reading::TooLarge) << 0ULL << false;
+    QTest::newRow("lowest") << "-9223372036854775808" << int(Reading::Number) << (1ULL << 63) << true;
+    QTest::newRow("below lowest") << "-9223372036854775809" << int(Reading::TooLarge) << 0ULL << false;
+    QTest::newRow("too large with a letter") << "99999999999999999999z" << int(Reading::NotANumber) << 0ULL << false;
+}
+
+void TestNumbers::readValue()
+{
+    QFETCH(QString, text);
+    QFETCH(int, reading);
+    QFETCH(qulonglong, value);
+    QFETCH(bool, negative);
+
+    quint64 read = 99;
+    bool below = !negative;
+    QCOMPARE(int(Numbers::readValue(text, &read, &below)), reading);
+    QCOMPARE(qulonglong(read), value);
+    QCOMPARE(below, negative);
 }
 
 QTEST_GUILESS_MAIN(TestNumbers)
