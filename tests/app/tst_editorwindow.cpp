@@ -16,6 +16,7 @@
 #include <QMimeData>
 #include <QProcess>
 #include <QDir>
+#include <QDialogButtonBox>
 #include <QDockWidget>
 #include <QAbstractButton>
 #include <QFile>
@@ -641,6 +642,45 @@ private slots:
         m_window->onDoubleClicked(model()->index(0, 0));
         QVERIFY(opened);
         QCOMPARE(title, QStringLiteral("Edit item"));
+    }
+
+    void doubleClickLeavesNoInlineEditor_data()
+    {
+        QTest::addColumn<bool>("ok");
+        QTest::newRow("Ok") << true;
+        QTest::newRow("Cancel") << false;
+    }
+
+    void doubleClickLeavesNoInlineEditor()
+    {
+        QFETCH(bool, ok);
+        RowTreeView *view = ui()->m_view;
+        const QModelIndex power = model()->index(0, 0);
+        const QString name = power.data().toString();
+        QVERIFY(!name.isEmpty());
+        bool opened = false;
+        TestModal::onNextModal([&](QWidget *w) {
+            opened = true;
+            auto *box = w->findChild<QDialogButtonBox *>();
+            QVERIFY(box);
+            box->button(ok ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel)->click();
+        });
+        const QPoint at = view->visualRect(power).center();
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, at);
+        QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, at);
+        QVERIFY(opened);
+        QCoreApplication::processEvents();
+        QVERIFY(!view->indexWidget(power));
+        QVERIFY(!view->findChild<QLineEdit *>());
+        // The next key press goes to the tree, not into a name editor.
+        QTest::keyClicks(view, QStringLiteral("x"));
+        QCoreApplication::processEvents();
+        QCOMPARE(model()->index(0, 0).data().toString(), name);
+        QCOMPARE(m_window->undoStack()->count(), 0);
+        // F2 still edits in place.
+        view->setCurrentIndex(power);
+        QTest::keyClick(view, Qt::Key_F2);
+        QVERIFY(view->indexWidget(power));
     }
 
     void applyItemIsUndoable()
