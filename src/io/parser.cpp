@@ -83,11 +83,27 @@ bool readPlainNumber(QStringView t, quint64 *value)
     return true;
 }
 
+// Reads `digits` in `base`, digits only (Qt's conversion would also take a sign or blanks in
+// front), negated where `negative` is set; a negative number goes down to -2^63.
+bool readDigits(QStringView digits, int base, bool negative, quint64 *value)
+{
+    if (digits.isEmpty() || digits.front() == u'-' || digits.front() == u'+' || digits.front().isSpace())
+        return false;
+    bool ok = false;
+    const quint64 u = digits.toULongLong(&ok, base);
+    if (!ok || (negative && u > quint64(1) << 63))
+        return false;
+    *value = negative ? quint64(0) - u : u;
+    return true;
+}
+
 // Reads an "id" in the notations the writer produces and in C notation: "0x"/"0X" hexadecimal,
 // "0o"/"0O" octal, "0y"/"0b" binary, a leading "0" octal, otherwise decimal, each with an optional
-// sign. Zeros before a minus sign are padding ("00-5" is -5). Where `decimal` is set, digits with
-// leading zeros are padded decimal, not octal. Values above the signed range are taken unsigned.
-bool parseId(QStringView text, bool decimal, quint64 *value)
+// sign. Zeros before a minus sign are padding ("00-5" is -5). Where `padded` is set, digits with
+// leading zeros are padded decimal, as the writer pads decimal numbers; digits that are no padded
+// decimal in range are still read in C notation, so that the display mode never refuses an id
+// that C notation takes. Values above the signed range are taken unsigned.
+bool parseId(QStringView text, bool padded, quint64 *value)
 {
     QStringView t = text.trimmed();
     qsizetype zeros = 0;
@@ -102,35 +118,16 @@ bool parseId(QStringView text, bool decimal, quint64 *value)
         negative = digits.front() == u'-';
         digits = digits.mid(1);
     }
-    int base = 0;
     if (digits.size() > 2 && digits.at(0) == u'0') {
         const QChar letter = digits.at(1);
         if (letter == u'o' || letter == u'O')
-            base = 8;
-        else if (letter == u'y' || letter == u'b')
-            base = 2;
-        if (base)
-            digits = digits.mid(2);
+            return readDigits(digits.mid(2), 8, negative, value);
+        if (letter == u'y' || letter == u'b')
+            return readDigits(digits.mid(2), 2, negative, value);
     }
-    if (!base && decimal && digits.size() > 1 && digits.front() == u'0' && digits.at(1).isDigit())
-        base = 10;
-    if (base) {
-        // Only digits may follow; Qt's conversion would also take a sign or blanks here.
-        if (digits.isEmpty() || digits.front() == u'-' || digits.front() == u'+' || digits.front().isSpace())
-            return false;
-        bool ok = false;
-        const quint64 u = digits.toULongLong(&ok, base);
-        if (!ok)
-            return false;
-        if (negative) {
-            if (u > quint64(1) << 63)
-                return false;
-            *value = quint64(0) - u;
-        } else {
-            *value = u;
-        }
+    if (padded && digits.size() > 1 && digits.front() == u'0' && digits.at(1).isDigit()
+        && readDigits(digits, 10, negative, value))
         return true;
-    }
 
     if (readPlainNumber(t, value))
         return true;
@@ -407,6 +404,17 @@ bool Parser::parseElementAttributes(ItemData *data)
     QStringView id;
     QStringView secure;
     QStringView display;
+    // The reader hands namespace declarations over apart from the attributes; the tree keeps them
+    // no more than any other attribute it does not know, and a save would drop them unnoticed.
+    const QXmlStreamNamespaceDeclarations &declarations = namespaceDeclarations();
+    for (const QXmlStreamNamespaceDeclaration &declaration : declarations) {
+        warn([&] {
+            QString name = QStringLiteral("xmlns");
+            if (!declaration.prefix().isEmpty())
+                name += QLatin1Char(':') + declaration.prefix().toString();
+            return QStringLiteral("Attribute \"%1\" is not kept").arg(name);
+        });
+    }
     const QXmlStreamAttributes &attrs = attributes();
     for (const QXmlStreamAttribute &attribute : attrs) {
         const QStringView key = attribute.qualifiedName();
@@ -433,7 +441,9 @@ bool Parser::parseElementAttributes(ItemData *data)
         default:
             break;
         }
-        if (slot && slot->isNull())
+        if (!slot)
+            warn([&] { return QStringLiteral("Attribute \"%1\" is not kept").arg(key); });
+        else if (slot->isNull())
             *slot = attribute.value();
     }
 
@@ -499,13 +509,18 @@ bool Parser::parseElementAttributes(ItemData *data)
 
     if (!id.isNull()) {
         // The display in effect for this element, as the tree inherits it: the open elements
-        // around it are not linked to their parents yet, so they are walked here.
-        DisplayMode mode = data->display;
-        for (qsizetype i = m_open.size() - 1; mode.mode == 0 && i >= 0; --i) {
-            if (m_open.at(i)->display.mode != 0)
-                mode = m_open.at(i)->display;
+        // around it are not linked to their parents yet, so they are walked here. A tag's code is
+        // always written in hexadecimal, whatever the display, so no display changes how it reads.
+        bool padded = false;
+        if (data->type != Tag) {
+            DisplayMode mode = data->display;
+            for (qsizetype i = m_open.size() - 1; mode.mode == 0 && i >= 0; --i) {
+                if (m_open.at(i)->display.mode != 0)
+                    mode = m_open.at(i)->display;
+            }
+            padded = isDecimalDisplay(mode);
         }
-        if (!parseId(id, isDecimalDisplay(mode), &data->id)) {
+        if (!parseId(id, padded, &data->id)) {
             raiseError(QStringLiteral("Invalid ID"));
             return false;
         }
@@ -606,6 +621,12 @@ void Parser::storeComment(Item *parent)
 {
     if (!parent)
         return;
+    // A tag holds its lists only, sorted by type once it is read: a comment between them has no
+    // place in the tree and would be gone after the next save.
+    if (parent->type == Tag) {
+        warn([] { return QStringLiteral("Comment inside <tag> is not kept"); });
+        return;
+    }
     Item *item = new Item;
     item->comment = sharedText(text());
     if (verbose)

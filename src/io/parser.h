@@ -10,7 +10,9 @@
 namespace ZAT16 {
 
 /// Reads a definitions file into an Item tree, keeping the document type declaration, comments
-/// and blank lines as items so that the file can be saved again in the author's layout.
+/// and blank lines as items so that the file can be saved again in the author's layout. What the
+/// tree has no place for, a comment inside a tag or an attribute the format does not know, is
+/// named in a warning, since a save drops it.
 class Parser : public XmlParser
 {
 public:

@@ -177,6 +177,47 @@ private slots:
                             "</zat16>\n"));
     }
 
+    // What reading drops is named, so that a save or an output never loses it unnoticed; --werror
+    // makes it fail. A tag's code reads in C notation under a decimal display.
+    void lossesOnReadingWarned()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("losses.zatdef"));
+        QVERIFY(writeFile(path,
+                          "<zat16>\n"
+                          "  <tag name=\"A\" id=\"0x1001\" unit=\"mV\">\n"
+                          "    <!-- note -->\n"
+                          "    <enums>\n"
+                          "      <enum name=\"Off\" id=\"0\"/>\n"
+                          "    </enums>\n"
+                          "  </tag>\n"
+                          "  <tag name=\"B\" id=\"0161751\" display=\"4u\"/>\n"
+                          "</zat16>\n"));
+        const QByteArray expected = QString(QStringLiteral("Warning: ") + path
+                                            + QStringLiteral(", Line 2, Column 38:\n  Attribute \"unit\" is not kept\n"
+                                                             "Warning: ")
+                                            + path + QStringLiteral(", Line 3, Column 17:\n  Comment inside <tag> is not kept\n"))
+                                        .toUtf8();
+
+        Run run = zatgen({QStringLiteral("--xml"), QStringLiteral("-"), path});
+        QCOMPARE(run.status, 0);
+        QCOMPARE(run.err, expected);
+        QCOMPARE(run.out,
+                 QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?> <!-- -*- nxml -*- -->\n"
+                            "<zat16>\n"
+                            "  <tag name=\"A\" id=\"0x1001\">\n"
+                            "    <enums>\n"
+                            "      <enum name=\"Off\" id=\"0\"/>\n"
+                            "    </enums>\n"
+                            "  </tag>\n"
+                            "  <tag name=\"B\" id=\"0xE3E9\" display=\"4u\"/>\n"
+                            "</zat16>\n"));
+
+        run = zatgen({QStringLiteral("--werror"), QStringLiteral("--xml"), QStringLiteral("-"), path});
+        QCOMPARE(run.status, 1);
+        QCOMPARE(run.err, expected);
+        QVERIFY(run.out.isEmpty());
+    }
+
     void checkWritesNothing()
     {
         const QString out = m_dir.filePath(QStringLiteral("check-out.zatdef"));

@@ -227,6 +227,8 @@ private slots:
     void blankLinesInTagRemoved();
     void comments();
     void commentTextUnchanged();
+    void commentInsideTagWarned();
+    void commentInsideTopTagWarned();
 
     void documentTypeDeclaration_data();
     void documentTypeDeclaration();
@@ -239,6 +241,8 @@ private slots:
     void secureValues_data();
     void secureValues();
     void attributes();
+    void unknownAttributesWarned_data();
+    void unknownAttributesWarned();
     void tagWithoutId();
     void tagsSortedByType();
     void topElementTag();
@@ -286,7 +290,7 @@ void TestParser::fullFile()
     CHECK_RESULT(result,
         true,
         "",
-        "",
+        warningAt(12, 17, QStringLiteral("Comment inside <tag> is not kept")),
         "Root Device comment=\"\n<!DOCTYPE zat16>\" display=3/0\n"
         "  Tag <!-- general tags -->\n"
         "  Tag Power id=0x2001 comment=\"on or off\" secure\n"
@@ -1163,7 +1167,8 @@ void TestParser::comments()
     CHECK_RESULT(result,
         true,
         "",
-        "",
+        warningAt(6, 26, QStringLiteral("Comment inside <tag> is not kept"))
+            + warningAt(12, 31, QStringLiteral("Comment inside <tag> is not kept")),
         "Root\n"
         "  Tag <!-- first -->\n"
         "  Tag A id=0x1001\n"
@@ -1193,6 +1198,43 @@ void TestParser::commentTextUnchanged()
     QVERIFY(parser.root->child(1)->comment.isEmpty());
     QVERIFY(parser.root->child(1)->isNewline());
     QCOMPARE(parser.root->child(2)->comment, QStringLiteral("x"));
+}
+
+// A tag keeps its lists only; a comment between them is dropped, which the user is told, as the
+// next save would lose it.
+void TestParser::commentInsideTagWarned()
+{
+    const Result result = parseText("<zat16>\n"
+                                    "  <tag name=\"A\" id=\"0x1001\">\n"
+                                    "    <!-- before the lists -->\n"
+                                    "    <enums>\n"
+                                    "      <enum name=\"X\" id=\"1\"/>\n"
+                                    "    </enums>\n"
+                                    "    <!-- between -->\n"
+                                    "    <bits/>\n"
+                                    "    <!---->\n"
+                                    "  </tag>\n"
+                                    "  <!-- kept -->\n"
+                                    "</zat16>\n");
+    CHECK_RESULT(result,
+        true,
+        "",
+        warningAt(3, 29, QStringLiteral("Comment inside <tag> is not kept"))
+            + warningAt(7, 20, QStringLiteral("Comment inside <tag> is not kept"))
+            + warningAt(9, 11, QStringLiteral("Comment inside <tag> is not kept")),
+        "Root\n"
+        "  Tag A id=0x1001\n"
+        "    Bits\n"
+        "    Enums\n"
+        "      Enum X id=0x1\n"
+        "  Tag <!-- kept -->\n");
+}
+
+void TestParser::commentInsideTopTagWarned()
+{
+    const Result result = parseText("<tag name=\"A\" id=\"0x1001\"><!-- c --></tag>\n");
+    CHECK_RESULT(
+        result, true, "", warningAt(1, 36, QStringLiteral("Comment inside <tag> is not kept")), "Tag A id=0x1001\n");
 }
 
 void TestParser::documentTypeDeclaration_data()
@@ -1370,6 +1412,75 @@ void TestParser::attributes()
     QVERIFY(!plain->secure);
     QCOMPARE(plain->display.mode, 0);
     QCOMPARE(plain->display.digits, 0);
+}
+
+void TestParser::unknownAttributesWarned_data()
+{
+    QTest::addColumn<QByteArray>("data");
+    QTest::addColumn<QString>("warnings");
+    QTest::addColumn<QString>("tree");
+
+    QTest::newRow("on a tag") << inRoot("<tag name=\"A\" id=\"0x1001\" unit=\"mV\"/>")
+                              << warningAt(2, 39, QStringLiteral("Attribute \"unit\" is not kept"))
+                              << "Root\n  Tag A id=0x1001\n";
+    QTest::newRow("on the root") << QByteArray("<zat16 unit=\"mV\">\n  <tag name=\"A\" id=\"0x1001\"/>\n</zat16>\n")
+                                 << warningAt(1, 17, QStringLiteral("Attribute \"unit\" is not kept"))
+                                 << "Root\n  Tag A id=0x1001\n";
+    QTest::newRow("on lists and their entries")
+        << QByteArray("<zat16>\n"
+                      "  <tag name=\"T\" id=\"0x1001\">\n"
+                      "    <enums unit=\"a\">\n"
+                      "      <enum name=\"V\" id=\"1\" unit=\"b\"/>\n"
+                      "    </enums>\n"
+                      "    <bits unit=\"c\">\n"
+                      "      <bit name=\"B\" id=\"0\" unit=\"d\"/>\n"
+                      "    </bits>\n"
+                      "  </tag>\n"
+                      "</zat16>\n")
+        << warningAt(3, 20, QStringLiteral("Attribute \"unit\" is not kept"))
+            + warningAt(4, 38, QStringLiteral("Attribute \"unit\" is not kept"))
+            + warningAt(6, 19, QStringLiteral("Attribute \"unit\" is not kept"))
+            + warningAt(7, 37, QStringLiteral("Attribute \"unit\" is not kept"))
+        << "Root\n  Tag T id=0x1001\n    Bits\n      Bit B id=0x0\n    Enums\n      Enum V id=0x1\n";
+    QTest::newRow("several, in their order")
+        << inRoot("<tag unit=\"mV\" name=\"A\" scale=\"2\" id=\"0x1001\" min=\"0\"/>")
+        << warningAt(2, 57, QStringLiteral("Attribute \"unit\" is not kept"))
+            + warningAt(2, 57, QStringLiteral("Attribute \"scale\" is not kept"))
+            + warningAt(2, 57, QStringLiteral("Attribute \"min\" is not kept"))
+        << "Root\n  Tag A id=0x1001\n";
+    // The reader gives namespace declarations apart from the attributes: they come first.
+    QTest::newRow("namespace declarations and a prefixed name")
+        << QByteArray("<zat16 xmlns=\"urn:z\" xmlns:x=\"urn:x\" x:unit=\"mV\">\n</zat16>\n")
+        << warningAt(1, 49, QStringLiteral("Attribute \"xmlns\" is not kept"))
+            + warningAt(1, 49, QStringLiteral("Attribute \"xmlns:x\" is not kept"))
+            + warningAt(1, 49, QStringLiteral("Attribute \"x:unit\" is not kept"))
+        << "Root\n";
+    QTest::newRow("known name with a prefix")
+        << inRoot("<tag xmlns:x=\"urn:x\" x:name=\"A\" id=\"0x1001\"/>")
+        << warningAt(2, 47, QStringLiteral("Attribute \"xmlns:x\" is not kept"))
+            + warningAt(2, 47, QStringLiteral("Attribute \"x:name\" is not kept"))
+        << "Root\n  Tag id=0x1001\n";
+    QTest::newRow("known name in another case")
+        << inRoot("<tag Name=\"A\" id=\"0x1001\"/>")
+        << warningAt(2, 29, QStringLiteral("Attribute \"Name\" is not kept")) << "Root\n  Tag id=0x1001\n";
+    QTest::newRow("on an element out of place")
+        << inRoot("<enums unit=\"a\"/>")
+        << warningAt(2, 19, QStringLiteral("Element <enums> not expected."))
+            + warningAt(2, 19, QStringLiteral("Attribute \"unit\" is not kept"))
+        << "Root\n  Enums\n";
+    QTest::newRow("every known attribute")
+        << inRoot("<tag name=\"A\" id=\"0x1001\" comment=\"c\" secure=\"true\" display=\"x\"/>") << QString()
+        << "Root\n  Tag A id=0x1001 comment=\"c\" secure display=3/0\n";
+}
+
+// An attribute the format does not know is read past, and the user told: the next save drops it.
+void TestParser::unknownAttributesWarned()
+{
+    QFETCH(QByteArray, data);
+    QFETCH(QString, warnings);
+    QFETCH(QString, tree);
+    const Result result = parseText(data);
+    CHECK_RESULT(result, true, "", warnings, tree);
 }
 
 void TestParser::tagWithoutId()
