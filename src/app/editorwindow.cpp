@@ -12,6 +12,7 @@
 #include "parser.h"
 #include "problemsdock.h"
 #include "localfile.h"
+#include "recovery.h"
 #include "savesequence.h"
 #include "tools.h"
 #include "windowlayout.h"
@@ -34,6 +35,7 @@
 #include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QLocale>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
@@ -138,6 +140,12 @@ EditorWindow::EditorWindow(QWidget *parent)
     m_problemsDock->hide();
     connect(m_problemsDock, &ProblemsDock::itemChosen, this, &EditorWindow::showItem);
 
+    m_recovery = new Recovery(m_model, m_undoStack, this);
+    connect(m_recovery, &Recovery::problem, this, &EditorWindow::message);
+    // Open names the document after the undo stack was cleared, which removed the recovery file
+    // of the one before. A reload keeps the document's name, whichever file it read.
+    connect(this, &EditorWindow::opened, this, [this]() { m_recovery->setDocument(m_fileName); });
+
     FindBar *find = m_ui->m_wdg_find;
     find->hide();
     find->attach(m_model, view);
@@ -205,6 +213,9 @@ EditorWindow::EditorWindow(QWidget *parent)
 
 EditorWindow::~EditorWindow()
 {
+    // The undo stack clears itself when it goes, which the recovery would take for a save; its
+    // file is for the next start.
+    delete m_recovery;
     // The children signal while they go (the undo stack clears itself, views drop their
     // selection); nothing of this half-destroyed window may answer them.
     for (QObject *child : findChildren<QObject *>())
@@ -219,14 +230,62 @@ void EditorWindow::initialize(const QString &path, const QString &displayName)
         p = settingsString(QSettings(), keyLastOpenPath);
     m_displayName = !displayName.isEmpty() ? displayName : (p.isEmpty() ? QString() : QFileInfo(p).fileName());
     if (!p.isEmpty()) {
-        if (Item *root = loadDefinitionFile(p)) {
-            m_model->setTags(root);
+        // Unsaved changes are offered also for a file that is gone (instead of the error that
+        // reading it would give) or that no longer reads (after the error): saving puts it back.
+        const auto recovered = [this, &p](const QDateTime &notBefore) {
+            if (!offerRecovery(p, notBefore))
+                return false;
             m_fileName = p;
-            takeLoadedFile();
-            m_ui->m_wdg_file_changed->watchFile(p);
+            m_fileStamp = FileStamp::ofFile(p);
+            m_fileStoppedAt = 0;
+            if (QFileInfo::exists(p))
+                m_ui->m_wdg_file_changed->watchFile(p);
+            return true;
+        };
+        const bool missing = !QFileInfo::exists(p);
+        if (!(missing && recovered(QDateTime()))) {
+            if (Item *root = loadDefinitionFile(p)) {
+                m_model->setTags(root);
+                m_fileName = p;
+                takeLoadedFile();
+                m_ui->m_wdg_file_changed->watchFile(p);
+                // Changes written before the file was last modified may be older than what it holds.
+                offerRecovery(p, QFileInfo(p).lastModified());
+            } else if (!missing) {
+                recovered(QFileInfo(p).lastModified());
+            }
         }
     }
+    // Only a start without a file can take up a document that never had one.
+    if (m_fileName.isEmpty())
+        offerRecovery(QString(), QDateTime());
+    m_recovery->setDocument(m_fileName);
     updateCleanState();
+}
+
+// Offers the newest unsaved changes to `document` (empty: to a document without a file) that
+// were written at or after `notBefore`; true when they replaced the tree. The file version stays
+// one undo away; undoing back to it drops the recovery file like any return to the saved state.
+bool EditorWindow::offerRecovery(const QString &document, const QDateTime &notBefore)
+{
+    for (const QString &path : Recovery::find(document, notBefore)) {
+        Recovery::Found found;
+        if (!m_recovery->take(path, &found))
+            continue;
+        const QString time = QLocale().toString(found.written.toLocalTime(), QLocale::ShortFormat);
+        const QString question = document.isEmpty()
+            ? tr("Recover unsaved changes to a document without a name from %1?").arg(time)
+            : tr("Recover unsaved changes to %1 from %2?").arg(QDir::toNativeSeparators(document), time);
+        if (QMessageBox::question(this, windowTitle(), question, QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes)
+            == QMessageBox::Yes) {
+            if (!found.warnings.isEmpty())
+                message(found.warnings);
+            m_model->undoableSetTags(found.root.release(), m_ui->m_view->currentIndex());
+            return true;
+        }
+        m_recovery->discard();
+    }
+    return false;
 }
 
 // Messages and notes
@@ -742,8 +801,10 @@ bool EditorWindow::dosave(const QString &path)
             error(sequence.errorMessage());
         return false;
     }
+    // Clean again: the recovery file is gone.
     m_undoStack->setClean();
     m_fileName = path;
+    m_recovery->setDocument(path);
     m_fileStamp = sequence.stamp;
     m_fileStoppedAt = 0;
     m_ui->m_wdg_file_changed->hideNotice();
@@ -763,8 +824,10 @@ bool EditorWindow::canDiscard()
                                 tr("There are unsaved changes. What do you want to do?"),
                                 QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel,
                                 QMessageBox::Cancel);
-    if (answer == QMessageBox::Discard)
+    if (answer == QMessageBox::Discard) {
+        m_recovery->discard();
         return true;
+    }
     if (answer == QMessageBox::Save)
         return onSave();
     return false;
@@ -777,7 +840,16 @@ void EditorWindow::closeEvent(QCloseEvent *event)
         event->ignore();
         return;
     }
+    // Closed normally, whatever the answer: nothing is left for the next start.
+    m_recovery->discard();
     QMainWindow::closeEvent(event);
+}
+
+void EditorWindow::terminate()
+{
+    m_recovery->write();
+    // Not quit(): that closes the windows, and this one would ask about the unsaved changes.
+    QCoreApplication::exit(0);
 }
 
 void EditorWindow::onReloadClicked()

@@ -6,6 +6,7 @@
 #include <QMainWindow>
 #include <QModelIndex>
 
+class QDateTime;
 class QDockWidget;
 class QSyntaxHighlighter;
 class QTextEdit;
@@ -18,10 +19,11 @@ namespace ZAT16 {
 class EditorModel;
 class FindBar;
 class ProblemsDock;
+class Recovery;
 
 /// The editor's single main window: the definitions tree with its actions, menus and docks, the
-/// title that follows the undo stack's clean state, opening and saving with one backup, and the
-/// banner that reports changes made by other programs.
+/// title that follows the undo stack's clean state, opening and saving with one backup, the
+/// banner that reports changes made by other programs, and the recovery of unsaved changes.
 class EditorWindow : public QMainWindow
 {
     Q_OBJECT
@@ -42,6 +44,9 @@ public:
     bool dosave(const QString &path);
     /// Asks before unsaved changes are lost; true when they may be dropped.
     bool canDiscard();
+    /// Ends the program without a question, for SIGTERM: unsaved changes go to the recovery
+    /// file, which the next start offers.
+    void terminate();
 
     /// Opens a read-only viewer of generated text, with the buttons "Save as..." (writes exactly
     /// `text`, UTF-8) and "Copy all".
@@ -70,6 +75,7 @@ public:
     QTextEdit *messages() const { return m_messages; }
     FindBar *findBar() const;
     ProblemsDock *problemsDock() const { return m_problemsDock; }
+    Recovery *recovery() const { return m_recovery; }
 
 signals:
     void saved(ZAT16::Item *root, const QString &path);
@@ -128,6 +134,7 @@ private:
     void takeLoadedFile();
     bool mayOverwrite(const QString &path);
     bool isDocumentFile(const QString &path) const;
+    bool offerRecovery(const QString &document, const QDateTime &notBefore);
 
     Ui_ZAT16EditorWindow *m_ui;
     QString m_fileName;
@@ -148,6 +155,7 @@ private:
     bool m_messageDockWasVisible = false;
     ProblemsDock *m_problemsDock;
     bool m_problemsDockWasVisible = false;
+    Recovery *m_recovery;
 };
 
 } // namespace ZAT16

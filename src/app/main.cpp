@@ -2,6 +2,7 @@
 
 #include "editorwindow.h"
 #include "localfile.h"
+#include "recovery.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -19,6 +20,9 @@ int main(int argc, char *argv[])
     // dialog; Qt's own options have been taken out of argv by now. The name is taken as the bytes
     // it is, which Qt's decoding of the arguments would change where they are not UTF-8.
     window->initialize(argc > 1 ? ZAT16::LocalFile::decodeName(QByteArray(argv[1])) : QString(), QString());
+    // From here on SIGTERM (the session ending, a plain kill) keeps unsaved changes for the next
+    // start. Before, there are none: a recovered document is still in its recovery file.
+    ZAT16::Recovery::onTermination(window, [window]() { window->terminate(); });
     window->show();
     const int result = app.exec();
     delete window;
