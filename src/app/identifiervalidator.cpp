@@ -35,6 +35,11 @@ QValidator::State IdentifierValidator::validate(QString &input, int &) const
             return Intermediate;
         }
     }
+    // The reader refuses it: a file with it would not open again.
+    if (input == QLatin1String("Tag")) {
+        emit message(tr("The name \"Tag\" is reserved."));
+        return Intermediate;
+    }
     if (m_item && m_item->parent && m_item->parent->findBut(input, m_item) >= 0) {
         emit message(tr("Identifier already exists"));
         return Acceptable;

@@ -273,6 +273,11 @@ QVariant EditorModel::decorationData(const Item *item, int column) const
 
 QVariant EditorModel::tooltipData(const Item *item, int column) const
 {
+    // A name that the reader refuses says why it is marked.
+    QString invalid;
+    if (column == 0 && isNamedKind(item) && !item->isComment() && !item->name.isEmpty()
+        && !isValidIdentifier(item->name, &invalid))
+        return invalid;
     if (item->type != Tag || !item->hasId || (column != 0 && column != 1))
         return QVariant();
     switch (dataType(quint32(item->id))) {
@@ -334,7 +339,10 @@ QVariant EditorModel::highlightData(const Item *item, int row, int column, int r
     const bool hasCode = item->hasId;
     const bool codeOrName = column == 0 || column == 1;
     bool marked = false;
-    if (hasName && !hasCode && codeOrName) {
+    if (column == 0 && hasName && !isValidIdentifier(item->name, nullptr)) {
+        // the reader refuses it: the saved file would not open again
+        marked = true;
+    } else if (hasName && !hasCode && codeOrName) {
         marked = true;
     } else if (!hasName && hasCode && codeOrName && !(item->type == Enum && !item->comment.isEmpty())) {
         // a nameless enumeration value with a code and a comment is legal

@@ -1,6 +1,7 @@
 #include "problems.h"
 
 #include "item.h"
+#include "tagcodes.h"
 
 #include <QHash>
 #include <QStringView>
@@ -174,6 +175,9 @@ void childProblems(const Item *parent, const QString &context, QList<Problems::P
                                                    : (!hasName ? QStringLiteral("no name") : QStringLiteral("no code"));
             add(Problems::IncompleteParent, QStringLiteral("has entries but ") + lacking);
         }
+        QString invalid;
+        if (hasName && !isValidIdentifier(item->name, &invalid))
+            add(Problems::InvalidName, invalid);
         if (hasName) {
             const QStringList languages = Problems::keywordLanguages(item->name);
             if (!languages.isEmpty())

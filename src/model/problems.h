@@ -14,7 +14,9 @@ class Item;
 ///
 /// An entry is marked when it has a name but no code, a code but no name (an enumeration value
 /// with a code and a comment needs no name), a name or a code that one of its siblings has too,
-/// or entries below it while it lacks a name or a code. Collisions are looked for among siblings
+/// or entries below it while it lacks a name or a code, or a name that the reader refuses (it
+/// starts with a digit, holds other characters than letters, digits and '_', or is "Tag"; the
+/// reader's message is the reason). Collisions are looked for among siblings
 /// only. The walk hashes the names and codes of each child list once, so it is linear in the
 /// size of the tree.
 class Problems
@@ -26,6 +28,7 @@ public:
         NameCollision, ///< a sibling has the same name
         CodeCollision, ///< a sibling has the same code
         IncompleteParent, ///< entries below it, but no name or no code
+        InvalidName, ///< a name that the reader refuses, so the saved file would not open again
         Keyword, ///< a warning: the name is a keyword of a generated language
     };
 

@@ -101,6 +101,7 @@ private slots:
     void numberEditorRoundTrip();
     void inPlaceNameStartingWithDigitCannotBeCommitted();
     void inPlaceNameIsCommitted();
+    void inPlaceReservedNameCannotBeCommitted();
     void inPlaceTagCodeIsCommitted();
     void inPlaceTagCodeOutOfRangeIsRefused();
     void inPlaceBitNumberMinusOneIsRefused();
@@ -484,6 +485,19 @@ void TestEditorDelegate::inPlaceNameStartingWithDigitCannotBeCommitted()
     QCOMPARE(m_stack->count(), 0);
     // Leaving the cell does not commit it either.
     m_view->setCurrentIndex(indexOf(m_b1, 0));
+    QCoreApplication::processEvents();
+    QCOMPARE(m_alpha->name, QString("alpha"));
+    QCOMPARE(m_stack->count(), 0);
+}
+
+void TestEditorDelegate::inPlaceReservedNameCannotBeCommitted()
+{
+    auto *edit = qobject_cast<QLineEdit *>(openEditor(m_alpha, 0));
+    QVERIFY(edit);
+    edit->selectAll();
+    QTest::keyClicks(edit, "Tag");
+    QCOMPARE(m_window->messages.last(), QString("The name \"Tag\" is reserved."));
+    QTest::keyClick(edit, Qt::Key_Return);
     QCoreApplication::processEvents();
     QCOMPARE(m_alpha->name, QString("alpha"));
     QCOMPARE(m_stack->count(), 0);

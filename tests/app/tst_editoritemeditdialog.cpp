@@ -84,6 +84,7 @@ private slots:
     void okWithoutChangeCloses();
     void okAfterApplyWithoutFurtherChangeCloses();
     void okWithRefusedFieldStaysOpen();
+    void reservedNameIsRefused();
     void wideValueIsApplied();
     void leadingZeroValueIsDecimal();
     void cancelCloses();
@@ -470,6 +471,18 @@ void TestEditorItemEditDialog::okWithRefusedFieldStaysOpen()
     QVERIFY(m_dialog->isVisible());
     QVERIFY(m_applied.isEmpty());
     QCOMPARE(QToolTip::text(), QString("Invalid input"));
+}
+
+void TestEditorItemEditDialog::reservedNameIsRefused()
+{
+    openDialog(m_beta);
+    retype(nameEdit(), "Tag");
+    QVERIFY(!nameEdit()->hasAcceptableInput());
+    click(QDialogButtonBox::Ok);
+    QVERIFY(m_dialog->isVisible());
+    QVERIFY(m_applied.isEmpty());
+    QCOMPARE(QToolTip::text(), QString("Invalid input"));
+    QCOMPARE(m_beta->name, QString("beta"));
 }
 
 void TestEditorItemEditDialog::wideValueIsApplied()

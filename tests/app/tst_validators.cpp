@@ -190,6 +190,15 @@ void TestValidators::identifierValidator_data()
                                       << QString::fromUtf8("Gr\xc3\xb6\xc3\x9f"
                                                            "e")
                                       << QValidator::Intermediate << "Only a-z, A-Z, 0-9 and _ allowed in identifier";
+    // The reader refuses it, so it is never committed.
+    QTest::newRow("reserved name") << "tag"
+                                   << "Tag" << QValidator::Intermediate << "The name \"Tag\" is reserved.";
+    QTest::newRow("reserved name for a value") << "enum"
+                                               << "Tag" << QValidator::Intermediate << "The name \"Tag\" is reserved.";
+    QTest::newRow("reserved name in another case") << "tag"
+                                                   << "tag" << QValidator::Acceptable << "";
+    QTest::newRow("reserved name with more") << "tag"
+                                             << "Tags" << QValidator::Acceptable << "";
     QTest::newRow("sibling's name") << "tag"
                                     << "alpha" << QValidator::Acceptable << "Identifier already exists";
     QTest::newRow("sibling's name differs in case") << "tag"

@@ -194,6 +194,7 @@ private slots:
     void dragSeveralCells();
     void dropOntoCell();
     void dropRefused();
+    void refusedNameDroppedOrPastedIsMarked();
 };
 
 // ---------------------------------------------------------------------------------------------
@@ -749,6 +750,32 @@ void TestClipboard::dropOntoCell()
     f.stack.undo();
     f.stack.undo();
     QCOMPARE(f.encoding(), encodeText(tree));
+}
+
+// A name that the reader refuses, dropped or pasted as text, is taken and marked with the reason.
+void TestClipboard::refusedNameDroppedOrPastedIsMarked()
+{
+    Fixture f(tree);
+    const QModelIndex name = f.index({ 0 });
+    std::unique_ptr<QMimeData> digit = textData(QStringLiteral("1abc"));
+    QVERIFY(f.model.dropMimeData(digit.get(), Qt::CopyAction, -1, -1, name));
+    QCOMPARE(f.at({ 0 })->name, QStringLiteral("1abc"));
+    QCOMPARE(name.data(Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
+    QCOMPARE(name.data(Qt::ForegroundRole).value<QColor>(), QColor(255, 255, 255));
+    QCOMPARE(name.data(Qt::ToolTipRole).toString(), QStringLiteral("Name must not start with a digit."));
+    QVERIFY(!f.index({ 0 }, 1).data(Qt::BackgroundRole).isValid());
+
+    std::unique_ptr<QMimeData> reserved = textData(QStringLiteral("Tag"));
+    f.model.paste(name, reserved.get());
+    QCOMPARE(f.at({ 0 })->name, QStringLiteral("Tag"));
+    QCOMPARE(name.data(Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
+    QCOMPARE(name.data(Qt::ToolTipRole).toString(), QStringLiteral("The name \"Tag\" is reserved."));
+
+    f.stack.undo();
+    f.stack.undo();
+    QCOMPARE(f.encoding(), encodeText(tree));
+    QVERIFY(!name.data(Qt::BackgroundRole).isValid());
+    QCOMPARE(name.data(Qt::ToolTipRole).toString(), f.index({ 0 }, 1).data(Qt::ToolTipRole).toString());
 }
 
 // Edge case: drops between rows are refused.

@@ -160,6 +160,31 @@ private slots:
         QCOMPARE(messages(Problems::find(root.get())), expected);
     }
 
+    // Names that the reader refuses come in by editing, a paste or a drop; the file would not open
+    // again, so they are problems, with the reader's message.
+    void namesTheReaderRefuses()
+    {
+        const std::unique_ptr<Item> root = parse("<tag name=\"A\" id=\"0x1001\"><enums><enum name=\"X\" id=\"1\"/></enums></tag>"
+                                                 "<tag name=\"B\" id=\"0x1002\"/><tag name=\"C\" id=\"0x1003\"/>"
+                                                 "<tag name=\"D\"/>");
+        QVERIFY(root);
+        root->child(0)->name = QStringLiteral("Tag");
+        root->child(0)->child(0)->child(0)->name = QStringLiteral("Tag");
+        root->child(1)->name = QStringLiteral("1abc");
+        root->child(2)->name = QStringLiteral("a-b");
+        root->child(3)->name = QStringLiteral("9");
+        QCOMPARE(messages(Problems::find(root.get())),
+                 (QStringList{"problem: Tag Tag (0x1001): The name \"Tag\" is reserved.",
+                              "problem: Enum Tag (1) of Tag Tag (0x1001): The name \"Tag\" is reserved.",
+                              "problem: Tag 1abc (0x1002): Name must not start with a digit.",
+                              "problem: Tag a-b (0x1003): Invalid characters in name.",
+                              "problem: Tag 9: name without code",
+                              "problem: Tag 9: Name must not start with a digit."}));
+        const QList<Problems::Problem> problems = Problems::find(root.get());
+        QCOMPARE(problems.at(0).kind, Problems::InvalidName);
+        QVERIFY(!problems.at(0).isWarning());
+    }
+
     void problemsPointAtTheirItems()
     {
         const std::unique_ptr<Item> root = parse("<tag name=\"A\" id=\"0x1001\"/><tag name=\"B\"/><tag id=\"0x1003\"/>");
