@@ -1,6 +1,10 @@
 #pragma once
 
-// Byte-for-byte comparison of saved texts that prints a unified diff on a mismatch.
+// Byte-for-byte comparison of saved texts that prints a unified diff on a mismatch, and reading
+// a text with everything the reader says about it.
+
+#include "item.h"
+#include "parser.h"
 
 #include <QByteArray>
 #include <QDebug>
@@ -10,6 +14,8 @@
 #include <QString>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <memory>
 
 namespace IoTest {
 
@@ -44,6 +50,25 @@ inline QString unifiedDiff(const QByteArray &expected, const QByteArray &actual)
     if (!diff.waitForFinished(10000))
         return QStringLiteral("(diff did not run)");
     return QString::fromUtf8(diff.readAllStandardOutput());
+}
+
+// What the reader made of a text: its verdict, error, warnings and tree.
+struct Loaded {
+    bool ok = false;
+    QString error;
+    QString warnings;
+    std::unique_ptr<ZAT16::Item> root;
+};
+
+inline Loaded load(const QByteArray &data)
+{
+    ZAT16::Parser parser;
+    Loaded result;
+    result.ok = parser.parse(data);
+    result.error = result.ok ? QString() : parser.formatError();
+    result.warnings = parser.warnings;
+    result.root.reset(parser.takeRoot());
+    return result;
 }
 
 } // namespace IoTest

@@ -3,6 +3,7 @@
 // attribute-list declarations (also in pasted data), elements with more than 256 attributes, ids
 // in every notation the writer produces, and padded decimal ids under a decimal display mode.
 
+#include "iotesthelpers.h"
 #include "parser.h"
 #include "writerxml.h"
 
@@ -17,23 +18,8 @@ using namespace ZAT16;
 
 namespace {
 
-struct Loaded {
-    bool ok = false;
-    QString error;
-    QString warnings;
-    std::unique_ptr<Item> root;
-};
-
-Loaded load(const QByteArray &data)
-{
-    Parser parser;
-    Loaded result;
-    result.ok = parser.parse(data);
-    result.error = result.ok ? QString() : parser.formatError();
-    result.warnings = parser.warnings;
-    result.root.reset(parser.takeRoot());
-    return result;
-}
+using IoTest::Loaded;
+using IoTest::load;
 
 QByteArray nested(const QByteArray &open, const QByteArray &close, int levels)
 {

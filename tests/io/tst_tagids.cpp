@@ -4,6 +4,7 @@
 // otherwise or where the digits are no padded decimal in range. Random files are checked against a
 // small reader of the test's own.
 
+#include "iotesthelpers.h"
 #include "parser.h"
 
 #include <QtTest>
@@ -19,23 +20,8 @@ using namespace ZAT16;
 
 namespace {
 
-struct Loaded {
-    bool ok = false;
-    QString error;
-    QString warnings;
-    std::unique_ptr<Item> root;
-};
-
-Loaded load(const QByteArray &data)
-{
-    Parser parser;
-    Loaded result;
-    result.ok = parser.parse(data);
-    result.error = result.ok ? QString() : parser.formatError();
-    result.warnings = parser.warnings;
-    result.root.reset(parser.takeRoot());
-    return result;
-}
+using IoTest::Loaded;
+using IoTest::load;
 
 const Item *findNamed(const Item *item, const QString &name)
 {
