@@ -371,9 +371,9 @@ Item::CollisionFlags EditorModel::findCollision(const Item *item) const
     if (!counts || row < 0 || row >= parent->children.size() || parent->children.at(row) != item)
         return item->findCollision();
     Item::CollisionFlags flags;
-    if (!item->name.isEmpty() && counts->names.value(item->name) > 1)
+    if (!item->name.isEmpty() && counts->names.value(item->name).count > 1)
         flags |= Item::NameCollision;
-    if (item->hasId && counts->ids.value(item->id) > 1)
+    if (item->hasId && counts->ids.value(item->id).count > 1)
         flags |= Item::IdCollision;
     return flags;
 }
@@ -397,32 +397,86 @@ const EditorModel::SiblingCounts *EditorModel::siblingCounts(const Item *parent)
     counts.ids.reserve(count);
     counts.counted.reserve(count);
     for (const Item *child : parent->children) {
-        counts.add(child->name, child->hasId, child->id);
-        counts.counted.append(Counted{ child->name, child->id, child->hasId });
+        const Counted now = this->counted(child);
+        counts.change(Counted(), now, child, nullptr);
+        counts.counted.append(now);
     }
     return &m_counts.insert(parent, std::move(counts)).value();
 }
 
-void EditorModel::SiblingCounts::add(const QString &name, bool hasId, quint64 id)
+namespace {
+
+// One holder joins or leaves the holders of a key. Going from one holder to two or from two to
+// one turns the flag of the other holder on or off; from the exclusive or of the addresses,
+// which is the lone holder itself, it is found without a look at the other siblings.
+template<typename Key, typename Holders, typename Changed>
+void join(QHash<Key, Holders> &hash, const Key &key, const Item *item, Changed *changed)
 {
-    if (!name.isEmpty())
-        ++names[name];
-    if (hasId)
-        ++ids[id];
+    Holders &holders = hash[key];
+    if (changed && holders.count == 1)
+        changed->append(reinterpret_cast<const Item *>(holders.mix));
+    ++holders.count;
+    holders.mix ^= quintptr(item);
 }
 
-void EditorModel::SiblingCounts::remove(const QString &name, bool hasId, quint64 id)
+template<typename Key, typename Holders, typename Changed>
+void leave(QHash<Key, Holders> &hash, const Key &key, const Item *item, Changed *changed)
 {
-    if (!name.isEmpty()) {
-        const auto it = names.find(name);
-        if (it != names.end() && --it.value() <= 0)
-            names.erase(it);
+    const auto it = hash.find(key);
+    if (it == hash.end())
+        return;
+    it->mix ^= quintptr(item);
+    if (--it->count <= 0)
+        hash.erase(it);
+    else if (changed && it->count == 1)
+        changed->append(reinterpret_cast<const Item *>(it->mix));
+}
+
+} // namespace
+
+void EditorModel::SiblingCounts::change(const Counted &from, const Counted &to, const Item *item, Changed *changed)
+{
+    if (from.name != to.name) {
+        if (!from.name.isEmpty())
+            leave(names, from.name, item, changed);
+        if (!to.name.isEmpty())
+            join(names, to.name, item, changed);
     }
-    if (hasId) {
-        const auto it = ids.find(id);
-        if (it != ids.end() && --it.value() <= 0)
-            ids.erase(it);
+    if (from.hasId != to.hasId || (from.hasId && from.id != to.id)) {
+        if (from.hasId)
+            leave(ids, from.id, item, changed);
+        if (to.hasId)
+            join(ids, to.id, item, changed);
     }
+}
+
+// The counts of a parent that a change of its children is to update, when there are any.
+// Where a parent has none, no view has been told a colour of its children that depends on a
+// collision, since the counts are made for the first such answer and dropped only with a new
+// root or when the parent leaves the document: nothing needs to be repainted for them.
+// Counts that no longer match the list are dropped; `lost` tells that the whole list is to be
+// repainted after the change.
+EditorModel::SiblingCounts *EditorModel::countsForChange(const Item *parent, bool *lost)
+{
+    *lost = false;
+    const auto it = m_counts.find(parent);
+    if (it == m_counts.end())
+        return nullptr;
+    if (it->counted.size() == parent->children.size())
+        return &it.value();
+    m_counts.erase(it);
+    *lost = true;
+    return nullptr;
+}
+
+// Rows leave the document with their subtrees; their counts would not follow later changes.
+void EditorModel::forgetCounts(const Item *item)
+{
+    if (m_counts.isEmpty())
+        return;
+    m_counts.remove(item);
+    for (const Item *child : item->children)
+        forgetCounts(child);
 }
 
 QVariant EditorModel::headerData(int section, Qt::Orientation orientation, int role) const
@@ -852,44 +906,121 @@ void EditorModel::clearCaches()
     m_rows.clear();
 }
 
-void EditorModel::cmdInsertRow(Item *parent, Item *item, int row)
+// The bottom-right corner lies one past the last column on purpose, as in allChildrenChanged.
+void EditorModel::rowChanged(const Item *item, int row)
 {
-    beginInsertRows(item2index(parent), row, row);
-    clearCaches();
-    parent->insertChildBefore(row, item);
-    endInsertRows();
+    emit dataChanged(createIndex(row, 0, const_cast<Item *>(item)), createIndex(row, 3, const_cast<Item *>(item)));
 }
 
+// The siblings come from the counts as bare addresses: each is looked up in the parent's list,
+// so that only a child is ever touched.
+void EditorModel::rowsChanged(const Item *parent, const Changed &changed)
+{
+    for (qsizetype i = 0; i < changed.size(); ++i) {
+        const Item *sibling = changed.at(i);
+        // A sibling that both gains and loses a flag in one change is repainted once.
+        bool seen = false;
+        for (qsizetype k = 0; k < i && !seen; ++k)
+            seen = changed.at(k) == sibling;
+        if (seen)
+            continue;
+        const auto cached = m_rows.constFind(sibling);
+        const qsizetype row = cached != m_rows.constEnd() && parent->children.value(cached.value()) == sibling
+            ? cached.value()
+            : parent->children.indexOf(const_cast<Item *>(sibling));
+        if (row >= 0)
+            rowChanged(sibling, int(row));
+    }
+}
+
+// All children of `parent`, with indexes of the children themselves, one past the end as usual.
+void EditorModel::allRowsChanged(const Item *parent)
+{
+    const qsizetype size = parent->children.size();
+    if (size == 0)
+        return;
+    emit dataChanged(createIndex(0, 0, parent->children.first()), createIndex(int(size), 3, parent->children.last()));
+}
+
+// Only the rows of the parent's list move. The new item's name and code join its siblings'
+// counts, which may mark a sibling; a first child changes the parent's own marks.
+void EditorModel::cmdInsertRow(Item *parent, Item *item, int row)
+{
+    const bool wasEmpty = parent->children.isEmpty();
+    Changed changed;
+    bool lost = false;
+    beginInsertRows(item2index(parent), row, row);
+    m_rows.clear();
+    SiblingCounts *counts = countsForChange(parent, &lost);
+    parent->insertChildBefore(row, item);
+    if (counts) {
+        const Counted now = counted(item);
+        counts->change(Counted(), now, item, &changed);
+        counts->counted.insert(row, now);
+    }
+    endInsertRows();
+    rowsChanged(parent, changed);
+    if (lost)
+        allRowsChanged(parent);
+    if (wasEmpty && parent != m_root)
+        rowChanged(parent, findRow(parent));
+}
+
+// The taken item leaves its siblings' counts, which may unmark a sibling; a last child changes
+// the parent's own marks.
 Item *EditorModel::cmdTakeRow(Item *parent, int row)
 {
+    Changed changed;
+    bool lost = false;
     beginRemoveRows(item2index(parent), row, row);
+    SiblingCounts *counts = countsForChange(parent, &lost);
     Item *item = parent->takeChild(row);
-    clearCaches();
+    m_rows.clear();
+    if (item) {
+        forgetCounts(item);
+        if (counts) {
+            counts->change(counts->counted.at(row), Counted(), item, &changed);
+            counts->counted.removeAt(row);
+        }
+    }
     endRemoveRows();
+    rowsChanged(parent, changed);
+    if (lost)
+        allRowsChanged(parent);
+    if (item && parent->children.isEmpty() && parent != m_root)
+        rowChanged(parent, findRow(parent));
     return item;
 }
 
 // A data change moves no rows, so the row cache stays; the counts of the item's siblings move
-// from its old name and code, as they were counted, to the new ones.
-// The bottom-right corner lies one past the last column on purpose, as in allChildrenChanged.
+// from its old name and code, as they were counted, to the new ones. The siblings whose flags
+// that turns on or off are repainted after the item itself.
 void EditorModel::cmdItemChanged(Item *item)
 {
     const int row = findRow(item);
+    Changed changed;
+    bool lost = false;
     if (const Item *parent = item->parent) {
         const auto it = m_counts.find(parent);
         if (it != m_counts.end()) {
             SiblingCounts &counts = it.value();
-            if (row >= 0 && row < counts.counted.size() && parent->children.value(row) == item) {
+            if (row >= 0 && row < counts.counted.size() && counts.counted.size() == parent->children.size()
+                && parent->children.value(row) == item) {
                 Counted &old = counts.counted[row];
-                counts.remove(old.name, old.hasId, old.id);
-                counts.add(item->name, item->hasId, item->id);
-                old = Counted{ item->name, item->id, item->hasId };
+                const Counted now = counted(item);
+                counts.change(old, now, item, &changed);
+                old = now;
             } else {
                 m_counts.erase(it);
+                lost = true;
             }
         }
     }
-    emit dataChanged(createIndex(row, 0, item), createIndex(row, 3, item));
+    rowChanged(item, row);
+    if (!changed.isEmpty())
+        rowsChanged(item->parent, changed);
+    if (lost)
+        allRowsChanged(item->parent);
 }
 
 Item *EditorModel::cmdReplaceTags(Item *root)
