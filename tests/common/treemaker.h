@@ -57,7 +57,7 @@ private:
     {
         static const char first[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_";
         static const char rest[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_0123456789";
-        QString n(QLatin1Char(first[bounded(sizeof(first) - 1)]));
+        QString n = QString(QLatin1Char(first[bounded(sizeof(first) - 1)]));
         const int length = bounded(12);
         for (int i = 0; i < length; ++i)
             n += QLatin1Char(rest[bounded(sizeof(rest) - 1)]);
