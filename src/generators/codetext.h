@@ -4,7 +4,6 @@
 // that a line is built without temporary strings.
 
 #include "item.h"
-#include "writer.h"
 
 #include <QString>
 
@@ -96,19 +95,6 @@ inline void appendDecimal(QString &out, quint64 value)
         value /= 10;
     } while (value);
     out.append(reinterpret_cast<const QChar *>(begin), end - begin);
-}
-
-/// Output is handed to the device whenever this many characters have gathered, so that a large
-/// output never stands in memory as a whole before it is encoded.
-constexpr qsizetype flushSize = 32 * 1024;
-
-/// Writes `out` to the writer's device once it holds `flushSize` characters, and empties it.
-inline void flushIfLarge(Writer &writer, QString &out)
-{
-    if (out.size() >= flushSize) {
-        writer.write(out);
-        out.resize(0);
-    }
 }
 
 } // namespace ZAT16::CodeText

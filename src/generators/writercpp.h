@@ -1,8 +1,6 @@
 #pragma once
 
-#include "writer.h"
-
-#include <QString>
+#include "codewriter.h"
 
 namespace ZAT16 {
 
@@ -10,22 +8,17 @@ namespace ZAT16 {
 /// nested-tag codes (Cmd::T), the plain tag codes (Tag::T), and per tag its enumeration values,
 /// bit numbers and bit masks. Reads the writer texts prologue, epilogue, nameSuffix, outerIndent
 /// and innerIndent.
-class WriterCpp : public Writer
+class WriterCpp : public CodeWriter
 {
 public:
-    bool writeDefinitions(const Item *root) override;
-    /// Appends the entry of one tag in Cmd::T or Tag::T.
-    void writeTag(const Item *tag);
+    WriterCpp();
 
 private:
-    /// Appends "\n" + indents + "    " + `name` and the suffix padded + " = "; the value and ","
-    /// follow.
-    void beginEntry(const QString &name);
-    /// Appends the outer indent and the fixed text `text`. (A free operator+(QString, const
-    /// char *) for this would be ambiguous with Qt's own.)
-    void writeFixed(const char *text);
-
-    QString m_text; ///< the output of the running writeDefinitions()
+    void beginPass(Pass pass) override;
+    void endTags() override;
+    void beginGroup(const Item &tag, Value value) override;
+    void endGroup(const Item &tag, Value value, int count) override;
+    void writeTrailer(const TagListing &listing) override;
 };
 
 } // namespace ZAT16

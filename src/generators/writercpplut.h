@@ -1,8 +1,8 @@
 #pragma once
 
-#include "writer.h"
+#include "codewriter.h"
 
-#include <QString>
+#include <QStringView>
 
 namespace ZAT16 {
 
@@ -11,33 +11,26 @@ namespace ZAT16 {
 /// tag codes to the name tables. The record types NameLookupTable and TagLookupTable are
 /// defined by the code that includes the header. Reads the writer texts prologue, epilogue,
 /// nameSuffix, outerIndent and innerIndent.
-class WriterCppLut : public Writer
+class WriterCppLut : public CodeWriter
 {
 public:
-    bool writeDefinitions(const Item *root) override;
-
-    /// Opens the name table "nameLookup" + `name` with its first row giving name and `type`.
-    void writeNameLutHeader(const QString &name, int type);
-    /// One name-table row; it begins with its line break.
-    void writeNameValue(const QString &name, const QString &value);
-    /// A top-level name-table row for a tag, with its type name as a trailing comment.
-    void writeName(const Item *tag);
-    /// Opens the tag table.
-    void writeTagLutHeader();
-    /// One tag-table row pointing at "nameLookup" + `name`; it begins with its line break.
-    void writeTag(const QString &code, const QString &name);
-    void writeTag(const Item *tag);
-    /// Closes any table.
-    void writeLutFooter();
+    WriterCppLut();
 
 private:
-    /// writeNameValue() up to the value, which follows with " },".
-    void beginNameValue(const QString &name);
-    /// writeTag() up to the code, and after it.
-    void beginTagRow();
-    void endTagRow(const QString &name);
+    void beginPass(Pass pass) override;
+    void writeTag(const Item &tag, Pass pass) override;
+    void endTags() override;
+    void beginGroup(const Item &tag, Value value) override;
+    void endGroup(const Item &tag, Value value, int count) override;
+    void writeTrailer(const TagListing &listing) override;
 
-    QString m_text; ///< the output of the running writeDefinitions()
+    /// Opens the name table "nameLookup" + `name` with its first row giving name and `type`.
+    void writeNameTableHeader(QStringView name, int type);
+    /// One tag-table row pointing at the name table of `tag`, or with a null `tag` at the table
+    /// of the top-level tags.
+    void writeTagRow(const Item *tag);
+    /// Closes any table.
+    void writeTableFooter();
 };
 
 } // namespace ZAT16

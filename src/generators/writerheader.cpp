@@ -2,7 +2,6 @@
 
 #include "codetext.h"
 #include "item.h"
-#include "taglisting.h"
 
 namespace {
 
@@ -36,9 +35,14 @@ constexpr int NameWidth = 45;
 
 namespace ZAT16 {
 
+// Macro lines are laid out by beginMacro(), not as aligned entries.
+WriterHeader::WriterHeader()
+    : CodeWriter({ opening, "#endif\n", false, "", "", "", "", "", { BitNumberAsDisplayed, BitMask }, 2 })
+{
+}
+
 void WriterHeader::beginMacro(std::initializer_list<QStringView> parts, int width)
 {
-    CodeText::flushIfLarge(*this, m_text);
     m_text += QLatin1String("#define ");
     const qsizetype start = m_text.size();
     for (QStringView part : parts)
@@ -47,17 +51,10 @@ void WriterHeader::beginMacro(std::initializer_list<QStringView> parts, int widt
     m_text += QLatin1Char(' ');
 }
 
-void WriterHeader::writeTag(const ItemData &tag, const QString &prefix)
+void WriterHeader::writeTag(const Item &tag, Pass pass)
 {
-    CodeText::flushIfLarge(*this, m_text);
     const quint32 code = quint32(tag.id);
-    m_text += QLatin1String("#define ");
-    const qsizetype start = m_text.size();
-    m_text += prefix;
-    m_text += QLatin1Char('_');
-    m_text += tag.name;
-    CodeText::padFrom(m_text, start, NameWidth);
-    m_text += QLatin1Char(' ');
+    beginMacro({ pass == Plain ? u"TAG_" : u"MSG_", tag.name }, NameWidth);
     appendTag2hex(m_text, code);
     const QString type = typeName(code);
     if (!type.isEmpty()) {
@@ -68,90 +65,28 @@ void WriterHeader::writeTag(const ItemData &tag, const QString &prefix)
     m_text += QLatin1Char('\n');
 }
 
-bool WriterHeader::writeDefinitions(const Item *root)
+bool WriterHeader::takesEntry(const Item &entry, Value value) const
 {
-    m_text.clear();
-    m_text.reserve(CodeText::flushSize + 1024);
-    m_text += QLatin1String(opening);
+    return CodeWriter::takesEntry(entry, value) && !entry.name.isEmpty();
+}
 
-    if (root && !root->children.isEmpty()) {
-        const TagListing listing(root);
-        const QString msg = QStringLiteral("MSG");
-        const QString tagPrefix = QStringLiteral("TAG");
-        for (const Item *tag : listing.pairs())
-            writeTag(*tag, msg);
-        if (!listing.pairs().isEmpty())
-            m_text += QLatin1Char('\n');
-        for (const Item *tag : listing.nested())
-            writeTag(*tag, msg);
-        if (!listing.nested().isEmpty())
-            m_text += QLatin1Char('\n');
-        for (const Item *tag : listing.plain())
-            writeTag(*tag, tagPrefix);
-        if (!listing.plain().isEmpty())
-            m_text += QLatin1Char('\n');
+void WriterHeader::writeEntry(const Item &tag, const Item &entry, Value value, int count, int digits)
+{
+    const char16_t *prefix = value == EnumValue ? u"ENU_" : value == BitMask ? u"MSK_" : u"BIT_";
+    beginMacro({ prefix, tag.name, u"_", entry.name }, NameWidth);
+    appendValue(entry, value, count, digits);
+    m_text += QLatin1Char('\n');
+}
 
-        // Every valid tag gets its enumerations, also one whose code was a duplicate.
-        const QString enu = QStringLiteral("ENU_");
-        const QString underscore = QStringLiteral("_");
-        const QString cnt = QStringLiteral("CNT_");
-        for (const TagListing::Lists &lists : listing.withLists()) {
-            const Item *tag = lists.tag;
-            const Item *enums = lists.enums;
-            if (!enums)
-                continue;
-            const int count = enums->enumCount();
-            for (const Item *value : enums->children) {
-                if (!value->isValid(Enum) || value->name.isEmpty())
-                    continue;
-                beginMacro({ enu, tag->name, underscore, value->name }, NameWidth);
-                if (count)
-                    CodeText::appendDecimal(m_text, value->id);
-                else
-                    value->appendId(m_text);
-                m_text += QLatin1Char('\n');
-            }
-            // One column wider than every other macro, as the header always had it.
-            if (count) {
-                beginMacro({ cnt, tag->name }, NameWidth + 1);
-                CodeText::appendDecimal(m_text, qint64(count));
-                m_text += QLatin1Char('\n');
-            }
-            m_text += QLatin1Char('\n');
-        }
-
-        const QString bitPrefix = QStringLiteral("BIT_");
-        const QString mskPrefix = QStringLiteral("MSK_");
-        for (const TagListing::Lists &lists : listing.withLists()) {
-            const Item *tag = lists.tag;
-            const Item *bits = lists.bits;
-            if (!bits)
-                continue;
-            if (!bits->children.isEmpty()) {
-                const int digits = CodeText::maskDigits(bits);
-                for (const Item *bit : bits->children) {
-                    if (bit->isValid(Bit) && !bit->name.isEmpty()) {
-                        beginMacro({ bitPrefix, tag->name, underscore, bit->name }, NameWidth);
-                        bit->appendId(m_text);
-                        m_text += QLatin1Char('\n');
-                    }
-                }
-                for (const Item *bit : bits->children) {
-                    if (bit->isValid(Bit) && !bit->name.isEmpty()) {
-                        beginMacro({ mskPrefix, tag->name, underscore, bit->name }, NameWidth);
-                        m_text += CodeText::maskText(digits, bit->id);
-                        m_text += QLatin1Char('\n');
-                    }
-                }
-            }
-            m_text += QLatin1Char('\n');
-        }
+void WriterHeader::endList(const Item &tag, const Item &list, int count)
+{
+    // One column wider than every other macro, as the header always had it.
+    if (list.type == Enums && count) {
+        beginMacro({ u"CNT_", tag.name }, NameWidth + 1);
+        CodeText::appendDecimal(m_text, qint64(count));
+        m_text += QLatin1Char('\n');
     }
-
-    m_text += QLatin1String("#endif\n");
-    write(m_text);
-    m_text.clear();
-    return true;
+    m_text += QLatin1Char('\n');
 }
 
 } // namespace ZAT16

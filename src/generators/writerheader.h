@@ -1,6 +1,6 @@
 #pragma once
 
-#include "writer.h"
+#include "codewriter.h"
 
 #include <QStringView>
 
@@ -8,24 +8,23 @@
 
 namespace ZAT16 {
 
-struct ItemData;
-
 /// Generates the C header of a definitions tree: one #define per tag code, enumeration value,
 /// bit number and bit mask, after the fixed data-type macros. The output depends on the tree
 /// alone; the configurable writer texts are not used.
-class WriterHeader : public Writer
+class WriterHeader : public CodeWriter
 {
 public:
-    bool writeDefinitions(const Item *root) override;
-    /// Appends the macro line of one tag, named `prefix` + "_" + its name.
-    void writeTag(const ItemData &tag, const QString &prefix);
+    WriterHeader();
 
 private:
+    void writeTag(const Item &tag, Pass pass) override;
+    void endList(const Item &tag, const Item &list, int count) override;
+    bool takesEntry(const Item &entry, Value value) const override;
+    void writeEntry(const Item &tag, const Item &entry, Value value, int count, int digits) override;
+
     /// Appends "#define " + the name made of `parts`, padded to `width`, + " "; the value and the
     /// line break follow.
     void beginMacro(std::initializer_list<QStringView> parts, int width);
-
-    QString m_text; ///< the output of the running writeDefinitions()
 };
 
 } // namespace ZAT16

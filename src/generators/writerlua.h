@@ -1,28 +1,30 @@
 #pragma once
 
-#include "writer.h"
+#include "codewriter.h"
 
 #include <QStringView>
 
 namespace ZAT16 {
 
-struct ItemData;
-
 /// Generates a Lua script of lookup tables under the global table `zat16` (which the loading
 /// code creates): tag names to codes, per tag its enumeration names to values and its bit
 /// names to masks. The configurable writer texts are not used.
-class WriterLua : public Writer
+class WriterLua : public CodeWriter
 {
 public:
-    bool writeDefinitions(const Item *root) override;
-    /// Appends one entry of the tag table; it begins with its line break.
-    void writeTag(const ItemData &tag);
+    WriterLua();
 
 private:
-    /// Appends "  " + `key` padded to 50 + " = "; the value and ",\n" follow.
-    void beginEntry(QStringView key);
+    void beginPass(Pass pass) override;
+    void writeTag(const Item &tag, Pass pass) override;
+    void endTags() override;
+    void beginList(const Item &tag, const Item &list) override;
+    void endList(const Item &tag, const Item &list, int count) override;
+    bool takesEntry(const Item &entry, Value value) const override;
+    void writeEntry(const Item &tag, const Item &entry, Value value, int count, int digits) override;
 
-    QString m_text; ///< the output of the running writeDefinitions()
+    /// Appends "  " + `key` padded to 50 + " = "; the value and ",\n" follow.
+    void beginKey(QStringView key);
 };
 
 } // namespace ZAT16
