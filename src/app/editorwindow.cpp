@@ -16,11 +16,7 @@
 #include "savesequence.h"
 #include "tools.h"
 #include "windowlayout.h"
-#include "writercpp.h"
-#include "writercpplut.h"
-#include "writercs.h"
-#include "writerheader.h"
-#include "writerlua.h"
+#include "codewriter.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -589,32 +585,39 @@ bool EditorWindow::saveText(const QString &path, const QString &text)
 
 void EditorWindow::onViewHeader()
 {
-    WriterHeader writer;
-    createViewer(tr("ZAT16 generated header"), new HighlighterC(nullptr), QString::fromUtf8(writer.encode(m_model->root())));
+    onViewOutput(Outputs::Header);
 }
 
 void EditorWindow::onViewLua()
 {
-    WriterLua writer;
-    createViewer(tr("ZAT16 generated Lua"), new HighlighterLua(nullptr), QString::fromUtf8(writer.encode(m_model->root())));
+    onViewOutput(Outputs::Lua);
 }
 
 void EditorWindow::onViewCpp()
 {
-    WriterCpp writer;
-    createViewer(tr("ZAT16 generated C++"), nullptr, QString::fromUtf8(writer.encode(m_model->root())));
+    onViewOutput(Outputs::Cpp);
 }
 
 void EditorWindow::onViewCppLut()
 {
-    WriterCppLut writer;
-    createViewer(tr("ZAT16 generated C++ Lookup Tables"), nullptr, QString::fromUtf8(writer.encode(m_model->root())));
+    onViewOutput(Outputs::CppLut);
 }
 
 void EditorWindow::onViewCs()
 {
-    WriterCs writer;
-    createViewer(tr("ZAT16 generated C#"), nullptr, QString::fromUtf8(writer.encode(m_model->root())));
+    onViewOutput(Outputs::Cs);
+}
+
+void EditorWindow::onViewOutput(Outputs::Kind kind)
+{
+    const Outputs::Output &output = Outputs::output(kind);
+    QSyntaxHighlighter *highlighter = nullptr;
+    if (output.highlighting == Outputs::CHighlighting)
+        highlighter = new HighlighterC(nullptr);
+    else if (output.highlighting == Outputs::LuaHighlighting)
+        highlighter = new HighlighterLua(nullptr);
+    const std::unique_ptr<CodeWriter> writer = output.createWriter();
+    createViewer(tr(output.title), highlighter, QString::fromUtf8(writer->encode(m_model->root())));
 }
 
 // Opening, saving and reloading

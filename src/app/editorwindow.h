@@ -2,6 +2,7 @@
 
 #include "filestamp.h"
 #include "item.h"
+#include "outputs.h"
 
 #include <QMainWindow>
 #include <QModelIndex>
@@ -109,6 +110,8 @@ public slots:
     void onViewCpp();
     void onViewCppLut();
     void onViewCs();
+    /// Opens a viewer of the output `kind` of the definitions as they are now.
+    void onViewOutput(Outputs::Kind kind);
     void onOpen();
     bool onSave();
     void onSaveAs();

@@ -4,17 +4,14 @@
 // written, 4 --check-outputs found an output file that is not up to date, 5 --compare found a
 // change that breaks programs built from the older version.
 
+#include "codewriter.h"
 #include "compatibility.h"
 #include "item.h"
 #include "localfile.h"
+#include "outputs.h"
 #include "parser.h"
 #include "problems.h"
 #include "readbackcheck.h"
-#include "writercpp.h"
-#include "writercpplut.h"
-#include "writercs.h"
-#include "writerheader.h"
-#include "writerlua.h"
 #include "writerxml.h"
 #include "savesequence.h"
 
@@ -28,7 +25,6 @@
 #include <functional>
 #include <memory>
 #include <sys/stat.h>
-#include <type_traits>
 #include <unistd.h>
 
 namespace {
@@ -204,35 +200,26 @@ OutputResult produce(ZAT16::Writer &writer, bool definitions, const ZAT16::Item 
     return OutputResult::Failed;
 }
 
-template<typename W>
-OutputResult produceWith(const ZAT16::Item *root, const QString &path, bool checkOnly, QString *error)
-{
-    W writer;
-    return produce(writer, std::is_same_v<W, ZAT16::WriterXml>, root, path, checkOnly, error);
-}
-
+// The definitions in the canonical layout, then the generated outputs.
 QList<OutputKind> outputKinds()
 {
-    return {
+    QList<OutputKind> kinds = {
         {QStringLiteral("xml"),
          QStringLiteral("Save the definitions in the canonical layout to <path> (- for standard output)."),
-         produceWith<ZAT16::WriterXml>},
-        {QStringLiteral("header"),
-         QStringLiteral("Generate the C header of #define macros to <path> (- for standard output)."),
-         produceWith<ZAT16::WriterHeader>},
-        {QStringLiteral("lua"),
-         QStringLiteral("Generate the Lua lookup tables under zat16 to <path> (- for standard output)."),
-         produceWith<ZAT16::WriterLua>},
-        {QStringLiteral("cpp"),
-         QStringLiteral("Generate the C++ header of enumerations to <path> (- for standard output)."),
-         produceWith<ZAT16::WriterCpp>},
-        {QStringLiteral("cpp-lut"),
-         QStringLiteral("Generate the C++ header of name lookup tables to <path> (- for standard output)."),
-         produceWith<ZAT16::WriterCppLut>},
-        {QStringLiteral("cs"),
-         QStringLiteral("Generate the C# enumerations to <path> (- for standard output)."),
-         produceWith<ZAT16::WriterCs>},
+         [](const ZAT16::Item *root, const QString &path, bool checkOnly, QString *error) {
+             ZAT16::WriterXml writer;
+             return produce(writer, true, root, path, checkOnly, error);
+         }},
     };
+    for (int kind = 0; kind < ZAT16::Outputs::KindCount; ++kind) {
+        const ZAT16::Outputs::Output &output = ZAT16::Outputs::output(ZAT16::Outputs::Kind(kind));
+        kinds.append({QLatin1String(output.option), QLatin1String(output.description),
+                      [&output](const ZAT16::Item *root, const QString &path, bool checkOnly, QString *error) {
+                          const std::unique_ptr<ZAT16::CodeWriter> writer = output.createWriter();
+                          return produce(*writer, false, root, path, checkOnly, error);
+                      }});
+    }
+    return kinds;
 }
 
 } // namespace

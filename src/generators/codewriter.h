@@ -18,6 +18,8 @@ class TagListing;
 class CodeWriter : public Writer
 {
 public:
+    virtual ~CodeWriter();
+
     bool writeDefinitions(const Item *root) final;
 
 protected:
@@ -52,8 +54,6 @@ protected:
     };
 
     explicit CodeWriter(const Layout &layout);
-    // Writers are created, used and destroyed by their concrete type.
-    ~CodeWriter();
 
     /// Before the tags of `pass`, also when there are none.
     virtual void beginPass(Pass pass);
