@@ -2,6 +2,7 @@
 // unsaved-changes question, reloading and the file change banner. Offscreen; modal boxes are
 // answered from timers.
 
+#include "testfiles.h"
 #include "editormodel.h"
 #include "editorwindow.h"
 #include "filechangedwidget.h"
@@ -45,6 +46,9 @@ using namespace ZAT16;
 
 namespace {
 
+using TestFiles::readFile;
+using TestFiles::writeFile;
+
 const QByteArray defs = "<?xml version=\"1.0\" encoding=\"UTF-8\"?> <!-- -*- nxml -*- -->\n"
                         "<zat16>\n"
                         "  <tag name=\"Power\" id=\"0x2001\"/>\n"
@@ -62,18 +66,6 @@ const QByteArray defs = "<?xml version=\"1.0\" encoding=\"UTF-8\"?> <!-- -*- nxm
                         "    </bits>\n"
                         "  </tag>\n"
                         "</zat16>\n";
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
-}
 
 QByteArray encode(const Item *root)
 {

@@ -2,6 +2,7 @@
 // file, offered at the next start, and gone once they are saved or dropped. The kill and the
 // SIGTERM happen to this executable run again with --child, an editor with edits of its own.
 
+#include "testfiles.h"
 #include "editormodel.h"
 #include "editorwindow.h"
 #include "item.h"
@@ -33,6 +34,9 @@
 using namespace ZAT16;
 
 namespace {
+
+using TestFiles::readFile;
+using TestFiles::writeFile;
 
 const QByteArray defs = "<?xml version=\"1.0\" encoding=\"UTF-8\"?> <!-- -*- nxml -*- -->\n"
                         "<zat16>\n"
@@ -83,18 +87,6 @@ QStringList folderEntries()
 QStringList recoveryFiles()
 {
     return QDir(recoveryFolder()).entryList({QStringLiteral("*.recovery")}, QDir::Files | QDir::Hidden, QDir::Name);
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
 }
 
 QByteArray encode(const Item *root)

@@ -2,6 +2,7 @@
 // a temporary file and a rename, "Copy all" puts it on the clipboard) and the File menu's
 // "Compare with file...", which shows the compatibility report in such a viewer.
 
+#include "testfiles.h"
 #include "editormodel.h"
 #include "editorwindow.h"
 #include "opendialog.h"
@@ -33,23 +34,14 @@ using namespace ZAT16;
 
 namespace {
 
+using TestFiles::readFile;
+using TestFiles::writeFile;
+
 template<typename W>
 QByteArray generate(const Item *root)
 {
     W writer;
     return writer.encode(root);
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
 }
 
 void chooseFile(QFileDialog *dialog, const QString &path)

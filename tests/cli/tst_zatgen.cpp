@@ -1,5 +1,7 @@
 // Runs the built zatgen binary and checks its exit statuses, messages and outputs.
 
+#include "testfiles.h"
+
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -7,6 +9,9 @@
 #include <QTest>
 
 namespace {
+
+using TestFiles::readFile;
+using TestFiles::writeFile;
 
 struct Run {
     int status = -1;
@@ -27,18 +32,6 @@ Run zatgen(const QStringList &arguments, const QString &workingDirectory = QStri
     run.out = process.readAllStandardOutput();
     run.err = process.readAllStandardError();
     return run;
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
 }
 
 QStringList canonicalFiles()

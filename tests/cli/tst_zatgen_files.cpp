@@ -2,6 +2,7 @@
 // disk, pipes and devices, file names that are not UTF-8, symbolic links, and inputs with
 // thousands of warnings.
 
+#include "testfiles.h"
 #include "zatgenrun.h"
 
 #include <QDir>
@@ -21,17 +22,8 @@ using ZatgenRun::run;
 
 namespace {
 
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
-}
+using TestFiles::readFile;
+using TestFiles::writeFile;
 
 // The names in `folder` as the file system holds them, bytes and all.
 QList<QByteArray> rawNames(const QString &folder)

@@ -1,6 +1,8 @@
 // Runs the built zatgen binary with the generator outputs: several outputs from one parse,
 // outputs whose content would not change left untouched, and --check-outputs.
 
+#include "testfiles.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -10,6 +12,9 @@
 #include <QTest>
 
 namespace {
+
+using TestFiles::readFile;
+using TestFiles::writeFile;
 
 struct Run {
     int status = -1;
@@ -28,18 +33,6 @@ Run zatgen(const QStringList &arguments)
     run.out = process.readAllStandardOutput();
     run.err = process.readAllStandardError();
     return run;
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
 }
 
 bool setModified(const QString &path, const QDateTime &time)

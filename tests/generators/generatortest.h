@@ -3,6 +3,7 @@
 // Helpers shared by the generator tests: trees from definitions text, running a writer into
 // memory, and byte-for-byte comparison that prints a unified diff on a mismatch.
 
+#include "testfiles.h"
 #include "item.h"
 #include "parser.h"
 #include "writer.h"
@@ -19,6 +20,9 @@
 #include <memory>
 
 namespace GeneratorTest {
+
+using TestFiles::readFile;
+using TestFiles::writeFile;
 
 /// The tree of a definitions document; null when it does not parse.
 inline std::unique_ptr<ZAT16::Item> parseDocument(const QByteArray &document)
@@ -42,18 +46,6 @@ inline std::unique_ptr<ZAT16::Item> treeFromFile(const QString &path)
     if (!parser.parse(path))
         return nullptr;
     return std::unique_ptr<ZAT16::Item>(parser.takeRoot());
-}
-
-inline QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-inline bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
 }
 
 /// The output of writer W for `root`, after `setup` has set the writer texts.

@@ -4,6 +4,7 @@
 // a text with everything the reader says about it.
 
 #include "item.h"
+#include "testfiles.h"
 #include "parser.h"
 
 #include <QByteArray>
@@ -19,21 +20,8 @@
 
 namespace IoTest {
 
-inline bool writeFile(const QString &path, const QByteArray &data)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    return file.write(data) == data.size();
-}
-
-inline QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QByteArray();
-    return file.readAll();
-}
+using TestFiles::readFile;
+using TestFiles::writeFile;
 
 // "diff -u expected actual", or a short note when diff cannot be run.
 inline QString unifiedDiff(const QByteArray &expected, const QByteArray &actual)

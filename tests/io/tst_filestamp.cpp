@@ -1,5 +1,6 @@
 // What a file was when it was read or written, and whether it still is.
 
+#include "testfiles.h"
 #include "filestamp.h"
 #include "parser.h"
 
@@ -16,11 +17,7 @@ using namespace ZAT16;
 
 namespace {
 
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
-}
+using TestFiles::writeFile;
 
 } // namespace
 

@@ -4,6 +4,7 @@
 // reader takes, and rejects misspelled elements and attributes, misplaced elements and values
 // the reader refuses.
 
+#include "testfiles.h"
 #include "item.h"
 #include "treemaker.h"
 #include "parser.h"
@@ -22,6 +23,8 @@
 using namespace ZAT16;
 
 namespace {
+
+using TestFiles::writeFile;
 
 const QString schema = QStringLiteral(ZAT16_SCHEMA);
 
@@ -42,12 +45,6 @@ Lint lint(const QStringList &files)
     result.status = process.exitCode();
     result.output = QString::fromLocal8Bit(process.readAll());
     return result;
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
 }
 
 // Whether the reader takes the text, and whether it warns.
