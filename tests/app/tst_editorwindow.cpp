@@ -144,6 +144,18 @@ void clickButton(QMessageBox *box, const QString &text)
     }
 }
 
+// Answers the next message box with the button that reads `button`, keeping the box's text.
+void answerByButton(const QString &button, QString *text)
+{
+    TestModal::onNextModalOf<QMessageBox>([=](QWidget *w) {
+        auto *box = qobject_cast<QMessageBox *>(w);
+        if (!box)
+            return;
+        *text = box->text();
+        clickButton(box, button);
+    });
+}
+
 // Another program that writes `outsideTarget` once, while the save writes its temporary file:
 // after the question before the save, before the save's last look at the file.
 QString outsideTarget;
@@ -1232,12 +1244,7 @@ private slots:
         outsideWritten = false;
         SaveSequence::operations().write = writeWhileAnotherProgramWrites;
         QString text;
-        TestModal::onNextModal([&](QWidget *w) {
-            auto *box = qobject_cast<QMessageBox *>(w);
-            QVERIFY(box);
-            text = box->text();
-            clickButton(box, QStringLiteral("Overwrite"));
-        });
+        answerByButton(QStringLiteral("Overwrite"), &text);
         QVERIFY(m_window->onSave());
         QCOMPARE(text, m_path + QStringLiteral(" was changed by another program since it was opened"));
         QVERIFY(readFile(m_path).contains("PowerOn"));
@@ -1279,12 +1286,7 @@ private slots:
         QVERIFY(ui()->m_wdg_file_changed->fileName().isEmpty());
         editSomething();
         QString text;
-        TestModal::onNextModal([&](QWidget *w) {
-            auto *box = qobject_cast<QMessageBox *>(w);
-            QVERIFY(box);
-            text = box->text();
-            clickButton(box, QStringLiteral("Overwrite"));
-        });
+        answerByButton(QStringLiteral("Overwrite"), &text);
         QVERIFY(m_window->onSave());
         QCOMPARE(text, m_path + QStringLiteral(" was changed by another program since it was opened"));
         QCOMPARE(ui()->m_wdg_file_changed->fileName(), m_path);

@@ -99,6 +99,42 @@ inline Item *parseFile(const QString &path)
     return parser.takeRoot();
 }
 
+/// A new item with the given fields and no children.
+inline Item *makeItem(ItemType type,
+    const QString &name = QString(),
+    bool hasId = false,
+    quint64 id = 0,
+    const QString &comment = QString())
+{
+    auto *item = new Item;
+    item->type = type;
+    item->name = name;
+    item->hasId = hasId;
+    item->id = id;
+    item->comment = comment;
+    return item;
+}
+
+/// Keeps the model's note that an insertion went to another list than the one given off the
+/// debug channel while it lives: in a random walk that is expected and not worth printing.
+class QuietInsertions
+{
+public:
+    QuietInsertions() { s_previous = qInstallMessageHandler(handler); }
+    ~QuietInsertions() { qInstallMessageHandler(s_previous); }
+    QuietInsertions(const QuietInsertions &) = delete;
+    QuietInsertions &operator=(const QuietInsertions &) = delete;
+
+private:
+    static void handler(QtMsgType type, const QMessageLogContext &context, const QString &message)
+    {
+        if (type == QtDebugMsg && message == QLatin1String("insertion point modified"))
+            return;
+        s_previous(type, context, message);
+    }
+    static inline QtMessageHandler s_previous = nullptr;
+};
+
 inline QByteArray document(const QByteArray &body)
 {
     return QByteArrayLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<zat16>\n") + body
@@ -129,6 +165,15 @@ inline QString dataChangedText(const QList<QVariant> &arguments)
 /// model is filled. The tester is kept off dataChanged only: the model's dataChanged ranges end
 /// one past the last row and column on purpose, which the tester would reject; the tests check
 /// those ranges themselves.
+/// The dataChanged signals a spy caught, one a line.
+inline QString signalText(const QSignalSpy &spy)
+{
+    QStringList lines;
+    for (const QList<QVariant> &arguments : spy)
+        lines << dataChangedText(arguments);
+    return lines.join(QLatin1Char('\n'));
+}
+
 struct Fixture {
     QUndoStack stack;
     EditorModel model;

@@ -16,37 +16,7 @@ using namespace EditorTest;
 
 namespace {
 
-QtMessageHandler previousHandler = nullptr;
-
-// Insertions that land in another list than the one given say so on the debug channel; in a
-// random walk that is expected and not worth printing.
-void quietHandler(QtMsgType type, const QMessageLogContext &context, const QString &message)
-{
-    if (type == QtDebugMsg && message == QLatin1String("insertion point modified"))
-        return;
-    previousHandler(type, context, message);
-}
-
 const QColor markBackground(192, 0, 0);
-
-Item *makeItem(ItemType type, const QString &name, bool hasId, quint64 id, const QString &comment = QString())
-{
-    auto *item = new Item;
-    item->type = type;
-    item->name = name;
-    item->hasId = hasId;
-    item->id = id;
-    item->comment = comment;
-    return item;
-}
-
-QString signalText(const QSignalSpy &spy)
-{
-    QStringList lines;
-    for (const QList<QVariant> &arguments : spy)
-        lines << dataChangedText(arguments);
-    return lines.join(QLatin1Char('\n'));
-}
 
 // Rows of the root:
 //  0 tag A 0x1001, 1 tag B 0x1002,
@@ -535,8 +505,7 @@ void TestCollisionMarks::viewFollowsRandomEdits()
         return items;
     };
 
-    previousHandler = qInstallMessageHandler(quietHandler);
-    const auto restoreHandler = qScopeGuard([] { qInstallMessageHandler(previousHandler); });
+    const QuietInsertions quiet;
     QHash<QString, int> done;
     for (int step = 0; step < 5000; ++step) {
         const QList<Item *> items = allItems();

@@ -17,21 +17,6 @@ Q_DECLARE_METATYPE(QList<int>)
 
 namespace {
 
-Item *makeItem(ItemType type,
-    const QString &name = QString(),
-    bool hasId = false,
-    quint64 id = 0,
-    const QString &comment = QString())
-{
-    auto *item = new Item;
-    item->type = type;
-    item->name = name;
-    item->hasId = hasId;
-    item->id = id;
-    item->comment = comment;
-    return item;
-}
-
 // Rows of the root: 0 tag Mode { 0 bits {0 Manual, 1 comment, 2 Service}, 1 enums {0 Off, 1 Low,
 // 2 blank line, 3 High} }, 1 comment line, 2 blank line, 3 tag Speed, 4 tag Label (no code).
 const QByteArray tree = document("  <tag name=\"Mode\" id=\"0x1002\" comment=\"Operating mode\">\n"

@@ -27,21 +27,6 @@ public:
 
 const QVariant invalid;
 
-Item *makeItem(ItemType type,
-    const QString &name = QString(),
-    bool hasId = false,
-    quint64 id = 0,
-    const QString &comment = QString())
-{
-    auto *item = new Item;
-    item->type = type;
-    item->name = name;
-    item->hasId = hasId;
-    item->id = id;
-    item->comment = comment;
-    return item;
-}
-
 // A tree for the role tables. Rows of the root:
 //  0 tag Mode 0x1002 "Operating mode" { 0 bits (display 2x) {0 Manual 1, 1 Remote 2 "host",
 //    2 comment " reserved "}, 1 enums {0 Off 0, 1 Low 1 "slow", 2 blank line, 3 High 2} }
@@ -84,14 +69,6 @@ QImage iconImage(const QVariant &value)
 QImage resourceImage(const QString &path)
 {
     return QIcon(path).pixmap(16, 16).toImage();
-}
-
-QString signalText(const QSignalSpy &spy)
-{
-    QStringList lines;
-    for (const QList<QVariant> &arguments : spy)
-        lines << dataChangedText(arguments);
-    return lines.join(QLatin1Char('\n'));
 }
 
 } // namespace
