@@ -1,84 +1,16 @@
 #include "editormodel.h"
 
-#include "commandchange.h"
-#include "commandchangecomment.h"
-#include "commandchangeid.h"
-#include "commandchangename.h"
-#include "commanddelete.h"
-#include "commandnew.h"
 #include "commandreplaceall.h"
-#include "numbers.h"
-#include "parser.h"
-#include "writerxml.h"
+#include "editorclipboard.h"
 
-#include <QBrush>
-#include <QColor>
-#include <QDebug>
 #include <QMimeData>
 #include <QUndoStack>
 
 namespace ZAT16 {
 
-namespace {
-
-// How many rows on either side of an item a row cache miss keeps.
-constexpr qsizetype rowWindow = 64;
-
-const QString xmlMimeType = QStringLiteral("text/xml");
-const QString textMimeType = QStringLiteral("text/plain");
-
-// Tags, enumeration values and bits: the kinds that carry a name, a code and a comment.
-bool isNamedKind(const Item *item)
-{
-    return item->type == Tag || item->type == Enum || item->type == Bit;
-}
-
-const char *tagIconPath(unsigned int code)
-{
-    switch (dataType(code)) {
-    case Binary:
-        return ":/icons/i16_data.png";
-    case Integer:
-        return ":/icons/i16_int.png";
-    case Bool:
-        return ":/icons/i16_bool.png";
-    case String:
-        return ":/icons/i16_string.png";
-    case Date:
-        return ":/icons/i16_date.png";
-    case Time:
-        return ":/icons/i16_time.png";
-    case DateTime:
-        return ":/icons/i16_datetime.png";
-    case BitArray:
-        return ":/icons/i16_list_bullets.png";
-    case NetworkAddress:
-        return ":/icons/i16_network.png";
-    case List:
-        return ":/icons/i16_list.png";
-    case Request:
-        return ":/icons/i16_question.png";
-    case Answer:
-        return ":/icons/i16_answer.png";
-    case Message:
-        return ":/icons/i16_message.png";
-    case ExtPoint:
-        return ":/icons/i16_point.png";
-    case ExtRect:
-        return ":/icons/i16_rect.png";
-    case ExtSize:
-        return ":/icons/i16_size.png";
-    }
-    return ":/icons/i16_empty.png";
-}
-
-} // namespace
-
 EditorModel::EditorModel(QObject *parent)
     : QAbstractItemModel(parent)
-    , m_fixedFont(QStringLiteral("Monospace"))
 {
-    m_fixedFont.setStyleHint(QFont::TypeWriter, QFont::PreferDefault);
 }
 
 EditorModel::~EditorModel()
@@ -105,27 +37,7 @@ QModelIndex EditorModel::item2index(const Item *item) const
 
 int EditorModel::findRow(const Item *item) const
 {
-    if (!item)
-        return 0;
-    const auto it = m_rows.constFind(item);
-    if (it != m_rows.constEnd())
-        return it.value();
-    // A miss looks the item up in its parent's list and keeps the rows around it: a repaint
-    // asks for neighbours, and a long list is not walked once per row.
-    if (const Item *parent = item->parent) {
-        const QList<Item *> &siblings = parent->children;
-        const qsizetype row = siblings.indexOf(const_cast<Item *>(item));
-        if (row >= 0) {
-            const qsizetype first = qMax<qsizetype>(0, row - rowWindow);
-            const qsizetype last = qMin<qsizetype>(siblings.size(), row + rowWindow + 1);
-            for (qsizetype i = first; i < last; ++i)
-                m_rows.insert(siblings.at(i), int(i));
-            return int(row);
-        }
-    }
-    const int row = item->row();
-    m_rows.insert(item, row);
-    return row;
+    return m_rowCache.row(item);
 }
 
 QModelIndex EditorModel::index(int row, int column, const QModelIndex &parent) const
@@ -193,170 +105,36 @@ QVariant EditorModel::data(const QModelIndex &index, int role) const
     }
 }
 
-// The blanks keep empty cells at a usable height and width.
 QVariant EditorModel::displayData(const Item *item, int column) const
 {
-    if (column == 2)
-        return item->comment.isEmpty() ? QStringLiteral(" ") : item->comment;
-    if (isNamedKind(item)) {
-        if (column == 0)
-            return item->name.isEmpty() ? QStringLiteral(" ") : item->name;
-        if (column == 1) {
-            if (!item->hasId)
-                return item->type == Tag ? QStringLiteral("      ") : QStringLiteral(" ");
-            if (item->type == Tag)
-                return item->formatId();
-            return QStringLiteral("  ") + item->formatId();
-        }
-        return QVariant();
-    }
-    if (column == 0) {
-        if (item->type == Enums)
-            return tr("Enums");
-        if (item->type == Bits)
-            return tr("Bits");
-    }
-    return QVariant();
+    return m_presentation.display(item, column);
 }
 
 QVariant EditorModel::editData(const Item *item, int column) const
 {
-    if (!isNamedKind(item))
-        return QVariant();
-    switch (column) {
-    case 0:
-        return item->name;
-    case 1:
-        return item->hasId ? QVariant(item->formatId()) : QVariant();
-    case 2:
-        return item->comment;
-    default:
-        return QVariant();
-    }
-}
-
-QIcon EditorModel::icon(const QString &path) const
-{
-    auto it = m_icons.find(path);
-    if (it == m_icons.end())
-        it = m_icons.insert(path, QIcon(path));
-    return it.value();
+    return m_presentation.edit(item, column);
 }
 
 QVariant EditorModel::decorationData(const Item *item, int column) const
 {
-    if (column != 0)
-        return QVariant();
-    const char *path = ":/icons/i16_empty.png";
-    switch (item->type) {
-    case Tag:
-        if (item->hasId)
-            path = tagIconPath(quint32(item->id));
-        break;
-    case Enums:
-    case Bits:
-        path = ":/icons/i16_folder.png";
-        break;
-    case Enum:
-        if (item->hasId || !item->name.isEmpty())
-            path = ":/icons/i16_list.png";
-        break;
-    case Bit:
-        if (item->hasId || !item->name.isEmpty())
-            path = ":/icons/i16_tiny_bullet.png";
-        break;
-    default:
-        break;
-    }
-    return icon(QString::fromLatin1(path));
+    return m_presentation.decoration(item, column);
 }
 
 QVariant EditorModel::tooltipData(const Item *item, int column) const
 {
-    // A name that the reader refuses says why it is marked.
-    QString invalid;
-    if (column == 0 && isNamedKind(item) && !item->isComment() && !item->name.isEmpty()
-        && !isValidIdentifier(item->name, &invalid))
-        return invalid;
-    if (item->type != Tag || !item->hasId || (column != 0 && column != 1))
-        return QVariant();
-    switch (dataType(quint32(item->id))) {
-    case Binary:
-        return tr("Binary");
-    case Integer:
-        return tr("Integer");
-    case Bool:
-        return tr("Bool");
-    case String:
-        return tr("String");
-    case Date:
-        return tr("Date");
-    case Time:
-        return tr("Time");
-    case DateTime:
-        return tr("DateTime");
-    case BitArray:
-        return tr("BitArray");
-    case NetworkAddress:
-        return tr("Network-Address");
-    case List:
-        return tr("List");
-    case Request:
-        return tr("Request");
-    case Answer:
-        return tr("Answer");
-    case Message:
-        return tr("Message");
-    case ExtPoint:
-        return tr("Point");
-    case ExtRect:
-        return tr("Rect");
-    case ExtSize:
-        return tr("Size");
-    }
-    return QVariant();
+    return m_presentation.tooltip(item, column);
 }
 
 QVariant EditorModel::fontData(const Item *item, int column) const
 {
-    if (column == 2)
-        return m_commentFont;
-    if ((column == 0 || column == 1) && isNamedKind(item))
-        return m_fixedFont;
-    return QVariant();
+    return m_presentation.font(item, column);
 }
 
+// The row does not matter: the marks depend on the item and its siblings only.
 QVariant EditorModel::highlightData(const Item *item, int row, int column, int role) const
 {
     Q_UNUSED(row)
-    const bool background = role == Qt::BackgroundRole;
-    if (item->isComment())
-        return background ? QColor(222, 255, 222) : QColor(0, 0, 0);
-    if (!isNamedKind(item))
-        return QVariant();
-
-    const bool hasName = !item->name.isEmpty();
-    const bool hasCode = item->hasId;
-    const bool codeOrName = column == 0 || column == 1;
-    bool marked = false;
-    if (column == 0 && hasName && !isValidIdentifier(item->name, nullptr)) {
-        // the reader refuses it: the saved file would not open again
-        marked = true;
-    } else if (hasName && !hasCode && codeOrName) {
-        marked = true;
-    } else if (!hasName && hasCode && codeOrName && !(item->type == Enum && !item->comment.isEmpty())) {
-        // a nameless enumeration value with a code and a comment is legal
-        marked = true;
-    } else {
-        const Item::CollisionFlags flags = findCollision(item);
-        if ((flags.testFlag(Item::NameCollision) && column == 0) || (flags.testFlag(Item::IdCollision) && column == 1))
-            marked = true;
-        else if (!item->children.isEmpty() && (!hasName || !hasCode))
-            marked = true;
-    }
-    if (!marked)
-        return QVariant();
-    return background ? QColor(192, 0, 0) : QColor(255, 255, 255);
+    return m_presentation.highlight(item, column, role, [this, item] { return findCollision(item); });
 }
 
 Item::CollisionFlags EditorModel::findCollision(const Item *item) const
@@ -525,13 +303,13 @@ Qt::ItemFlags EditorModel::flags(const QModelIndex &index) const
 
 void EditorModel::setFixedFont(const QFont &font)
 {
-    m_fixedFont = font;
+    m_presentation.setFixedFont(font);
     allChildrenChanged(m_root);
 }
 
 void EditorModel::setCommentFont(const QFont &font)
 {
-    m_commentFont = font;
+    m_presentation.setCommentFont(font);
     allChildrenChanged(m_root);
 }
 
@@ -576,225 +354,60 @@ void EditorModel::clear()
 
 void EditorModel::undoableSetTags(Item *root, const QModelIndex &index)
 {
-    push(new CommandReplaceAll(root, this, index));
+    m_edits.undoableSetTags(root, index);
 }
 
 void EditorModel::undoableClear(const QModelIndex &index)
 {
-    if (m_root && !m_root->children.isEmpty())
-        undoableSetTags(nullptr, index);
+    m_edits.undoableClear(index);
 }
 
 // ---------------------------------------------------------------------------------------------
-// Editing operations
+// Editing operations, made by EditorEdits
 
 bool EditorModel::setData(const QModelIndex &index, const QVariant &value, int role)
 {
-    if (role != Qt::EditRole)
-        return false;
-    Item *item = index2item(index);
-    if (!item || !isNamedKind(item))
-        return false;
-    const QString text = value.toString();
-    switch (index.column()) {
-    case 1:
-        if (!text.isEmpty()) {
-            // A tag's code is 16 bits; a value or bit takes all 64, with a sign, read as the
-            // editors and the edit dialog read it.
-            quint64 code = 0;
-            if (item->type == Tag) {
-                bool ok = false;
-                code = Numbers::to32(text, &ok);
-                if (!ok || code >= 0x10000)
-                    return false;
-            } else {
-                bool negative = false;
-                if (Numbers::readValue(text, &code, &negative) != Numbers::Reading::Number)
-                    return false;
-                if (negative && item->type == Bit) // a bit number is never below zero
-                    return false;
-            }
-            if (item->hasId && item->id == code)
-                return true;
-            push(new CommandChangeID(code, true, item, this, index));
-        } else if (item->hasId) {
-            push(new CommandChangeID(0, false, item, this, index));
-        }
-        return true;
-    case 2:
-        if (text != item->comment)
-            push(new CommandChangeComment(text, item, this, index));
-        return true;
-    case 0:
-        if (text != item->name)
-            push(new CommandChangeName(text, item, this, index));
-        return true;
-    default:
-        return false;
-    }
+    return m_edits.setData(index, value, role);
 }
 
 bool EditorModel::setItemData(const QModelIndex &index, const ItemData &data)
 {
-    Item *item = index2item(index);
-    if (!item)
-        return false;
-    if (data == *item)
-        return true;
-    push(new CommandChange(data, item, this, index));
-    return true;
+    return m_edits.setItemData(index, data);
 }
 
 QModelIndex EditorModel::insertRow(int row, const QModelIndex &parent, Item *item)
 {
-    Item *parentItem = index2item(parent);
-    if (!parentItem || row < 0)
-        return QModelIndex();
-    int position = qMin(row, int(parentItem->children.size()));
-
-    if (!item) {
-        // A new empty row starts as a blank line that the user then fills; no code is chosen.
-        ItemType kind;
-        switch (parentItem->type) {
-        case Enums:
-            kind = Enum;
-            break;
-        case Bits:
-            kind = Bit;
-            break;
-        case Root:
-            kind = Tag;
-            break;
-        default:
-            return QModelIndex();
-        }
-        item = new Item;
-        item->type = kind;
-    } else {
-        switch (item->type) {
-        case Tag: {
-            // Tags live at the root level: before the top-level tag that holds the position.
-            Item *current = parentItem;
-            while (current->type != Root) {
-                if (!current->parent)
-                    return QModelIndex();
-                position = findRow(current);
-                current = current->parent;
-            }
-            parentItem = current;
-            break;
-        }
-        case Enums:
-        case Bits: {
-            Item *tag = parentItem->child(position);
-            if (!tag)
-                tag = parentItem;
-            while (tag && tag->type != Tag)
-                tag = tag->parent;
-            if (!tag)
-                return QModelIndex();
-            Item *existing = tag->findInTagByItemType(item->type);
-            if (!existing) {
-                tag->dump(0);
-                parentItem = tag;
-                position = int(tag->children.size());
-                for (int i = 0; i < tag->children.size(); ++i) {
-                    if (tag->children.at(i)->type < item->type) {
-                        position = i;
-                        break;
-                    }
-                }
-                break;
-            }
-            // A list of the same kind is there already: its values are merged into it.
-            if (parentItem != existing)
-                position = int(existing->children.size());
-            const QModelIndex select = parent.model() ? parent.model()->index(position, 0, parent) : QModelIndex();
-            const QList<Item *> children = item->children;
-            item->children.clear();
-            delete item;
-            if (m_undoStack)
-                m_undoStack->beginMacro(tr("Merge data"));
-            for (int i = 0; i < children.size(); ++i)
-                push(new CommandNew(children.at(i), position + i, existing, this, select));
-            if (m_undoStack)
-                m_undoStack->endMacro();
-            return item2index(existing);
-        }
-        case Enum:
-        case Bit: {
-            Item *at = parentItem->child(position);
-            if (!at)
-                at = parentItem;
-            const QModelIndex list = insertList(item2index(at), Item::matchingParentType(item->type));
-            if (!list.isValid() || !list.model())
-                return QModelIndex();
-            Item *listItem = index2item(list);
-            if (listItem != parentItem) {
-                qDebug() << "insertion point modified";
-                parentItem = listItem;
-                position = int(listItem->children.size());
-            }
-            break;
-        }
-        default:
-            return QModelIndex();
-        }
-    }
-
-    const QModelIndex select = parent.model() ? parent.model()->index(position, 0, parent) : QModelIndex();
-    push(new CommandNew(item, position, parentItem, this, select));
-    return item2index(item);
+    return m_edits.insertRow(row, parent, item);
 }
 
 bool EditorModel::insertRow(int row, const QModelIndex &parent)
 {
-    return insertRow(row, parent, nullptr).isValid();
+    return m_edits.insertRow(row, parent);
+}
+
+QModelIndex EditorModel::insertAfter(const QModelIndex &at)
+{
+    return m_edits.insertAfter(at);
+}
+
+QModelIndex EditorModel::insertBefore(const QModelIndex &at)
+{
+    return m_edits.insertBefore(at);
 }
 
 QModelIndex EditorModel::insertList(const QModelIndex &at, ItemType kind)
 {
-    if (kind != Enums && kind != Bits)
-        return QModelIndex();
-    Item *tag = index2item(at);
-    while (tag && tag->type != Tag)
-        tag = tag->parent;
-    if (!tag)
-        return QModelIndex();
-    if (Item *existing = tag->findInTagByItemType(kind))
-        return item2index(existing);
-
-    // Higher kinds first: a bit list goes before an enumeration list.
-    int position = int(tag->children.size());
-    for (int i = 0; i < tag->children.size(); ++i) {
-        if (tag->children.at(i)->type < kind) {
-            position = i;
-            break;
-        }
-    }
-    Item *list = new Item;
-    list->type = kind;
-    push(new CommandNew(list, position, tag, this, item2index(tag)));
-    return item2index(list);
+    return m_edits.insertList(at, kind);
 }
 
 CommandDelete *EditorModel::prepareRemoveRow(int row, const QModelIndex &parent)
 {
-    Item *parentItem = index2item(parent);
-    if (!parentItem || row < 0 || row >= parentItem->children.size())
-        return nullptr;
-    const QModelIndex select = parent.model() ? parent.model()->index(row, 0, parent) : QModelIndex();
-    return new CommandDelete(row, parentItem, this, select);
+    return m_edits.prepareRemoveRow(row, parent);
 }
 
 bool EditorModel::removeRow(int row, const QModelIndex &parent)
 {
-    CommandDelete *command = prepareRemoveRow(row, parent);
-    if (!command)
-        return false;
-    command->setMode(CommandDelete::Remove);
-    push(command);
-    return true;
+    return m_edits.removeRow(row, parent);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -802,76 +415,29 @@ bool EditorModel::removeRow(int row, const QModelIndex &parent)
 
 QMimeData *EditorModel::copy(const QModelIndex &index)
 {
-    if (!index.isValid())
-        return nullptr;
-    auto *mime = new QMimeData;
-    const QModelIndex parentIndex = index.parent();
-    const int row = index.row();
-    mime->setText(data(this->index(row, 0, parentIndex), Qt::EditRole).toString() + QLatin1Char(' ')
-        + data(this->index(row, 1, parentIndex), Qt::EditRole).toString());
-    // The item as the one element of a definitions document, its comment an attribute: a
-    // comment line or a blank line too, which could not stand as a document otherwise.
-    if (const Item *item = index2item(index)) {
-        WriterXml writer;
-        writer.entry = true;
-        mime->setData(xmlMimeType, writer.encode(item));
-    }
-    return mime;
+    return m_edits.copy(index);
 }
 
 QMimeData *EditorModel::cut(const QModelIndex &index)
 {
-    QMimeData *mime = copy(index);
-    if (!mime)
-        return nullptr;
-    CommandDelete *command = prepareRemoveRow(index.row(), index.parent());
-    if (!command) {
-        delete mime;
-        return nullptr;
-    }
-    command->setMode(CommandDelete::Cut);
-    push(command);
-    return mime;
+    return m_edits.cut(index);
 }
 
 QModelIndex EditorModel::paste(const QModelIndex &at, const QMimeData *data)
 {
-    if (!at.isValid() || !data)
-        return QModelIndex();
-    const QByteArray xml = data->data(xmlMimeType);
-    if (!xml.isEmpty()) {
-        // Parse errors are not reported: only whether an item came out counts.
-        Parser parser;
-        parser.entry = true;
-        parser.parse(xml);
-        Item *item = parser.takeRoot();
-        if (!item)
-            return QModelIndex();
-        const QModelIndex inserted = insertRow(at.row(), at.parent(), item);
-        if (inserted.isValid())
-            return inserted;
-        delete item;
-        return QModelIndex();
-    }
-    if (data->hasText()) {
-        setData(at, data->text(), Qt::EditRole);
-        return at;
-    }
-    return QModelIndex();
+    return m_edits.paste(at, data);
 }
 
 QStringList EditorModel::mimeTypes() const
 {
-    return QStringList(textMimeType);
+    return QStringList(EditorClipboard::textMimeType());
 }
 
 QMimeData *EditorModel::mimeData(const QModelIndexList &indexes) const
 {
     if (indexes.size() != 1)
         return nullptr;
-    auto *mime = new QMimeData;
-    mime->setText(data(indexes.first(), Qt::EditRole).toString());
-    return mime;
+    return EditorClipboard::encode(nullptr, data(indexes.first(), Qt::EditRole).toString());
 }
 
 bool EditorModel::dropMimeData(
@@ -903,7 +469,7 @@ Qt::DropActions EditorModel::supportedDragActions() const
 void EditorModel::clearCaches()
 {
     m_counts.clear();
-    m_rows.clear();
+    m_rowCache.clear();
 }
 
 // The bottom-right corner lies one past the last column on purpose, as in allChildrenChanged.
@@ -924,12 +490,9 @@ void EditorModel::rowsChanged(const Item *parent, const Changed &changed)
             seen = changed.at(k) == sibling;
         if (seen)
             continue;
-        const auto cached = m_rows.constFind(sibling);
-        const qsizetype row = cached != m_rows.constEnd() && parent->children.value(cached.value()) == sibling
-            ? cached.value()
-            : parent->children.indexOf(const_cast<Item *>(sibling));
+        const int row = m_rowCache.rowIn(parent, sibling);
         if (row >= 0)
-            rowChanged(sibling, int(row));
+            rowChanged(sibling, row);
     }
 }
 
@@ -950,7 +513,7 @@ void EditorModel::cmdInsertRow(Item *parent, Item *item, int row)
     Changed changed;
     bool lost = false;
     beginInsertRows(item2index(parent), row, row);
-    m_rows.clear();
+    m_rowCache.clear();
     SiblingCounts *counts = countsForChange(parent, &lost);
     parent->insertChildBefore(row, item);
     if (counts) {
@@ -975,7 +538,7 @@ Item *EditorModel::cmdTakeRow(Item *parent, int row)
     beginRemoveRows(item2index(parent), row, row);
     SiblingCounts *counts = countsForChange(parent, &lost);
     Item *item = parent->takeChild(row);
-    m_rows.clear();
+    m_rowCache.clear();
     if (item) {
         forgetCounts(item);
         if (counts) {

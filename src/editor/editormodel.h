@@ -1,11 +1,13 @@
 #pragma once
 
+#include "editoredits.h"
 #include "item.h"
+#include "itempresentation.h"
+#include "rowcache.h"
 
 #include <QAbstractItemModel>
 #include <QFont>
 #include <QHash>
-#include <QIcon>
 #include <QVarLengthArray>
 
 class QUndoCommand;
@@ -55,14 +57,16 @@ public:
     Item *root() const { return m_root; }
 
     // Fonts and the stack
-    QFont fixedFont() const { return m_fixedFont; }
-    QFont commentFont() const { return m_commentFont; }
+    QFont fixedFont() const { return m_presentation.fixedFont(); }
+    QFont commentFont() const { return m_presentation.commentFont(); }
     void setFixedFont(const QFont &font);
     void setCommentFont(const QFont &font);
     /// Asks the views to repaint the children of `item`.
     void allChildrenChanged(Item *item);
     void setUndoStack(QUndoStack *stack);
     QUndoStack *undoStack() const { return m_undoStack; }
+    /// Pushes on the undo stack; without a stack the change is made at once and not kept.
+    void push(QUndoCommand *command);
 
     // Whole-document operations
     /// Installs a new document (the model takes it) and clears the undo history; not undoable.
@@ -81,6 +85,12 @@ public:
     /// is null. Tags go to the root level, values and lists into the lists of the enclosing tag.
     QModelIndex insertRow(int row, const QModelIndex &parent, Item *item);
     bool insertRow(int row, const QModelIndex &parent = QModelIndex());
+    /// A new empty row below `at` (the selection; invalid: the last row), or at the end of `at`
+    /// when it is a list. The new row's index, or invalid when none was inserted.
+    QModelIndex insertAfter(const QModelIndex &at);
+    /// A new empty row above `at` (invalid: the first row), or at the start of `at` when it is
+    /// a list; into an empty document as insertAfter().
+    QModelIndex insertBefore(const QModelIndex &at);
     /// The enumeration or bit list of the tag that holds `at`, created when missing.
     QModelIndex insertList(const QModelIndex &at, ItemType kind);
     /// A new, unpushed delete command for the row, or null.
@@ -144,19 +154,15 @@ private:
     void rowChanged(const Item *item, int row);
     void rowsChanged(const Item *parent, const Changed &changed);
     void allRowsChanged(const Item *parent);
-    // Pushes on the undo stack; without a stack the change is made at once and not kept.
-    void push(QUndoCommand *command);
-    QIcon icon(const QString &path) const;
 
     Item *m_root = nullptr;
     QUndoStack *m_undoStack = nullptr;
     /// Collision counts per parent, made on first need. Data changes, insertions and removals
     /// update the parent's counts; a removal drops those of the removed subtree, a new root all.
     mutable QHash<const Item *, SiblingCounts> m_counts;
-    mutable QHash<const Item *, int> m_rows;
-    QFont m_fixedFont;
-    QFont m_commentFont;
-    mutable QHash<QString, QIcon> m_icons;
+    RowCache m_rowCache;
+    ItemPresentation m_presentation;
+    EditorEdits m_edits{ *this };
 };
 
 } // namespace ZAT16

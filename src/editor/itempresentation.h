@@ -1,0 +1,60 @@
+#pragma once
+
+#include "item.h"
+
+#include <QCoreApplication>
+#include <QFont>
+#include <QHash>
+#include <QIcon>
+#include <QVariant>
+
+namespace ZAT16 {
+
+/// How the editor shows an item: the texts, icons, tooltips, fonts and colours of its three
+/// cells (name, code, comment). It knows nothing of rows or of the undo stack; the collision
+/// flags that colour a cell come from the caller, asked only when they matter.
+class ItemPresentation
+{
+    // The texts belong to the model, as the views see them.
+    Q_DECLARE_TR_FUNCTIONS(ZAT16::EditorModel)
+
+public:
+    ItemPresentation();
+
+    /// Tags, enumeration values and bits: the kinds that carry a name, a code and a comment.
+    static bool isNamed(const Item *item) { return item->type == Tag || item->type == Enum || item->type == Bit; }
+
+    QVariant display(const Item *item, int column) const;
+    QVariant edit(const Item *item, int column) const;
+    QVariant decoration(const Item *item, int column) const;
+    QVariant tooltip(const Item *item, int column) const;
+    QVariant font(const Item *item, int column) const;
+    /// The background or foreground colour of a cell; `collisions` is called for the item's
+    /// collision flags only when no other rule has decided.
+    template<typename Collisions>
+    QVariant highlight(const Item *item, int column, int role, const Collisions &collisions) const
+    {
+        const Mark mark = markWithoutCollisions(item, column);
+        if (mark == Undecided)
+            return colour(collides(collisions(), column) ? Marked : Plain, role);
+        return colour(mark, role);
+    }
+
+    QFont fixedFont() const { return m_fixedFont; }
+    QFont commentFont() const { return m_commentFont; }
+    void setFixedFont(const QFont &font) { m_fixedFont = font; }
+    void setCommentFont(const QFont &font) { m_commentFont = font; }
+
+private:
+    enum Mark { Plain, Marked, CommentLine, Undecided };
+    Mark markWithoutCollisions(const Item *item, int column) const;
+    static bool collides(Item::CollisionFlags flags, int column);
+    static QVariant colour(Mark mark, int role);
+    QIcon icon(const QString &path) const;
+
+    QFont m_fixedFont;
+    QFont m_commentFont;
+    mutable QHash<QString, QIcon> m_icons;
+};
+
+} // namespace ZAT16
