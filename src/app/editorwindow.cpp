@@ -360,46 +360,16 @@ void EditorWindow::onNew()
 
 void EditorWindow::onInsertAfter()
 {
-    QModelIndex at = m_ui->m_view->selectedItem();
-    if (!at.isValid()) {
-        const int count = m_model->rowCount();
-        at = m_model->index(count > 0 ? count - 1 : 0, 0);
-    }
-    const Item *item = m_model->index2item(at);
-    if (at.isValid() && item && (item->type == Enums || item->type == Bits)) {
-        const QModelIndex list = at.siblingAtColumn(0);
-        const int rows = int(item->children.size());
-        if (m_model->insertRow(rows, list))
-            setCurrentItem(m_model->index(rows, 0, list));
-        return;
-    }
-    const QModelIndex parent = at.parent();
-    const int row = at.isValid() ? at.row() + 1 : 0;
-    if (m_model->insertRow(row, parent))
-        setCurrentItem(m_model->index(row, 0, parent));
+    const QModelIndex inserted = m_model->insertAfter(m_ui->m_view->selectedItem());
+    if (inserted.isValid())
+        setCurrentItem(inserted);
 }
 
 void EditorWindow::onInsertBefore()
 {
-    const Item *root = m_model->root();
-    if (!root || root->children.isEmpty()) {
-        onInsertAfter();
-        return;
-    }
-    QModelIndex at = m_ui->m_view->selectedItem();
-    if (!at.isValid())
-        at = m_model->index(0, 0);
-    const Item *item = m_model->index2item(at);
-    if (item && (item->type == Enums || item->type == Bits)) {
-        const QModelIndex list = at.siblingAtColumn(0);
-        if (m_model->insertRow(0, list))
-            setCurrentItem(m_model->index(0, 0, list));
-        return;
-    }
-    const QModelIndex parent = at.parent();
-    const int row = at.row();
-    if (m_model->insertRow(row, parent))
-        setCurrentItem(m_model->index(row, 0, parent));
+    const QModelIndex inserted = m_model->insertBefore(m_ui->m_view->selectedItem());
+    if (inserted.isValid())
+        setCurrentItem(inserted);
 }
 
 void EditorWindow::onAddEnums()
