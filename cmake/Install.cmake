@@ -53,7 +53,7 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/cmake/zat16ConfigVersion
     VERSION "${PROJECT_VERSION}"
     COMPATIBILITY SameMajorVersion
     ARCH_INDEPENDENT)
-install(FILES "${PROJECT_SOURCE_DIR}/cmake/zat16Config.cmake"
+install(FILES "${PROJECT_BINARY_DIR}/cmake/zat16Config.cmake"
     "${PROJECT_BINARY_DIR}/cmake/zat16ConfigVersion.cmake"
     DESTINATION "${ZAT16_CMAKE_DIR}")
 
