@@ -144,6 +144,8 @@ private slots:
     void insertList();
     void insertListExisting();
     void insertListRefused();
+    void insertAfterAndBefore();
+    void insertBeforeIntoEmptyDocument();
     void bitListGoesBeforeEnumList();
 
     // Deletions
@@ -1461,6 +1463,53 @@ void TestEditorModel::insertListRefused()
     QVERIFY(!f.model.insertList(QModelIndex(), Enums).isValid());
     QVERIFY(!f.model.insertList(f.index({ 0 }), Enum).isValid());
     QCOMPARE(f.stack.count(), 0);
+}
+
+// The rows from the top down to `index`.
+static QList<int> path(QModelIndex index)
+{
+    QList<int> rows;
+    for (; index.isValid(); index = index.parent())
+        rows.prepend(index.row());
+    return rows;
+}
+
+// Insert after puts the new row below the selection, or at the end of a selected list, or below
+// the last row; Insert before above it, or at the start of a selected list, or above the first.
+void TestEditorModel::insertAfterAndBefore()
+{
+    Fixture f(roleTree);
+    QCOMPARE(path(f.model.insertAfter(f.index({ 3 }))), QList<int>({ 4 }));
+    QCOMPARE(f.at({ 4 })->type, Tag);
+    QVERIFY(f.at({ 4 })->name.isEmpty());
+    QCOMPARE(path(f.model.insertBefore(f.index({ 3 }))), QList<int>({ 3 }));
+    QCOMPARE(f.model.rowCount(), 8);
+
+    // row 0's enumeration list holds four rows; the bit list three
+    QCOMPARE(path(f.model.insertAfter(f.index({ 0, 1 }))), QList<int>({ 0, 1, 4 }));
+    QCOMPARE(f.at({ 0, 1, 4 })->type, Enum);
+    QCOMPARE(path(f.model.insertBefore(f.index({ 0, 0 }))), QList<int>({ 0, 0, 0 }));
+    QCOMPARE(f.at({ 0, 0, 0 })->type, Bit);
+    QCOMPARE(f.at({ 0, 0, 1 })->name, QStringLiteral("Manual"));
+    // a value gets its sibling next to it
+    QCOMPARE(path(f.model.insertAfter(f.index({ 0, 0, 1 }))), QList<int>({ 0, 0, 2 }));
+
+    QCOMPARE(path(f.model.insertAfter(QModelIndex())), QList<int>({ 8 }));
+    QCOMPARE(path(f.model.insertBefore(QModelIndex())), QList<int>({ 0 }));
+    QCOMPARE(f.model.rowCount(), 10);
+    QCOMPARE(f.at({ 1 })->name, QStringLiteral("Mode"));
+    QCOMPARE(f.stack.count(), 7);
+}
+
+// Into an empty document both put the first tag at row 0.
+void TestEditorModel::insertBeforeIntoEmptyDocument()
+{
+    Fixture f(document(""));
+    QCOMPARE(path(f.model.insertBefore(QModelIndex())), QList<int>({ 0 }));
+    QCOMPARE(f.model.rowCount(), 1);
+    f.stack.undo();
+    QCOMPARE(path(f.model.insertAfter(QModelIndex())), QList<int>({ 0 }));
+    QCOMPARE(f.at({ 0 })->type, Tag);
 }
 
 // Edge case: a bit list inserted into a tag that has only an enumeration list comes first.
