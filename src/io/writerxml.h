@@ -2,6 +2,7 @@
 
 #include "tagcodes.h"
 #include "writer.h"
+#include "xmloutput.h"
 
 #include <QLatin1String>
 #include <QList>
@@ -59,21 +60,11 @@ private:
     bool writeItemText(const Item *item);
     DisplayMode entryDisplay(const Item *item) const;
     void closeStartTag();
-    void appendMarkup(QLatin1String markup);
-    void appendText(QStringView text);
-    void appendText(QLatin1String text);
-    void appendAttribute(QLatin1String name, QStringView value, bool replaceInvalid);
-    void flushIfLarge();
-    void flush();
 
     const Item *m_top = nullptr; ///< the item writeDefinitions() was given
-    QString m_text; ///< written but not yet handed to the device
-    qsizetype m_handedOver = 0; ///< code units handed to the device before m_text
+    XmlOutput m_out; ///< the text written but not yet handed to the device
     int m_calls = 0; ///< public functions running; the outermost one flushes
     bool m_startTagOpen = false; ///< a start tag waits for its ">" or "/>"
-    bool m_textLost = false; ///< a value held a lone surrogate: later texts are not written
-    bool m_failed = false; ///< a character was dropped or a device write failed
-    bool m_deviceFailed = false; ///< the device refused a write: nothing more is written
 };
 
 } // namespace ZAT16

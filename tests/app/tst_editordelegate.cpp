@@ -3,6 +3,7 @@
 #include "editortagedit.h"
 #include "identifiervalidator.h"
 #include "item.h"
+#include "makeitem.h"
 #include "numbervalidator.h"
 #include "tagvalidator.h"
 
@@ -19,21 +20,7 @@
 #include <climits>
 
 using namespace ZAT16;
-
-namespace {
-
-Item *makeItem(ItemType type, const QString &name, bool hasId, quint64 id, const QString &comment = QString())
-{
-    auto *item = new Item;
-    item->type = type;
-    item->name = name;
-    item->hasId = hasId;
-    item->id = id;
-    item->comment = comment;
-    return item;
-}
-
-} // namespace
+using TestItems::makeItem;
 
 // One row showing one item, without fonts.
 class PlainModel : public QAbstractTableModel {

@@ -3,6 +3,7 @@
 #include "editortagedit.h"
 #include "identifiervalidator.h"
 #include "item.h"
+#include "makeitem.h"
 #include "numbervalidator.h"
 #include "tagvalidator.h"
 #include "ui_editoritemeditdialog.h"
@@ -28,16 +29,7 @@ using namespace ZAT16;
 
 namespace {
 
-Item *makeItem(ItemType type, const QString &name, bool hasId, quint64 id, DisplayMode display = {})
-{
-    auto *item = new Item;
-    item->type = type;
-    item->name = name;
-    item->hasId = hasId;
-    item->id = id;
-    item->display = display;
-    return item;
-}
+using TestItems::makeItem;
 
 // One apply() signal.
 struct Applied {
@@ -159,9 +151,11 @@ void TestEditorItemEditDialog::init()
     m_alpha->appendChild(enums);
     m_one = makeItem(Enum, "one", true, 1);
     enums->appendChild(m_one);
-    m_two = makeItem(Enum, "two", true, 2, { 3, 4 });
+    m_two = makeItem(Enum, "two", true, 2);
+    m_two->display = { 3, 4 };
     enums->appendChild(m_two);
-    m_beta = makeItem(Tag, "beta", true, 0x1002, { 3, 4 });
+    m_beta = makeItem(Tag, "beta", true, 0x1002);
+    m_beta->display = { 3, 4 };
     m_beta->secure = true;
     m_beta->comment = "second";
     root->appendChild(m_beta);

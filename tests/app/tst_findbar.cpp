@@ -7,9 +7,9 @@
 #include "findbar.h"
 #include "item.h"
 #include "modal.h"
+#include "testfiles.h"
 #include "ui_editorwindow.h"
 
-#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QSettings>
@@ -82,9 +82,7 @@ private slots:
         QCoreApplication::setApplicationName(QStringLiteral("tst_findbar"));
         QSettings().clear();
         QVERIFY(m_dir.isValid());
-        QFile file(m_dir.filePath(QStringLiteral("find.zatdef")));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(defs), defs.size());
+        QVERIFY(TestFiles::writeFile(m_dir.filePath(QStringLiteral("find.zatdef")), defs));
     }
 
     void init()

@@ -7,10 +7,10 @@
 #include "item.h"
 #include "modal.h"
 #include "problemsdock.h"
+#include "testfiles.h"
 #include "ui_editorwindow.h"
 
 #include <QDockWidget>
-#include <QFile>
 #include <QListWidget>
 #include <QSettings>
 #include <QStandardPaths>
@@ -96,9 +96,7 @@ private slots:
         QCoreApplication::setApplicationName(QStringLiteral("tst_problemsdock"));
         QSettings().clear();
         QVERIFY(m_dir.isValid());
-        QFile file(m_dir.filePath(QStringLiteral("problems.zatdef")));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(defs), defs.size());
+        QVERIFY(TestFiles::writeFile(m_dir.filePath(QStringLiteral("problems.zatdef")), defs));
     }
 
     void init()

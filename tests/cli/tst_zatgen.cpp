@@ -1,10 +1,10 @@
 // Runs the built zatgen binary and checks its exit statuses, messages and outputs.
 
 #include "testfiles.h"
+#include "zatgenrun.h"
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -12,27 +12,7 @@ namespace {
 
 using TestFiles::readFile;
 using TestFiles::writeFile;
-
-struct Run {
-    int status = -1;
-    QByteArray out;
-    QByteArray err;
-};
-
-Run zatgen(const QStringList &arguments, const QString &workingDirectory = QString())
-{
-    QProcess process;
-    if (!workingDirectory.isEmpty())
-        process.setWorkingDirectory(workingDirectory);
-    process.start(QStringLiteral(ZATGEN_PATH), arguments);
-    Run run;
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
-        return run;
-    run.status = process.exitCode();
-    run.out = process.readAllStandardOutput();
-    run.err = process.readAllStandardError();
-    return run;
-}
+using ZatgenRun::Run;
 
 QStringList canonicalFiles()
 {
@@ -90,7 +70,7 @@ private slots:
     {
         QFETCH(QStringList, arguments);
         QFETCH(QByteArray, firstLine);
-        const Run run = zatgen(arguments);
+        const Run run = ZatgenRun::run(arguments);
         QCOMPARE(run.status, 2);
         QCOMPARE(run.err.left(run.err.indexOf('\n')), firstLine);
         QVERIFY(run.out.isEmpty());
@@ -98,7 +78,7 @@ private slots:
 
     void helpAndVersion()
     {
-        Run run = zatgen({QStringLiteral("--help")});
+        Run run = ZatgenRun::run({QStringLiteral("--help")});
         QCOMPARE(run.status, 0);
         QVERIFY(run.out.startsWith("Usage: "));
         QVERIFY(run.out.contains("--xml <path>"));
@@ -106,14 +86,14 @@ private slots:
         QVERIFY(run.out.contains("--check"));
         QVERIFY(run.out.contains("--compare <old>"));
 
-        run = zatgen({QStringLiteral("--version")});
+        run = ZatgenRun::run({QStringLiteral("--version")});
         QCOMPARE(run.status, 0);
         QCOMPARE(run.out, QByteArray("zatgen " ZAT16_VERSION_TEXT "\n"));
     }
 
     void missingFile()
     {
-        const Run run = zatgen({QStringLiteral("no-such-file.zatdef")}, m_dir.path());
+        const Run run = ZatgenRun::run({QStringLiteral("no-such-file.zatdef")}, m_dir.path());
         QCOMPARE(run.status, 1);
         QCOMPARE(run.err, QByteArray("Error: Failed to open input file no-such-file.zatdef: No such file or directory\n"));
     }
@@ -124,7 +104,7 @@ private slots:
         const QString path = m_dir.filePath(QStringLiteral("range.zatdef"));
         QVERIFY(writeFile(path, "<zat16>\n  <tag name=\"A\" id=\"0x10000\"/>\n</zat16>\n"));
         const QString out = m_dir.filePath(QStringLiteral("range-out.zatdef"));
-        const Run run = zatgen({QStringLiteral("--xml"), out, path});
+        const Run run = ZatgenRun::run({QStringLiteral("--xml"), out, path});
         QCOMPARE(run.status, 1);
         QCOMPARE(run.err, QString(QStringLiteral("Error: ") + path + QStringLiteral(", Line 2, Column 30:\n  (EndElement) Tag out of range\n")).toUtf8());
         QVERIFY(!QFile::exists(out));
@@ -149,17 +129,17 @@ private slots:
         const QByteArray problems = QString(path + QStringLiteral(": problem: Tag A (0x1001): code collision with a sibling\n")
                                             + path + QStringLiteral(": problem: Tag B (0x1001): code collision with a sibling\n"))
                                         .toUtf8();
-        Run run = zatgen({QStringLiteral("--check"), path});
+        Run run = ZatgenRun::run({QStringLiteral("--check"), path});
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, expected + problems);
         QVERIFY(run.out.isEmpty());
 
-        run = zatgen({QStringLiteral("--werror"), QStringLiteral("--xml"), QStringLiteral("-"), path});
+        run = ZatgenRun::run({QStringLiteral("--werror"), QStringLiteral("--xml"), QStringLiteral("-"), path});
         QCOMPARE(run.status, 1);
         QCOMPARE(run.err, expected);
         QVERIFY(run.out.isEmpty());
 
-        run = zatgen({QStringLiteral("--xml"), QStringLiteral("-"), path});
+        run = ZatgenRun::run({QStringLiteral("--xml"), QStringLiteral("-"), path});
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, expected);
         QCOMPARE(run.out,
@@ -191,7 +171,7 @@ private slots:
                                             + path + QStringLiteral(", Line 3, Column 17:\n  Comment inside <tag> is not kept\n"))
                                         .toUtf8();
 
-        Run run = zatgen({QStringLiteral("--xml"), QStringLiteral("-"), path});
+        Run run = ZatgenRun::run({QStringLiteral("--xml"), QStringLiteral("-"), path});
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, expected);
         QCOMPARE(run.out,
@@ -205,7 +185,7 @@ private slots:
                             "  <tag name=\"B\" id=\"0xE3E9\" display=\"4u\"/>\n"
                             "</zat16>\n"));
 
-        run = zatgen({QStringLiteral("--werror"), QStringLiteral("--xml"), QStringLiteral("-"), path});
+        run = ZatgenRun::run({QStringLiteral("--werror"), QStringLiteral("--xml"), QStringLiteral("-"), path});
         QCOMPARE(run.status, 1);
         QCOMPARE(run.err, expected);
         QVERIFY(run.out.isEmpty());
@@ -214,7 +194,7 @@ private slots:
     void checkWritesNothing()
     {
         const QString out = m_dir.filePath(QStringLiteral("check-out.zatdef"));
-        const Run run = zatgen({QStringLiteral("--check"),
+        const Run run = ZatgenRun::run({QStringLiteral("--check"),
                                 QStringLiteral("--xml"),
                                 out,
                                 QStringLiteral(ZAT16_EXAMPLES "/battery-charger.zatdef")});
@@ -226,7 +206,8 @@ private slots:
     void unwritableOutput()
     {
         const QString out = m_dir.filePath(QStringLiteral("missing-dir/out.zatdef"));
-        const Run run = zatgen({QStringLiteral("--xml"), out, QStringLiteral(ZAT16_EXAMPLES "/battery-charger.zatdef")});
+        const Run run
+            = ZatgenRun::run({QStringLiteral("--xml"), out, QStringLiteral(ZAT16_EXAMPLES "/battery-charger.zatdef")});
         QCOMPARE(run.status, 3);
         QCOMPARE(run.err,
                  QString(QStringLiteral("Could not create a temporary file beside ") + out
@@ -238,7 +219,7 @@ private slots:
     {
         const QString in = QStringLiteral(ZAT16_EXAMPLES "/weather-station.zatdef");
         const QString out = m_dir.filePath(QStringLiteral("copy.zatdef"));
-        const Run run = zatgen({QStringLiteral("--xml"), out, in});
+        const Run run = ZatgenRun::run({QStringLiteral("--xml"), out, in});
         QCOMPARE(run.status, 0);
         QVERIFY(run.err.isEmpty());
         QVERIFY(run.out.isEmpty());
@@ -259,7 +240,7 @@ private slots:
         QFETCH(QString, path);
         const QByteArray original = readFile(path);
         QVERIFY(!original.isEmpty());
-        const Run run = zatgen({QStringLiteral("--xml"), QStringLiteral("-"), path});
+        const Run run = ZatgenRun::run({QStringLiteral("--xml"), QStringLiteral("-"), path});
         QCOMPARE(run.status, 0);
         QCOMPARE(run.out, original);
     }
@@ -297,17 +278,17 @@ private slots:
                       + QStringLiteral(": warning: Tag end (0x1005): name is a keyword of Lua\n"))
                   .toUtf8();
 
-        Run run = zatgen({QStringLiteral("--check"), path});
+        Run run = ZatgenRun::run({QStringLiteral("--check"), path});
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, warnings + problems);
         QVERIFY(run.out.isEmpty());
 
-        run = zatgen({QStringLiteral("--check"), QStringLiteral("--werror"), path});
+        run = ZatgenRun::run({QStringLiteral("--check"), QStringLiteral("--werror"), path});
         QCOMPARE(run.status, 1);
         QCOMPARE(run.err, warnings + problems);
 
         // Without --check the problems are not looked for.
-        run = zatgen({QStringLiteral("--xml"), QStringLiteral("-"), path});
+        run = ZatgenRun::run({QStringLiteral("--xml"), QStringLiteral("-"), path});
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, warnings);
     }
@@ -316,16 +297,16 @@ private slots:
     {
         const QString path = m_dir.filePath(QStringLiteral("keyword.zatdef"));
         QVERIFY(writeFile(path, "<zat16>\n  <tag name=\"class\" id=\"0x1001\"/>\n</zat16>\n"));
-        Run run = zatgen({QStringLiteral("--check"), path});
+        Run run = ZatgenRun::run({QStringLiteral("--check"), path});
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, QString(path + QStringLiteral(": warning: Tag class (0x1001): name is a keyword of C++ and C#\n")).toUtf8());
-        run = zatgen({QStringLiteral("--check"), QStringLiteral("--werror"), path});
+        run = ZatgenRun::run({QStringLiteral("--check"), QStringLiteral("--werror"), path});
         QCOMPARE(run.status, 1);
     }
 
     void checkCleanFileWithWerror()
     {
-        const Run run = zatgen({QStringLiteral("--check"), QStringLiteral("--werror"),
+        const Run run = ZatgenRun::run({QStringLiteral("--check"), QStringLiteral("--werror"),
                                 QStringLiteral(ZAT16_EXAMPLES "/weather-station.zatdef")});
         QCOMPARE(run.status, 0);
         QVERIFY(run.err.isEmpty());
@@ -362,7 +343,7 @@ private slots:
                           "  </tag>\n"
                           "  <tag name=\"Volume\" id=\"0x1010\"/>\n"
                           "</zat16>\n"));
-        const Run run = zatgen({QStringLiteral("--compare"), oldPath, newPath});
+        const Run run = ZatgenRun::run({QStringLiteral("--compare"), oldPath, newPath});
         QCOMPARE(run.status, 5);
         QVERIFY(run.err.isEmpty());
         QCOMPARE(run.out,
@@ -385,7 +366,7 @@ private slots:
                      .toUtf8());
 
         // The input may also come first.
-        const Run again = zatgen({newPath, QStringLiteral("--compare"), oldPath});
+        const Run again = ZatgenRun::run({newPath, QStringLiteral("--compare"), oldPath});
         QCOMPARE(again.status, 5);
         QCOMPARE(again.out, run.out);
     }
@@ -398,7 +379,7 @@ private slots:
         QVERIFY(writeFile(newPath,
                           "<zat16>\n  <tag name=\"Power\" id=\"0x2001\" comment=\"on or off\"/>\n"
                           "  <tag name=\"Level\" id=\"0x1001\"/>\n</zat16>\n"));
-        const Run run = zatgen({QStringLiteral("--compare"), oldPath, newPath});
+        const Run run = ZatgenRun::run({QStringLiteral("--compare"), oldPath, newPath});
         QCOMPARE(run.status, 0);
         QVERIFY(run.err.isEmpty());
         QCOMPARE(run.out,
@@ -416,17 +397,17 @@ private slots:
             = QString(QStringLiteral("Error: ") + bad + QStringLiteral(", Line 2, Column 30:\n  (EndElement) Tag out of range\n"))
                   .toUtf8();
 
-        Run run = zatgen({QStringLiteral("--compare"), bad, good});
+        Run run = ZatgenRun::run({QStringLiteral("--compare"), bad, good});
         QCOMPARE(run.status, 1);
         QCOMPARE(run.err, error);
         QVERIFY(run.out.isEmpty());
 
-        run = zatgen({QStringLiteral("--compare"), good, bad});
+        run = ZatgenRun::run({QStringLiteral("--compare"), good, bad});
         QCOMPARE(run.status, 1);
         QCOMPARE(run.err, error);
         QVERIFY(run.out.isEmpty());
 
-        run = zatgen({QStringLiteral("--compare"), QStringLiteral("no-such-file.zatdef"), good}, m_dir.path());
+        run = ZatgenRun::run({QStringLiteral("--compare"), QStringLiteral("no-such-file.zatdef"), good}, m_dir.path());
         QCOMPARE(run.status, 1);
         QCOMPARE(run.err, QByteArray("Error: Failed to open input file no-such-file.zatdef: No such file or directory\n"));
         QVERIFY(run.out.isEmpty());
@@ -440,12 +421,12 @@ private slots:
         const QByteArray warning
             = QString(QStringLiteral("Warning: ") + oldPath + QStringLiteral(", Line 3, Column 9:\n  Unexpected element <frob>.\n"))
                   .toUtf8();
-        Run run = zatgen({QStringLiteral("--werror"), QStringLiteral("--compare"), oldPath, good});
+        Run run = ZatgenRun::run({QStringLiteral("--werror"), QStringLiteral("--compare"), oldPath, good});
         QCOMPARE(run.status, 1);
         QCOMPARE(run.err, warning);
         QVERIFY(run.out.isEmpty());
 
-        run = zatgen({QStringLiteral("--compare"), oldPath, good});
+        run = ZatgenRun::run({QStringLiteral("--compare"), oldPath, good});
         QCOMPARE(run.status, 5);
         QCOMPARE(run.err, warning);
         QVERIFY(run.out.startsWith("Old: "));
@@ -454,7 +435,7 @@ private slots:
     void compareWithItself()
     {
         const QString path = QStringLiteral(ZAT16_EXAMPLES "/weather-station.zatdef");
-        const Run run = zatgen({QStringLiteral("--compare"), path, path});
+        const Run run = ZatgenRun::run({QStringLiteral("--compare"), path, path});
         QCOMPARE(run.status, 0);
         QCOMPARE(run.out,
                  QString(QStringLiteral("Old: ") + path + QStringLiteral("\nNew: ") + path

@@ -2,12 +2,12 @@
 // outputs whose content would not change left untouched, and --check-outputs.
 
 #include "testfiles.h"
+#include "zatgenrun.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -15,25 +15,7 @@ namespace {
 
 using TestFiles::readFile;
 using TestFiles::writeFile;
-
-struct Run {
-    int status = -1;
-    QByteArray out;
-    QByteArray err;
-};
-
-Run zatgen(const QStringList &arguments)
-{
-    QProcess process;
-    process.start(QStringLiteral(ZATGEN_PATH), arguments);
-    Run run;
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
-        return run;
-    run.status = process.exitCode();
-    run.out = process.readAllStandardOutput();
-    run.err = process.readAllStandardError();
-    return run;
-}
+using ZatgenRun::Run;
 
 bool setModified(const QString &path, const QDateTime &time)
 {
@@ -80,7 +62,7 @@ class TestZatgenOutputs : public QObject
 private slots:
     void help()
     {
-        const Run run = zatgen({QStringLiteral("--help")});
+        const Run run = ZatgenRun::run({QStringLiteral("--help")});
         QCOMPARE(run.status, 0);
         for (const char *option : {"--header <path>", "--lua <path>", "--cpp <path>", "--cpp-lut <path>", "--cs <path>",
                                    "--check-outputs"})
@@ -99,7 +81,7 @@ private slots:
     {
         QFETCH(QString, option);
         QFETCH(QString, golden);
-        const Run run = zatgen({option, QStringLiteral("-"), input});
+        const Run run = ZatgenRun::run({option, QStringLiteral("-"), input});
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, QByteArray());
         QCOMPARE(run.out, readFile(golden));
@@ -109,7 +91,8 @@ private slots:
     {
         QTemporaryDir dir;
         QVERIFY(dir.isValid());
-        const Run run = zatgen(allOutputs(QDir(dir.path())) << QStringLiteral("--header") << dir.filePath(QStringLiteral("again.h")));
+        const Run run = ZatgenRun::run(allOutputs(QDir(dir.path())) << QStringLiteral("--header")
+                                                                    << dir.filePath(QStringLiteral("again.h")));
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, QByteArray());
         QCOMPARE(run.out, QByteArray());
@@ -123,7 +106,7 @@ private slots:
         QTemporaryDir dir;
         QVERIFY(dir.isValid());
         const QDir d(dir.path());
-        QCOMPARE(zatgen(allOutputs(d)).status, 0);
+        QCOMPARE(ZatgenRun::run(allOutputs(d)).status, 0);
 
         const QDateTime old = QDateTime(QDate(2001, 2, 3), QTime(4, 5, 6), Qt::UTC);
         for (const Output &output : outputs)
@@ -138,7 +121,7 @@ private slots:
         QVERIFY(writeFile(longer, readFile(longer) + "-- local change\n"));
         QVERIFY(setModified(longer, old));
 
-        const Run run = zatgen(allOutputs(d));
+        const Run run = ZatgenRun::run(allOutputs(d));
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, QByteArray());
         for (const Output &output : outputs) {
@@ -156,13 +139,13 @@ private slots:
         QTemporaryDir dir;
         QVERIFY(dir.isValid());
         const QDir d(dir.path());
-        QCOMPARE(zatgen(allOutputs(d)).status, 0);
+        QCOMPARE(ZatgenRun::run(allOutputs(d)).status, 0);
         const QDateTime old = QDateTime(QDate(2001, 2, 3), QTime(4, 5, 6), Qt::UTC);
         for (const Output &output : outputs)
             QVERIFY(setModified(d.filePath(output.file), old));
 
         // All up to date: status 0, nothing said, nothing touched.
-        Run run = zatgen(QStringList{QStringLiteral("--check-outputs")} + allOutputs(d));
+        Run run = ZatgenRun::run(QStringList{QStringLiteral("--check-outputs")} + allOutputs(d));
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, QByteArray());
         QCOMPARE(run.out, QByteArray());
@@ -175,7 +158,7 @@ private slots:
         QVERIFY(writeFile(changed, "/* edited */\n"));
         QVERIFY(setModified(changed, old));
         QVERIFY(QFile::remove(missing));
-        run = zatgen(QStringList{QStringLiteral("--check-outputs")} + allOutputs(d));
+        run = ZatgenRun::run(QStringList{QStringLiteral("--check-outputs")} + allOutputs(d));
         QCOMPARE(run.status, 4);
         QCOMPARE(run.out, QByteArray());
         QCOMPARE(QString::fromLocal8Bit(run.err), QStringLiteral("zatgen: out of date: %1\nzatgen: out of date: %2\n").arg(changed, missing));
@@ -189,15 +172,16 @@ private slots:
         }
 
         // A run without the option brings both up to date again.
-        QCOMPARE(zatgen(allOutputs(d)).status, 0);
-        run = zatgen(QStringList{QStringLiteral("--check-outputs")} + allOutputs(d));
+        QCOMPARE(ZatgenRun::run(allOutputs(d)).status, 0);
+        run = ZatgenRun::run(QStringList{QStringLiteral("--check-outputs")} + allOutputs(d));
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, QByteArray());
     }
 
     void checkOutputsWritesNothingToStandardOutput()
     {
-        const Run run = zatgen({QStringLiteral("--check-outputs"), QStringLiteral("--lua"), QStringLiteral("-"), input});
+        const Run run
+            = ZatgenRun::run({QStringLiteral("--check-outputs"), QStringLiteral("--lua"), QStringLiteral("-"), input});
         QCOMPARE(run.status, 0);
         QCOMPARE(run.out, QByteArray());
         QCOMPARE(run.err, QByteArray());
@@ -207,7 +191,7 @@ private slots:
     {
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("missing/tags.h"));
-        const Run run = zatgen({QStringLiteral("--header"), path, input});
+        const Run run = ZatgenRun::run({QStringLiteral("--header"), path, input});
         QCOMPARE(run.status, 3);
         QCOMPARE(QString::fromLocal8Bit(run.err),
                  QStringLiteral("Could not create a temporary file beside %1: No such file or directory\n").arg(path));

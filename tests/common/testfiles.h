@@ -9,11 +9,14 @@
 namespace TestFiles {
 
 /// The whole content of `path`; "<missing>" when it cannot be read, so that a comparison that
-/// fails says so.
-inline QByteArray readFile(const QString &path)
+/// fails says so. `opened`, when given, tells whether the file could be opened.
+inline QByteArray readFile(const QString &path, bool *opened = nullptr)
 {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+    const bool open = file.open(QIODevice::ReadOnly);
+    if (opened)
+        *opened = open;
+    return open ? file.readAll() : QByteArray("<missing>");
 }
 
 /// Replaces the content of `path` with `bytes`; false when not all of it was written.

@@ -5,7 +5,9 @@
 
 #include "editormodel.h"
 #include "item.h"
+#include "makeitem.h"
 #include "parser.h"
+#include "treetext.h"
 #include "writerxml.h"
 
 #include <QAbstractItemModelTester>
@@ -19,53 +21,8 @@ namespace EditorTest {
 
 using namespace ZAT16;
 
-inline QString kindName(int type)
-{
-    switch (type) {
-    case Root:
-        return QStringLiteral("Root");
-    case Tag:
-        return QStringLiteral("Tag");
-    case Enums:
-        return QStringLiteral("Enums");
-    case Enum:
-        return QStringLiteral("Enum");
-    case Bits:
-        return QStringLiteral("Bits");
-    case Bit:
-        return QStringLiteral("Bit");
-    default:
-        return QString::number(type);
-    }
-}
-
-/// Every field of every item, one indented line each; a child whose parent pointer does not
-/// point back is marked, so that the text compares whole trees exactly.
-inline QString dumpTree(const Item *item, int indent = 0)
-{
-    if (!item)
-        return QStringLiteral("(null)\n");
-    QString line = QString(indent, QLatin1Char(' ')) + kindName(item->type);
-    if (item->hasId)
-        line += QStringLiteral(" id=0x") + QString::number(item->id, 16);
-    else if (item->id != 0)
-        line += QStringLiteral(" noid=0x") + QString::number(item->id, 16);
-    if (!item->name.isNull())
-        line += QStringLiteral(" name='") + item->name + QLatin1Char('\'');
-    if (!item->comment.isEmpty())
-        line += QStringLiteral(" comment='") + item->comment + QLatin1Char('\'');
-    if (item->display.mode || item->display.digits)
-        line += QStringLiteral(" display=%1/%2").arg(item->display.mode).arg(item->display.digits);
-    if (item->secure)
-        line += QStringLiteral(" secure");
-    line += QLatin1Char('\n');
-    for (const Item *child : item->children) {
-        if (child->parent != item)
-            line += QString(indent + 2, QLatin1Char(' ')) + QStringLiteral("(wrong parent)\n");
-        line += dumpTree(child, indent + 2);
-    }
-    return line;
-}
+using TestItems::makeItem;
+using TreeText::dumpTree;
 
 /// The definitions-file encoding of a tree.
 inline QByteArray encode(const Item *root)
@@ -97,22 +54,6 @@ inline Item *parseFile(const QString &path)
     if (!parser.parse(path))
         return nullptr;
     return parser.takeRoot();
-}
-
-/// A new item with the given fields and no children.
-inline Item *makeItem(ItemType type,
-    const QString &name = QString(),
-    bool hasId = false,
-    quint64 id = 0,
-    const QString &comment = QString())
-{
-    auto *item = new Item;
-    item->type = type;
-    item->name = name;
-    item->hasId = hasId;
-    item->id = id;
-    item->comment = comment;
-    return item;
 }
 
 /// Keeps the model's note that an insertion went to another list than the one given off the

@@ -255,7 +255,7 @@ void RandomWalk::step()
         Item *parentItem = f.model.index2item(parent);
         const int row = parentItem ? bounded(int(parentItem->children.size()) + 2) - 1 : 0;
         if (f.model.insertRow(row, parent))
-            count(QStringLiteral("new row under ") + kindName(parentItem->type));
+            count(QStringLiteral("new row under ") + TreeText::typeName(parentItem->type));
     } else if (op < 54) {
         const QModelIndex parent = pickIndex(0);
         Item *parentItem = f.model.index2item(parent);
@@ -267,7 +267,8 @@ void RandomWalk::step()
         if (inserted.isValid()) {
             const bool merged
                 = f.stack.count() > before && f.stack.text(f.stack.count() - 1) == QLatin1String("Merge data");
-            count(QStringLiteral("insert ") + kindName(kind) + (merged ? QStringLiteral(" merged") : QString()));
+            count(QStringLiteral("insert ") + TreeText::typeName(kind)
+                  + (merged ? QStringLiteral(" merged") : QString()));
         } else {
             delete item;
         }
@@ -303,7 +304,7 @@ void RandomWalk::step()
         if (pasted.isValid()) {
             const bool merged
                 = f.stack.count() > before && f.stack.text(f.stack.count() - 1) == QLatin1String("Merge data");
-            count(QStringLiteral("paste ") + kindName(m_clipboardKind)
+            count(QStringLiteral("paste ") + TreeText::typeName(m_clipboardKind)
                 + (merged ? QStringLiteral(" merged") : QString()));
         }
     } else if (op < 86) {

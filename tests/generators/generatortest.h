@@ -3,9 +3,10 @@
 // Helpers shared by the generator tests: trees from definitions text, running a writer into
 // memory, and byte-for-byte comparison that prints a unified diff on a mismatch.
 
-#include "testfiles.h"
 #include "item.h"
 #include "parser.h"
+#include "testfiles.h"
+#include "unifieddiff.h"
 #include "writer.h"
 
 #include <QByteArray>
@@ -64,23 +65,6 @@ inline QByteArray blanks(int count)
     return QByteArray(count, ' ');
 }
 
-/// A unified diff from `expected` to `actual`, with line ends made visible as "$" so that
-/// trailing blanks show.
-inline QByteArray unifiedDiff(const QByteArray &expected, const QByteArray &actual)
-{
-    QTemporaryDir dir;
-    auto visible = [](QByteArray bytes) { return bytes.replace("\n", "$\n"); };
-    const QString expectedPath = dir.filePath(QStringLiteral("expected"));
-    const QString actualPath = dir.filePath(QStringLiteral("actual"));
-    if (!dir.isValid() || !writeFile(expectedPath, visible(expected)) || !writeFile(actualPath, visible(actual)))
-        return "(no diff: temporary files could not be written)\n--- expected\n" + expected + "\n--- actual\n" + actual;
-    QProcess diff;
-    diff.start(QStringLiteral("diff"), {QStringLiteral("-u"), expectedPath, actualPath});
-    if (!diff.waitForFinished(30000))
-        return "(diff did not run)\n--- expected\n" + expected + "\n--- actual\n" + actual;
-    return diff.readAllStandardOutput();
-}
-
 /// Fails the calling test with a readable diff when the bytes differ.
 #define COMPARE_OUTPUT(actual, expected)                                                                       \
     do {                                                                                                       \
@@ -88,7 +72,7 @@ inline QByteArray unifiedDiff(const QByteArray &expected, const QByteArray &actu
         const QByteArray expected_ = (expected);                                                               \
         if (actual_ != expected_)                                                                              \
             QFAIL(("output differs from the expected text (\"$\" marks line ends):\n"                          \
-                   + GeneratorTest::unifiedDiff(expected_, actual_))                                           \
+                   + TestDiff::unifiedDiff(expected_, actual_, TestDiff::MarkedLineEnds))                      \
                       .constData());                                                                           \
     } while (false)
 

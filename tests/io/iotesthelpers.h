@@ -1,11 +1,12 @@
 #pragma once
 
-// Byte-for-byte comparison of saved texts that prints a unified diff on a mismatch, and reading
-// a text with everything the reader says about it.
+// Byte-for-byte comparison of saved texts that prints a unified diff on a mismatch, reading a
+// text with everything the reader says about it, and the messages of the reader's warnings.
 
 #include "item.h"
-#include "testfiles.h"
 #include "parser.h"
+#include "testfiles.h"
+#include "unifieddiff.h"
 
 #include <QByteArray>
 #include <QDebug>
@@ -13,6 +14,7 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -22,23 +24,6 @@ namespace IoTest {
 
 using TestFiles::readFile;
 using TestFiles::writeFile;
-
-// "diff -u expected actual", or a short note when diff cannot be run.
-inline QString unifiedDiff(const QByteArray &expected, const QByteArray &actual)
-{
-    QTemporaryDir dir;
-    if (!dir.isValid())
-        return QStringLiteral("(no temporary directory for the diff)");
-    const QString expectedPath = dir.filePath(QStringLiteral("expected"));
-    const QString actualPath = dir.filePath(QStringLiteral("actual"));
-    if (!writeFile(expectedPath, expected) || !writeFile(actualPath, actual))
-        return QStringLiteral("(cannot write the files for the diff)");
-    QProcess diff;
-    diff.start(QStringLiteral("diff"), { QStringLiteral("-u"), expectedPath, actualPath });
-    if (!diff.waitForFinished(10000))
-        return QStringLiteral("(diff did not run)");
-    return QString::fromUtf8(diff.readAllStandardOutput());
-}
 
 // What the reader made of a text: its verdict, error, warnings and tree.
 struct Loaded {
@@ -59,6 +44,17 @@ inline Loaded load(const QByteArray &data)
     return result;
 }
 
+// The message lines of the warnings, without their positions.
+inline QStringList warningMessages(const QString &warnings)
+{
+    QStringList messages;
+    for (const QString &line : warnings.split(QLatin1Char('\n'))) {
+        if (line.startsWith(QLatin1String("  ")))
+            messages << line.mid(2);
+    }
+    return messages;
+}
+
 } // namespace IoTest
 
 // Compares two byte arrays; on a mismatch prints the difference as a unified diff first.
@@ -67,6 +63,7 @@ inline Loaded load(const QByteArray &data)
         const QByteArray actual_ = (actualExpr);                                                                       \
         const QByteArray expected_ = (expectedExpr);                                                                   \
         if (actual_ != expected_)                                                                                      \
-            qWarning().noquote() << "difference (- expected, + actual):\n" << IoTest::unifiedDiff(expected_, actual_); \
+            qWarning().noquote() << "difference (- expected, + actual):\n"                                             \
+                                 << TestDiff::unifiedDiff(expected_, actual_);                                         \
         QCOMPARE(actual_, expected_);                                                                                  \
     } while (false)

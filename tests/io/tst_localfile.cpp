@@ -1,6 +1,7 @@
 // File names that survive any bytes, and opening only what is a regular file.
 
 #include "localfile.h"
+#include "testfiles.h"
 
 #include <QtTest>
 
@@ -61,11 +62,7 @@ private slots:
         QTemporaryDir dir;
         QVERIFY(dir.isValid());
         const QString file = dir.filePath(QStringLiteral("file \xE9.zatdef"));
-        {
-            QFile f(file);
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write("content");
-        }
+        QVERIFY(TestFiles::writeFile(file, "content"));
         QString reason;
         int fd = LocalFile::openForReading(file, &reason);
         QVERIFY(fd >= 0);

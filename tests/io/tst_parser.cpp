@@ -1,7 +1,9 @@
 // Tests of the definitions file parser: errors with their full diagnostic text, warnings,
 // comments and blank lines, attributes, and reading from files and buffers.
 
+#include "iotesthelpers.h"
 #include "parser.h"
+#include "treetext.h"
 
 #include <QtTest>
 
@@ -14,64 +16,6 @@
 using namespace ZAT16;
 
 namespace {
-
-QString typeWord(int type)
-{
-    switch (type) {
-    case Invalid:
-        return QStringLiteral("Invalid");
-    case Root:
-        return QStringLiteral("Root");
-    case Tag:
-        return QStringLiteral("Tag");
-    case Enums:
-        return QStringLiteral("Enums");
-    case Enum:
-        return QStringLiteral("Enum");
-    case Bits:
-        return QStringLiteral("Bits");
-    case Bit:
-        return QStringLiteral("Bit");
-    }
-    return QString::number(type);
-}
-
-// The tree as indented lines, one item a line: blank-line items as "blank", comment items as
-// "<!--text-->", other items with their name and the fields that are set.
-void appendTree(QString &out, const Item *item, int depth)
-{
-    out += QString(2 * depth, QLatin1Char(' ')) + typeWord(item->type);
-    if (item->isNewline()) {
-        out += QStringLiteral(" blank");
-    } else if (item->isComment()) {
-        out += QStringLiteral(" <!--") + item->comment + QStringLiteral("-->");
-    } else {
-        if (!item->name.isEmpty())
-            out += QLatin1Char(' ') + item->name;
-        if (item->hasId)
-            out += QStringLiteral(" id=0x") + QString::number(item->id, 16).toUpper();
-        if (!item->comment.isEmpty())
-            out += QStringLiteral(" comment=\"") + item->comment + QLatin1Char('"');
-        if (item->secure)
-            out += QStringLiteral(" secure");
-        if (item->display.mode != 0 || item->display.digits != 0)
-            out += QStringLiteral(" display=%1/%2").arg(item->display.mode).arg(item->display.digits);
-    }
-    out += QLatin1Char('\n');
-    for (const Item *child : item->children) {
-        if (child->parent != item)
-            out += QStringLiteral("!! wrong parent\n");
-        appendTree(out, child, depth + 1);
-    }
-}
-
-QString treeText(const Item *root)
-{
-    QString out;
-    if (root)
-        appendTree(out, root, 0);
-    return out;
-}
 
 struct Result {
     bool ok = false;
@@ -88,7 +32,7 @@ Result parseText(const QByteArray &data)
     if (!result.ok)
         result.error = parser.formatError();
     result.warnings = parser.warnings;
-    result.tree = treeText(parser.root);
+    result.tree = TreeText::outline(parser.root);
     return result;
 }
 
@@ -340,7 +284,7 @@ void TestParser::takeRoot()
         QVERIFY(parser.takeRoot() == nullptr);
     }
     // the tree outlives the parser
-    QCOMPARE(treeText(root.get()), QStringLiteral("Root\n  Tag A id=0x1001\n"));
+    QCOMPARE(TreeText::outline(root.get()), QStringLiteral("Root\n  Tag A id=0x1001\n"));
     QVERIFY(root->parent == nullptr);
 }
 
@@ -368,7 +312,7 @@ void TestParser::repeatedParse()
     QVERIFY(parser.parse(data));
     QVERIFY(parser.parse(data));
     QCOMPARE(parser.warnings, QString());
-    QCOMPARE(treeText(parser.root), QStringLiteral("Root\n  Tag A id=0x1001\n"));
+    QCOMPARE(TreeText::outline(parser.root), QStringLiteral("Root\n  Tag A id=0x1001\n"));
 
     // a failed parse leaves no tree behind
     QVERIFY(!parser.parse(QByteArray("")));
@@ -860,17 +804,6 @@ void TestParser::doubleTagAcrossFile()
         "Root\n  Tag A id=0x1001\n    Tag B id=0x1002\n  Tag B id=0x1002\n");
 }
 
-// The message lines of the warnings, without their positions.
-QStringList warningMessages(const QString &warnings)
-{
-    QStringList messages;
-    for (const QString &line : warnings.split(QLatin1Char('\n'))) {
-        if (line.startsWith(QLatin1String("  ")))
-            messages << line.mid(2);
-    }
-    return messages;
-}
-
 void TestParser::doublesInListsLongAndShort_data()
 {
     QTest::addColumn<int>("length");
@@ -927,7 +860,7 @@ void TestParser::doublesInListsLongAndShort()
     const Result result = parseText("<zat16>\n  <tag name=\"T\" id=\"0x1001\">\n    <enums>\n" + body
                                     + "    </enums>\n  </tag>\n</zat16>\n");
     QVERIFY2(result.ok, qPrintable(result.error));
-    QCOMPARE(warningMessages(result.warnings), expected);
+    QCOMPARE(IoTest::warningMessages(result.warnings), expected);
 }
 
 void TestParser::equalTextsShared()
@@ -1555,7 +1488,7 @@ void TestParser::parseFile()
         QStringLiteral("Warning: %1, Line 4, Column 29:\n  Double tag code 0x1001\n"
                        "Warning: %1, Line 5, Column 12:\n  Unexpected element <unknown>.\n")
             .arg(path));
-    QCOMPARE(treeText(parser.root),
+    QCOMPARE(TreeText::outline(parser.root),
         QStringLiteral("Root\n"
                        "  Tag A id=0x1001\n"
                        "  Tag B id=0x1001\n"
@@ -1595,7 +1528,7 @@ void TestParser::verboseTrace()
     QTest::ignoreMessage(QtDebugMsg, "tt=EndElement name=\"zat16\" text=\"\"");
     QTest::ignoreMessage(QtDebugMsg, "tt=EndDocument name=\"\" text=\"\"");
     QVERIFY(parser.parse(QByteArray("<zat16/>")));
-    QCOMPARE(treeText(parser.root), QStringLiteral("Root\n"));
+    QCOMPARE(TreeText::outline(parser.root), QStringLiteral("Root\n"));
 }
 
 void TestParser::unexpectedEndElementAtTopLevel()
@@ -1718,7 +1651,8 @@ void TestParser::trimNewlinesFromEnd()
     addChild(QString(), QString());
     addChild(QString(), QString());
     parser.trimNewlines(&parent);
-    QCOMPARE(treeText(&parent), QStringLiteral("Enums\n  Enum blank\n  Enum A\n  Enum blank\n  Enum <!--c-->\n"));
+    QCOMPARE(TreeText::outline(&parent),
+             QStringLiteral("Enums\n  Enum blank\n  Enum A\n  Enum blank\n  Enum <!--c-->\n"));
 
     Item onlyBlanks;
     onlyBlanks.type = Root;

@@ -20,6 +20,7 @@ namespace {
 
 using IoTest::Loaded;
 using IoTest::load;
+using IoTest::warningMessages;
 
 QByteArray nested(const QByteArray &open, const QByteArray &close, int levels)
 {
@@ -69,17 +70,6 @@ const QString attributeListRefused = QStringLiteral("Error: data, Line 1, Column
                                                     "  (Invalid) Attribute-list declarations are not supported");
 const QString tooManyAttributes = QStringLiteral("Error: data, Line 1, Column 0:\n"
                                                  "  (Invalid) Elements with more than 256 attributes are not supported");
-
-// The message lines of the warnings, without their positions.
-QStringList warningMessages(const QString &warnings)
-{
-    QStringList messages;
-    for (const QString &line : warnings.split(QLatin1Char('\n'))) {
-        if (line.startsWith(QLatin1String("  ")))
-            messages << line.mid(2);
-    }
-    return messages;
-}
 
 const Item *firstEnum(const Item *root)
 {

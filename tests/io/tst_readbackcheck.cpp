@@ -3,6 +3,7 @@
 // that would not come back is named.
 
 #include "item.h"
+#include "makeitem.h"
 #include "parser.h"
 #include "readbackcheck.h"
 #include "writerxml.h"
@@ -18,12 +19,7 @@ namespace {
 Item *add(Item *parent, ItemType type, const QString &name = QString(), bool hasId = false, quint64 id = 0,
           const QString &comment = QString())
 {
-    auto *item = new Item;
-    item->type = type;
-    item->name = name;
-    item->hasId = hasId;
-    item->id = id;
-    item->comment = comment;
+    Item *item = TestItems::makeItem(type, name, hasId, id, comment);
     if (parent)
         parent->appendChild(item);
     return item;

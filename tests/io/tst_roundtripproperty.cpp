@@ -4,6 +4,7 @@
 // compared byte by byte.
 
 #include "item.h"
+#include "testfiles.h"
 #include "treemaker.h"
 #include "parser.h"
 #include "writerxml.h"
@@ -75,10 +76,7 @@ private slots:
 
         // On a failure the saved text is kept for a look.
         const QString keep = QDir::temp().filePath(QStringLiteral("zat16-roundtrip-seed-%1.zatdef").arg(seed));
-        QFile file(keep);
-        if (file.open(QIODevice::WriteOnly))
-            file.write(saved);
-        file.close();
+        TestFiles::writeFile(keep, saved);
 
         Parser parser;
         QVERIFY2(parser.parse(saved), qPrintable(parser.formatError() + QStringLiteral("\nsaved: ") + keep));

@@ -5,6 +5,7 @@
 #include "item.h"
 #include "parser.h"
 #include "savesequence.h"
+#include "testfiles.h"
 #include "writerxml.h"
 
 #include <QtTest>
@@ -29,20 +30,8 @@ using namespace ZAT16;
 
 namespace {
 
-QByteArray readFile(const QString &path, bool *exists = nullptr)
-{
-    QFile file(path);
-    const bool open = file.open(QIODevice::ReadOnly);
-    if (exists)
-        *exists = open;
-    return open ? file.readAll() : QByteArray();
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
-}
+using TestFiles::readFile;
+using TestFiles::writeFile;
 
 std::unique_ptr<Item> load(const QString &path)
 {

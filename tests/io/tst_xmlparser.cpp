@@ -1,5 +1,6 @@
 // Tests of the diagnostic XML reader, driven through a small grammar defined here.
 
+#include "testfiles.h"
 #include "xmlparser.h"
 
 #include <QtTest>
@@ -153,11 +154,7 @@ void TestXmlParser::parseFileSetsFileName()
     QTemporaryDir dir;
     QVERIFY(dir.isValid());
     const QString path = dir.filePath(QStringLiteral("a.xml"));
-    {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("<r>\n  <b/>\n</r>\n");
-    }
+    QVERIFY(TestFiles::writeFile(path, "<r>\n  <b/>\n</r>\n"));
     ScriptedParser p;
     QString seenName;
     p.grammar = [&](ScriptedParser &self) {

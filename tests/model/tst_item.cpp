@@ -2,6 +2,7 @@
 // inheritance and the debugging dump.
 
 #include "item.h"
+#include "makeitem.h"
 
 #include <QtTest>
 
@@ -15,19 +16,11 @@ using namespace ZAT16;
 
 namespace {
 
-Item *makeItem(ItemType type, const QString &name = QString(), quint64 id = 0, bool hasId = false)
-{
-    auto *item = new Item;
-    item->type = type;
-    item->name = name;
-    item->id = id;
-    item->hasId = hasId;
-    return item;
-}
+using TestItems::makeItem;
 
 Item *makeNumbered(ItemType type, const QString &name, quint64 id)
 {
-    return makeItem(type, name, id, true);
+    return makeItem(type, name, true, id);
 }
 
 Item *makeComment(ItemType type, const QString &text)
@@ -530,7 +523,7 @@ void TestItem::findButIdNeedsHasId()
 {
     Item parent;
     parent.appendChild(makeComment(Enum, QStringLiteral("a comment")));
-    parent.appendChild(makeItem(Enum, QStringLiteral("NoId"), 7, false));
+    parent.appendChild(makeItem(Enum, QStringLiteral("NoId"), false, 7));
     parent.appendChild(makeNumbered(Enum, QStringLiteral("Zero"), 0));
 
     QCOMPARE(parent.findBut(0u, nullptr), 2);
@@ -618,8 +611,8 @@ void TestItem::findCollision()
     Item parent;
     parent.type = Enums;
     parent.appendChild(makeNumbered(Enum, QStringLiteral("Other"), 99));
-    Item *item = makeItem(Enum, name, id, hasId);
-    Item *sibling = makeItem(Enum, siblingName, siblingId, siblingHasId);
+    Item *item = makeItem(Enum, name, hasId, id);
+    Item *sibling = makeItem(Enum, siblingName, siblingHasId, siblingId);
     parent.appendChild(item);
     parent.appendChild(makeComment(Enum, QStringLiteral("between")));
     parent.appendChild(sibling);
@@ -710,7 +703,7 @@ void TestItem::enumCount()
         else if (part == QLatin1String("n"))
             enums.appendChild(makeBlank(Enum));
         else if (part == QLatin1String("-"))
-            enums.appendChild(makeItem(Enum, QStringLiteral("NoId"), 0, false));
+            enums.appendChild(makeItem(Enum, QStringLiteral("NoId"), false, 0));
         else
             enums.appendChild(makeNumbered(Enum, QStringLiteral("V%1").arg(part), part.toULongLong()));
     }
@@ -772,7 +765,7 @@ static Item *specialItem()
     QFETCH(QString, comment);
     QFETCH(bool, withChild);
 
-    Item *item = makeItem(ItemType(type), name, 0, hasId);
+    Item *item = makeItem(ItemType(type), name, hasId, 0);
     item->comment = comment;
     if (withChild)
         item->appendChild(makeItem(Enum));
@@ -872,7 +865,7 @@ void TestItem::isValid()
     QFETCH(int, askedType);
     QFETCH(bool, valid);
 
-    std::unique_ptr<Item> item(makeItem(ItemType(itemType), name, 1, hasId));
+    std::unique_ptr<Item> item(makeItem(ItemType(itemType), name, hasId, 1));
     QCOMPARE(item->isValid(ItemType(askedType)), valid);
 }
 

@@ -1,4 +1,5 @@
 #include "filechangedwidget.h"
+#include "testfiles.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -13,6 +14,8 @@
 #include <QtTest>
 
 #include <cstdio>
+
+using TestFiles::writeFile;
 
 static QString const changedText
     = QStringLiteral("The file defs.zatdef has been changed outside this application. Do you want to reload?");
@@ -57,7 +60,6 @@ private slots:
     void noticeKeepsWatching();
 
 private:
-    bool writeFile(QString const &path, QByteArray const &contents);
     QLabel *label() const { return m_banner->findChild<QLabel *>("m_lbl_message"); }
     QPushButton *button(char const *name) const { return m_banner->findChild<QPushButton *>(name); }
     QFileSystemWatcher *watcher() const
@@ -101,16 +103,6 @@ void TestFileChangedWidget::cleanup()
     m_banner = nullptr;
     delete m_dir;
     m_dir = nullptr;
-}
-
-bool TestFileChangedWidget::writeFile(QString const &path, QByteArray const &contents)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    bool const ok = file.write(contents) == contents.size();
-    file.close();
-    return ok;
 }
 
 bool TestFileChangedWidget::showsChanged() const
