@@ -16,6 +16,7 @@
 #include "savesequence.h"
 #include "tools.h"
 #include "windowlayout.h"
+#include "editorsettings.h"
 #include "codewriter.h"
 
 #include <QApplication>
@@ -35,7 +36,6 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
-#include <QSettings>
 #include <QSyntaxHighlighter>
 #include <QTextCursor>
 #include <QTextEdit>
@@ -49,31 +49,6 @@
 #include <sys/stat.h>
 
 namespace ZAT16 {
-
-namespace {
-
-const QString keyFixedFont = QStringLiteral("ZAT16Editor/FixedFont");
-const QString keyCommentFont = QStringLiteral("ZAT16Editor/CommentFont");
-const QString keyLastOpenPath = QStringLiteral("ZAT16Editor/LastOpenPath");
-const QString keyLastSaveAsPath = QStringLiteral("ZAT16Editor/LastSaveAsPath");
-const QString keyLastViewerSavePath = QStringLiteral("ZAT16Editor/LastViewerSavePath");
-
-// A settings value that must be a text (a font, a path): anything else, such as bytes another
-// program left there, reads as empty and so leaves the default.
-QString settingsString(const QSettings &settings, const QString &key)
-{
-    const QVariant value = settings.value(key);
-    if (value.typeId() != QMetaType::QString)
-        return QString();
-    const QString text = value.toString();
-    for (QChar c : text) {
-        if (c.unicode() < 0x20 || c.category() == QChar::Other_Control)
-            return QString();
-    }
-    return text;
-}
-
-} // namespace
 
 EditorWindow::EditorWindow(QWidget *parent)
     : QMainWindow(parent)
@@ -193,13 +168,10 @@ EditorWindow::EditorWindow(QWidget *parent)
     // Settings that are missing or unreadable leave the defaults. The layout comes back only
     // with its check intact, as Qt's restore functions crash on some damaged bytes.
     WindowLayout::restore(this, view->header());
-    QSettings settings;
     QFont font;
-    const QString fixedFont = settingsString(settings, keyFixedFont);
-    if (!fixedFont.isEmpty() && font.fromString(fixedFont))
+    if (EditorSettings::readFont(EditorSettings::FixedFont, &font))
         m_model->setFixedFont(font);
-    const QString commentFont = settingsString(settings, keyCommentFont);
-    if (!commentFont.isEmpty() && font.fromString(commentFont))
+    if (EditorSettings::readFont(EditorSettings::CommentFont, &font))
         m_model->setCommentFont(font);
 
     // The form's placeholder title never shows, not even on a box that opening a file at start
@@ -223,7 +195,7 @@ void EditorWindow::initialize(const QString &path, const QString &displayName)
 {
     QString p = path;
     if (p.isEmpty())
-        p = settingsString(QSettings(), keyLastOpenPath);
+        p = EditorSettings::text(EditorSettings::LastOpenPath);
     m_displayName = !displayName.isEmpty() ? displayName : (p.isEmpty() ? QString() : QFileInfo(p).fileName());
     if (!p.isEmpty()) {
         // Unsaved changes are offered also for a file that is gone (instead of the error that
@@ -504,7 +476,7 @@ void EditorWindow::onFixedFont()
     if (!ok)
         return;
     m_model->setFixedFont(font);
-    QSettings().setValue(keyFixedFont, font.toString());
+    EditorSettings::writeFont(EditorSettings::FixedFont, font);
 }
 
 void EditorWindow::onCommentFont()
@@ -515,7 +487,7 @@ void EditorWindow::onCommentFont()
     if (!ok)
         return;
     m_model->setCommentFont(font);
-    QSettings().setValue(keyCommentFont, font.toString());
+    EditorSettings::writeFont(EditorSettings::CommentFont, font);
 }
 
 // Generated-code viewers
@@ -553,15 +525,11 @@ QDialog *EditorWindow::createViewer(const QString &title, QSyntaxHighlighter *hi
     }
     outer->addWidget(buttons);
     connect(saveAs, &QPushButton::clicked, dialog, [this, dialog, text]() {
-        QSettings settings;
-        QString start = settingsString(settings, keyLastViewerSavePath);
-        if (start.isEmpty())
-            start = Tools::documentsPath();
-        const QString path = QFileDialog::getSaveFileName(dialog, tr("Save generated text"), start);
+        const QString path = QFileDialog::getSaveFileName(
+            dialog, tr("Save generated text"), EditorSettings::startPath(EditorSettings::LastViewerSavePath));
         if (path.isEmpty())
             return;
-        settings.setValue(keyLastViewerSavePath, path);
-        settings.sync();
+        EditorSettings::writePath(EditorSettings::LastViewerSavePath, path);
         saveText(path, text);
     });
     connect(copyAll, &QPushButton::clicked, dialog, [text]() { QGuiApplication::clipboard()->setText(text); });
@@ -647,16 +615,12 @@ void EditorWindow::onOpen()
 {
     if (!canDiscard())
         return;
-    QSettings settings;
-    QString start = settingsString(settings, keyLastOpenPath);
-    if (start.isEmpty())
-        start = Tools::documentsPath();
-    const QString path = QFileDialog::getOpenFileName(this, tr("Open ZAT16 definitions"), start, fileFilter());
+    const QString path = QFileDialog::getOpenFileName(
+        this, tr("Open ZAT16 definitions"), EditorSettings::startPath(EditorSettings::LastOpenPath), fileFilter());
     if (path.isEmpty())
         return;
     // Stored before loading, so that a file that fails to load is still offered next time.
-    settings.setValue(keyLastOpenPath, path);
-    settings.sync();
+    EditorSettings::writePath(EditorSettings::LastOpenPath, path);
     Item *root = loadDefinitionFile(path);
     if (!root)
         return;
@@ -697,15 +661,11 @@ void EditorWindow::onSaveAs()
 
 bool EditorWindow::saveAs()
 {
-    QSettings settings;
-    QString start = settingsString(settings, keyLastSaveAsPath);
-    if (start.isEmpty())
-        start = Tools::documentsPath();
-    const QString path = QFileDialog::getSaveFileName(this, tr("Save ZAT16 definitions"), start, fileFilter());
+    const QString path = QFileDialog::getSaveFileName(
+        this, tr("Save ZAT16 definitions"), EditorSettings::startPath(EditorSettings::LastSaveAsPath), fileFilter());
     if (path.isEmpty())
         return false;
-    settings.setValue(keyLastSaveAsPath, path);
-    settings.sync();
+    EditorSettings::writePath(EditorSettings::LastSaveAsPath, path);
     if (!save(path))
         return false;
     m_displayName = QFileInfo(path).fileName();
@@ -977,7 +937,7 @@ void EditorWindow::onPreviousProblem()
 
 void EditorWindow::onCompare()
 {
-    QString start = m_fileName.isEmpty() ? settingsString(QSettings(), keyLastOpenPath) : m_fileName;
+    QString start = m_fileName.isEmpty() ? EditorSettings::text(EditorSettings::LastOpenPath) : m_fileName;
     start = start.isEmpty() ? Tools::documentsPath() : QFileInfo(start).absolutePath();
     const QString path
         = QFileDialog::getOpenFileName(this, tr("Compare with an older version"), start, fileFilter());
