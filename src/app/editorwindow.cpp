@@ -45,6 +45,7 @@
 #include <QVBoxLayout>
 
 #include <memory>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -835,42 +836,38 @@ bool EditorWindow::reload(const QString &path)
     return true;
 }
 
-// Floating docks follow the main window.
+// Floating docks follow the main window: hidden with it, they come back when it is shown again.
 
 void EditorWindow::hideEvent(QHideEvent *event)
 {
-    if (m_undoDock->isFloating() && m_undoDock->isVisible()) {
-        m_undoDock->hide();
-        m_undoDockWasVisible = true;
-    }
-    if (m_messageDock->isFloating() && m_messageDock->isVisible()) {
-        m_messageDock->hide();
-        m_messageDockWasVisible = true;
-    }
-    if (m_problemsDock->isFloating() && m_problemsDock->isVisible()) {
-        m_problemsDock->hide();
-        m_problemsDockWasVisible = true;
-    }
+    docksFollowWindow(false);
     QMainWindow::hideEvent(event);
 }
 
 void EditorWindow::showEvent(QShowEvent *event)
 {
     QMainWindow::showEvent(event);
-    if (m_undoDockWasVisible) {
-        m_undoDock->showNormal();
-        m_undoDockWasVisible = false;
-    }
-    if (m_messageDockWasVisible) {
-        m_messageDock->showNormal();
-        m_messageDockWasVisible = false;
-    }
-    if (m_problemsDockWasVisible) {
-        m_problemsDock->showNormal();
-        m_problemsDockWasVisible = false;
-    }
+    docksFollowWindow(true);
     // Restoring the layout did not crash this start.
     WindowLayout::windowShown(this);
+}
+
+void EditorWindow::docksFollowWindow(bool shown)
+{
+    const std::pair<QDockWidget *, bool *> docks[] = {
+        {m_undoDock, &m_undoDockWasVisible},
+        {m_messageDock, &m_messageDockWasVisible},
+        {m_problemsDock, &m_problemsDockWasVisible},
+    };
+    for (const auto &[dock, wasVisible] : docks) {
+        if (shown && *wasVisible) {
+            dock->showNormal();
+            *wasVisible = false;
+        } else if (!shown && dock->isFloating() && dock->isVisible()) {
+            dock->hide();
+            *wasVisible = true;
+        }
+    }
 }
 
 // Find, problems and the comparison with another version

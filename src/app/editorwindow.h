@@ -138,6 +138,8 @@ private:
     bool mayOverwrite(const QString &path);
     bool isDocumentFile(const QString &path) const;
     bool offerRecovery(const QString &document, const QDateTime &notBefore);
+    /// Floating docks hide with the window (`shown` false) and come back when it shows again.
+    void docksFollowWindow(bool shown);
 
     Ui_ZAT16EditorWindow *m_ui;
     QString m_fileName;
