@@ -5,22 +5,20 @@
 #include "codeviewer.h"
 #include "editordelegate.h"
 #include "editordocument.h"
-#include "editoritemeditdialog.h"
 #include "editormodel.h"
 #include "editorsettings.h"
 #include "findbar.h"
 #include "problemsdock.h"
 #include "recovery.h"
+#include "treeediting.h"
 #include "windowlayout.h"
 
 #include <QApplication>
-#include <QClipboard>
 #include <QCloseEvent>
 #include <QDockWidget>
 #include <QFontDialog>
 #include <QHeaderView>
 #include <QMessageBox>
-#include <QMimeData>
 #include <QTextCursor>
 #include <QTextEdit>
 #include <QToolTip>
@@ -98,6 +96,7 @@ EditorWindow::EditorWindow(QWidget *parent)
     connect(m_document, &EditorDocument::opened, this, &EditorWindow::opened);
     connect(m_document, &EditorDocument::saved, this, &EditorWindow::saved);
     m_viewer = new CodeViewer(this, m_document);
+    m_editing = new TreeEditing(this);
 
     FindBar *find = m_ui->m_wdg_find;
     find->hide();
@@ -310,66 +309,6 @@ void EditorWindow::addList(ItemType type)
     const QModelIndex list = m_model->insertList(selected, type);
     if (list.isValid())
         setCurrentItem(list);
-}
-
-void EditorWindow::onCut()
-{
-    if (QMimeData *data = m_model->cut(m_ui->m_view->selectedItem()))
-        QGuiApplication::clipboard()->setMimeData(data, QClipboard::Clipboard);
-    updateActions();
-}
-
-void EditorWindow::onCopy()
-{
-    if (QMimeData *data = m_model->copy(m_ui->m_view->selectedItem()))
-        QGuiApplication::clipboard()->setMimeData(data, QClipboard::Clipboard);
-}
-
-void EditorWindow::onPaste()
-{
-    const QModelIndex selected = m_ui->m_view->selectedItem();
-    const QMimeData *data = QGuiApplication::clipboard()->mimeData(QClipboard::Clipboard);
-    if (!selected.isValid() || !data)
-        return;
-    const QModelIndex pasted = m_model->paste(selected, data);
-    if (!pasted.isValid())
-        return;
-    setCurrentItem(pasted);
-    const QModelIndex parent = pasted.parent();
-    const Item *parentItem = m_model->index2item(parent);
-    if (parent.isValid() && parentItem && parentItem->type == Tag)
-        m_ui->m_view->expand(parent);
-}
-
-void EditorWindow::onDelete()
-{
-    const QModelIndex selected = m_ui->m_view->selectedItem();
-    if (!selected.isValid())
-        return;
-    const int row = selected.row();
-    const QModelIndex parent = selected.parent();
-    if (m_model->removeRow(row, parent))
-        setCurrentItem(m_model->index(row, 0, parent));
-    updateActions();
-}
-
-void EditorWindow::onDoubleClicked(const QModelIndex &index)
-{
-    const Item *item = m_model->index2item(index);
-    if (!index.isValid() || !item || !(item->type == Tag || item->type == Enum || item->type == Bit))
-        return;
-    // Comment lines and blank lines have the type of their neighbours but nothing to edit.
-    if (item->isComment() || item->isNewline())
-        return;
-    EditorItemEditDialog dialog(this);
-    dialog.setData(item);
-    connect(&dialog, &EditorItemEditDialog::apply, this, &EditorWindow::onApplyItem);
-    dialog.exec();
-}
-
-void EditorWindow::onApplyItem(const Item *item, const ItemData &data)
-{
-    m_model->setItemData(m_model->item2index(item), data);
 }
 
 void EditorWindow::onExpanded(const QModelIndex &index)

@@ -2,6 +2,7 @@
 
 #include "codeviewer.h"
 #include "editordocument.h"
+#include "treeediting.h"
 #include "item.h"
 #include "outputs.h"
 
@@ -103,12 +104,12 @@ public slots:
     void onInsertAfter();
     void onAddEnums();
     void onAddBits();
-    void onCut();
-    void onCopy();
-    void onPaste();
-    void onDelete();
-    void onDoubleClicked(const QModelIndex &index);
-    void onApplyItem(const ZAT16::Item *item, const ZAT16::ItemData &data);
+    void onCut() { m_editing->cut(); }
+    void onCopy() { m_editing->copy(); }
+    void onPaste() { m_editing->paste(); }
+    void onDelete() { m_editing->remove(); }
+    void onDoubleClicked(const QModelIndex &index) { m_editing->edit(index); }
+    void onApplyItem(const ZAT16::Item *item, const ZAT16::ItemData &data) { m_editing->apply(item, data); }
     void onExpanded(const QModelIndex &index);
     void onFixedFont();
     void onCommentFont();
@@ -155,6 +156,7 @@ private:
     Recovery *m_recovery;
     EditorDocument *m_document;
     CodeViewer *m_viewer;
+    TreeEditing *m_editing;
 };
 
 } // namespace ZAT16
