@@ -1,13 +1,14 @@
 #pragma once
 
-#include "filestamp.h"
+#include "codeviewer.h"
+#include "editordocument.h"
+#include "treeediting.h"
 #include "item.h"
 #include "outputs.h"
 
 #include <QMainWindow>
 #include <QModelIndex>
 
-class QDateTime;
 class QDockWidget;
 class QSyntaxHighlighter;
 class QTextEdit;
@@ -22,9 +23,11 @@ class FindBar;
 class ProblemsDock;
 class Recovery;
 
-/// The editor's single main window: the definitions tree with its actions, menus and docks, the
-/// title that follows the undo stack's clean state, opening and saving with one backup, the
-/// banner that reports changes made by other programs, and the recovery of unsaved changes.
+/// The editor's single main window: the definitions tree with its actions, menus and docks, and
+/// the title that follows the undo stack's clean state. The document's file (opening, saving with
+/// one backup, reloading, the banner that reports changes made by other programs, the recovery of
+/// unsaved changes) is EditorDocument's, the viewers of generated text are CodeViewer's; the
+/// window's functions of the same names hand over to them.
 class EditorWindow : public QMainWindow
 {
     Q_OBJECT
@@ -35,26 +38,29 @@ public:
 
     /// Opens `path`, or the file last chosen in the Open dialog when `path` is empty. The title
     /// shows `displayName`, or the file's name when that is empty.
-    void initialize(const QString &path, const QString &displayName);
+    void initialize(const QString &path, const QString &displayName) { m_document->initialize(path, displayName); }
 
     /// Parses one file and reports problems; the caller owns the returned root (null on failure).
-    Item *loadDefinitionFile(const QString &path);
+    Item *loadDefinitionFile(const QString &path) { return m_document->loadDefinitionFile(path); }
     /// Saves with the file change watcher paused.
-    bool save(const QString &path);
+    bool save(const QString &path) { return m_document->save(path); }
     /// The save sequence proper: temporary file, one backup generation, rename into place.
-    bool dosave(const QString &path);
+    bool dosave(const QString &path) { return m_document->dosave(path); }
     /// Asks before unsaved changes are lost; true when they may be dropped.
-    bool canDiscard();
+    bool canDiscard() { return m_document->canDiscard(); }
     /// Ends the program without a question, for SIGTERM: unsaved changes go to the recovery
     /// file, which the next start offers.
     void terminate();
 
     /// Opens a read-only viewer of generated text, with the buttons "Save as..." (writes exactly
     /// `text`, UTF-8) and "Copy all".
-    QDialog *createViewer(const QString &title, QSyntaxHighlighter *highlighter, const QString &text);
+    QDialog *createViewer(const QString &title, QSyntaxHighlighter *highlighter, const QString &text)
+    {
+        return m_viewer->createViewer(title, highlighter, text);
+    }
     /// Writes `text` UTF-8 encoded to `path` through a temporary file and a rename; failures
     /// are reported with error(). True on success.
-    bool saveText(const QString &path, const QString &text);
+    bool saveText(const QString &path, const QString &text) { return m_viewer->saveText(path, text); }
 
     /// Opens the find bar with `text` and selects the first match.
     void showFindBar(const QString &text);
@@ -62,21 +68,23 @@ public:
     void showProblems();
     /// Compares the file at `oldPath` (the older version) with the open document and shows the
     /// report in a viewer; null when the file cannot be read (the error has been shown).
-    QDialog *showCompareReport(const QString &oldPath);
+    QDialog *showCompareReport(const QString &oldPath) { return m_viewer->showCompareReport(oldPath); }
     /// Makes `index` current, expanding its parents and scrolling it into view.
     void showItem(const QModelIndex &index);
 
     Ui_ZAT16EditorWindow *ui() const { return m_ui; }
     EditorModel *model() const { return m_model; }
     QUndoStack *undoStack() const { return m_undoStack; }
-    QString fileName() const { return m_fileName; }
-    QString displayName() const { return m_displayName; }
+    QString fileName() const { return m_document->fileName(); }
+    QString displayName() const { return m_document->displayName(); }
     QDockWidget *undoDock() const { return m_undoDock; }
     QDockWidget *messageDock() const { return m_messageDock; }
     QTextEdit *messages() const { return m_messages; }
     FindBar *findBar() const;
     ProblemsDock *problemsDock() const { return m_problemsDock; }
     Recovery *recovery() const { return m_recovery; }
+    EditorDocument *document() const { return m_document; }
+    CodeViewer *viewer() const { return m_viewer; }
 
 signals:
     void saved(ZAT16::Item *root, const QString &path);
@@ -96,33 +104,33 @@ public slots:
     void onInsertAfter();
     void onAddEnums();
     void onAddBits();
-    void onCut();
-    void onCopy();
-    void onPaste();
-    void onDelete();
-    void onDoubleClicked(const QModelIndex &index);
-    void onApplyItem(const ZAT16::Item *item, const ZAT16::ItemData &data);
+    void onCut() { m_editing->cut(); }
+    void onCopy() { m_editing->copy(); }
+    void onPaste() { m_editing->paste(); }
+    void onDelete() { m_editing->remove(); }
+    void onDoubleClicked(const QModelIndex &index) { m_editing->edit(index); }
+    void onApplyItem(const ZAT16::Item *item, const ZAT16::ItemData &data) { m_editing->apply(item, data); }
     void onExpanded(const QModelIndex &index);
     void onFixedFont();
     void onCommentFont();
-    void onViewHeader();
-    void onViewLua();
-    void onViewCpp();
-    void onViewCppLut();
-    void onViewCs();
+    void onViewHeader() { onViewOutput(Outputs::Header); }
+    void onViewLua() { onViewOutput(Outputs::Lua); }
+    void onViewCpp() { onViewOutput(Outputs::Cpp); }
+    void onViewCppLut() { onViewOutput(Outputs::CppLut); }
+    void onViewCs() { onViewOutput(Outputs::Cs); }
     /// Opens a viewer of the output `kind` of the definitions as they are now.
-    void onViewOutput(Outputs::Kind kind);
-    void onOpen();
-    bool onSave();
-    void onSaveAs();
-    void onReloadClicked();
+    void onViewOutput(Outputs::Kind kind) { m_viewer->showOutput(kind); }
+    void onOpen() { m_document->open(); }
+    bool onSave() { return m_document->save(); }
+    void onSaveAs() { m_document->saveAs(); }
+    void onReloadClicked() { m_document->reloadWatched(); }
     void onUndoHistoryChanged();
     void onFind();
     void onFindNext();
     void onFindPrevious();
     void onNextProblem();
     void onPreviousProblem();
-    void onCompare();
+    void onCompare() { m_viewer->compare(); }
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -131,23 +139,10 @@ protected:
 
 private:
     void addList(ItemType type);
-    QString fileFilter() const;
-    bool saveAs();
-    bool reload(const QString &path);
-    void takeLoadedFile();
-    bool mayOverwrite(const QString &path);
-    bool isDocumentFile(const QString &path) const;
-    bool offerRecovery(const QString &document, const QDateTime &notBefore);
+    /// Floating docks hide with the window (`shown` false) and come back when it shows again.
+    void docksFollowWindow(bool shown);
 
     Ui_ZAT16EditorWindow *m_ui;
-    QString m_fileName;
-    QString m_displayName;
-    FileStamp m_fileStamp; ///< the file as it was read or last saved, to notice other programs' changes
-    int m_fileStoppedAt = 0; ///< the line at which reading the file stopped early; 0 when it was read whole
-    FileStamp m_loadedStamp; ///< of the file that loadDefinitionFile() read last
-    int m_loadedStoppedAt = 0; ///< where loadDefinitionFile() stopped reading early
-    bool m_overwriteConfirmed = false; ///< the user chose to overwrite what another program wrote
-    bool m_changeFoundBySave = false; ///< the last dosave() found the file changed at its last look
     EditorModel *m_model;
     QUndoStack *m_undoStack;
     QDockWidget *m_undoDock;
@@ -159,6 +154,9 @@ private:
     ProblemsDock *m_problemsDock;
     bool m_problemsDockWasVisible = false;
     Recovery *m_recovery;
+    EditorDocument *m_document;
+    CodeViewer *m_viewer;
+    TreeEditing *m_editing;
 };
 
 } // namespace ZAT16

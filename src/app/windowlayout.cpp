@@ -1,5 +1,6 @@
 #include "windowlayout.h"
 
+#include "editorsettings.h"
 #include "tools.h"
 
 #include <QCoreApplication>
@@ -15,12 +16,6 @@ namespace ZAT16 {
 
 namespace {
 
-const QString keyState = QStringLiteral("ZAT16Editor/State");
-const QString keyGeometry = QStringLiteral("ZAT16Editor/Geometry");
-const QString keyTreeHeader = QStringLiteral("ZAT16Editor/TreeHeader");
-const QString keyCheck = QStringLiteral("ZAT16Editor/LayoutCheck");
-const QString keyRestoring = QStringLiteral("ZAT16Editor/Restoring");
-
 // Raised whenever what the check covers changes, so that older checks stop holding.
 const int checkVersion = 1;
 
@@ -30,15 +25,6 @@ const QString pendingName = QStringLiteral("zat16-layout-pending");
 // Windows of this program that have restored their layout but not yet been shown. While there
 // are any, a marker found set is this program's own and not the trace of a start that ended.
 int pendingWindows = 0;
-
-// A settings value that must be bytes; a text is accepted too, as Qt may store bytes so.
-QByteArray settingsBytes(const QSettings &settings, const QString &key)
-{
-    const QVariant value = settings.value(key);
-    if (value.typeId() == QMetaType::QByteArray || value.typeId() == QMetaType::QString)
-        return value.toByteArray();
-    return QByteArray();
-}
 
 QString checkOf(const QByteArray &state, const QByteArray &geometry, const QByteArray &header)
 {
@@ -59,7 +45,7 @@ QString checkOf(const QByteArray &state, const QByteArray &geometry, const QByte
 void clearMarker()
 {
     QSettings settings;
-    settings.remove(keyRestoring);
+    settings.remove(EditorSettings::key(EditorSettings::Restoring));
     settings.sync();
 }
 
@@ -84,20 +70,20 @@ void clearMarkerOnExit()
 bool WindowLayout::restore(QMainWindow *window, QHeaderView *header)
 {
     QSettings settings;
-    if (pendingWindows == 0 && settings.contains(keyRestoring)) {
+    if (pendingWindows == 0 && settings.contains(EditorSettings::key(EditorSettings::Restoring))) {
         // The start before this one ended between restoring and showing its window, most likely
         // in Qt's restore functions. Skipped once only: the marker is also left by a start that
         // was killed or crashed for another reason, and that should not cost the layout for good.
         qDebug("Window layout not restored: the last start ended before showing its window");
-        settings.remove(keyRestoring);
+        settings.remove(EditorSettings::key(EditorSettings::Restoring));
         settings.sync();
         return false;
     }
 
-    const QByteArray state = settingsBytes(settings, keyState);
-    const QByteArray geometry = settingsBytes(settings, keyGeometry);
-    const QByteArray headerState = settingsBytes(settings, keyTreeHeader);
-    const QVariant check = settings.value(keyCheck);
+    const QByteArray state = EditorSettings::bytes(settings, EditorSettings::State);
+    const QByteArray geometry = EditorSettings::bytes(settings, EditorSettings::Geometry);
+    const QByteArray headerState = EditorSettings::bytes(settings, EditorSettings::TreeHeader);
+    const QVariant check = settings.value(EditorSettings::key(EditorSettings::LayoutCheck));
     if (state.isEmpty() && geometry.isEmpty() && headerState.isEmpty() && !check.isValid())
         return false;
     if (check.typeId() != QMetaType::QString || check.toString() != checkOf(state, geometry, headerState)) {
@@ -106,7 +92,7 @@ bool WindowLayout::restore(QMainWindow *window, QHeaderView *header)
     }
 
     // Written out before anything is applied, so that it is on disk if Qt crashes on the bytes.
-    settings.setValue(keyRestoring, true);
+    settings.setValue(EditorSettings::key(EditorSettings::Restoring), true);
     settings.sync();
     static bool exitHookAdded = false;
     if (!exitHookAdded) {
@@ -134,10 +120,10 @@ void WindowLayout::store(QMainWindow *window, QHeaderView *header)
     const QByteArray state = window->saveState(0);
     const QByteArray headerState = header->saveState();
     QSettings settings;
-    settings.setValue(keyGeometry, geometry);
-    settings.setValue(keyState, state);
-    settings.setValue(keyTreeHeader, headerState);
-    settings.setValue(keyCheck, checkOf(state, geometry, headerState));
+    settings.setValue(EditorSettings::key(EditorSettings::Geometry), geometry);
+    settings.setValue(EditorSettings::key(EditorSettings::State), state);
+    settings.setValue(EditorSettings::key(EditorSettings::TreeHeader), headerState);
+    settings.setValue(EditorSettings::key(EditorSettings::LayoutCheck), checkOf(state, geometry, headerState));
 }
 
 void WindowLayout::windowShown(QMainWindow *window)

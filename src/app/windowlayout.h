@@ -5,15 +5,15 @@ class QMainWindow;
 
 namespace ZAT16 {
 
-/// The main window's layout in the settings: its dock state ("ZAT16Editor/State"), its geometry
-/// ("ZAT16Editor/Geometry", see Tools::saveWidgetGeometry()) and the tree header's state
-/// ("ZAT16Editor/TreeHeader"), with a check beside them ("ZAT16Editor/LayoutCheck"): a format
+/// The main window's layout in the settings: its dock state (EditorSettings::State), its geometry
+/// (EditorSettings::Geometry, see Tools::saveWidgetGeometry()) and the tree header's state
+/// (EditorSettings::TreeHeader), with a check beside them (EditorSettings::LayoutCheck): a format
 /// version and a SHA-256 over the Qt version, the three values and that version. Qt's restore
 /// functions trust their input, and one damaged byte of a window state crashes
 /// QMainWindow::restoreState(); so the three are restored together, only when the check holds.
 ///
 /// A start that ends while restoring them, before its window was shown, leaves a marker
-/// ("ZAT16Editor/Restoring") that makes the next start skip them once.
+/// (EditorSettings::Restoring) that makes the next start skip them once.
 class WindowLayout
 {
 public:

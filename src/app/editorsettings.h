@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+class QFont;
+class QSettings;
+
+namespace ZAT16 {
+
+/// The editor's settings, kept with QSettings under keys beginning "ZAT16Editor/": each key is
+/// spelled here and nowhere else. The readers take a value of the wrong kind (left by another
+/// program or by a damaged settings file) as missing, so that the caller keeps its default.
+class EditorSettings
+{
+public:
+    enum Key {
+        State, ///< the main window's dock state (WindowLayout)
+        Geometry, ///< the main window's geometry (WindowLayout)
+        TreeHeader, ///< the tree header's state (WindowLayout)
+        LayoutCheck, ///< the check over the three layout values (WindowLayout)
+        Restoring, ///< set while a start restores the layout (WindowLayout)
+        FixedFont, ///< the code font, QFont::toString()
+        CommentFont, ///< the comment font, QFont::toString()
+        LastOpenPath, ///< the file last chosen in the Open dialog, reopened at start
+        LastSaveAsPath, ///< the file last chosen in the Save As dialog
+        LastViewerSavePath, ///< the file a viewer's text was last saved to
+    };
+
+    /// The full name of `key` in the settings.
+    static QString key(Key key);
+
+    /// A value that must be a text without control characters (a font, a path); anything else
+    /// reads as empty.
+    static QString text(const QSettings &settings, Key key);
+    static QString text(Key key);
+    /// A value that must be bytes; a text is accepted too, as Qt may store bytes so.
+    static QByteArray bytes(const QSettings &settings, Key key);
+
+    /// Reads the font stored under `key` into `font`; false when there is none or it does not
+    /// read as a font.
+    static bool readFont(Key key, QFont *font);
+    static void writeFont(Key key, const QFont &font);
+
+    /// Where a file dialog starts: the path stored under `key`, or the documents folder.
+    static QString startPath(Key key);
+    /// Stores the path a file dialog gave, written out at once.
+    static void writePath(Key key, const QString &path);
+};
+
+} // namespace ZAT16

@@ -1,0 +1,84 @@
+#include "treeediting.h"
+
+#include "editoritemeditdialog.h"
+#include "editormodel.h"
+#include "editorwindow.h"
+#include "item.h"
+#include "rowtreeview.h"
+#include "ui_editorwindow.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
+
+namespace ZAT16 {
+
+TreeEditing::TreeEditing(EditorWindow *window)
+    : QObject(window)
+    , m_window(window)
+    , m_model(window->model())
+    , m_view(window->ui()->m_view)
+{
+}
+
+void TreeEditing::cut()
+{
+    if (QMimeData *data = m_model->cut(m_view->selectedItem()))
+        QGuiApplication::clipboard()->setMimeData(data, QClipboard::Clipboard);
+    m_window->updateActions();
+}
+
+void TreeEditing::copy()
+{
+    if (QMimeData *data = m_model->copy(m_view->selectedItem()))
+        QGuiApplication::clipboard()->setMimeData(data, QClipboard::Clipboard);
+}
+
+void TreeEditing::paste()
+{
+    const QModelIndex selected = m_view->selectedItem();
+    const QMimeData *data = QGuiApplication::clipboard()->mimeData(QClipboard::Clipboard);
+    if (!selected.isValid() || !data)
+        return;
+    const QModelIndex pasted = m_model->paste(selected, data);
+    if (!pasted.isValid())
+        return;
+    m_window->setCurrentItem(pasted);
+    const QModelIndex parent = pasted.parent();
+    const Item *parentItem = m_model->index2item(parent);
+    if (parent.isValid() && parentItem && parentItem->type == Tag)
+        m_view->expand(parent);
+}
+
+void TreeEditing::remove()
+{
+    const QModelIndex selected = m_view->selectedItem();
+    if (!selected.isValid())
+        return;
+    const int row = selected.row();
+    const QModelIndex parent = selected.parent();
+    if (m_model->removeRow(row, parent))
+        m_window->setCurrentItem(m_model->index(row, 0, parent));
+    m_window->updateActions();
+}
+
+void TreeEditing::edit(const QModelIndex &index)
+{
+    const Item *item = m_model->index2item(index);
+    if (!index.isValid() || !item || !(item->type == Tag || item->type == Enum || item->type == Bit))
+        return;
+    // Comment lines and blank lines have the type of their neighbours but nothing to edit.
+    if (item->isComment() || item->isNewline())
+        return;
+    EditorItemEditDialog dialog(m_window);
+    dialog.setData(item);
+    connect(&dialog, &EditorItemEditDialog::apply, m_window, &EditorWindow::onApplyItem);
+    dialog.exec();
+}
+
+void TreeEditing::apply(const Item *item, const ItemData &data)
+{
+    m_model->setItemData(m_model->item2index(item), data);
+}
+
+} // namespace ZAT16
