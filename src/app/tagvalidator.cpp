@@ -1,6 +1,7 @@
 #include "tagvalidator.h"
 
 #include "item.h"
+#include "numbers.h"
 
 namespace ZAT16 {
 
@@ -12,8 +13,8 @@ TagValidator::TagValidator(const Item *item, QObject *parent)
 
 static bool isHexDigit(QChar c)
 {
-    const char16_t u = c.unicode();
-    return (u >= '0' && u <= '9') || (u >= 'a' && u <= 'f') || (u >= 'A' && u <= 'F');
+    const int digit = Numbers::cton(c.unicode());
+    return digit >= 0 && digit < 16;
 }
 
 QValidator::State TagValidator::validate(QString &input, int &) const
@@ -30,10 +31,9 @@ QValidator::State TagValidator::validate(QString &input, int &) const
         return answer(Intermediate, tr("Input too long"));
     if (input.size() == 2 && input.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
         return Intermediate; // the user is about to type the digits
-    bool ok = false;
     // 64 bits, so that ten digits are still a number (out of range) rather than an overflow
-    const qulonglong value = input.toULongLong(&ok, 16);
-    if (!ok)
+    quint64 value = 0;
+    if (Numbers::readHex(input, &value) != Numbers::Reading::Number)
         return answer(Intermediate, tr("Not a hexadecimal number"));
     if (value > 65535)
         return answer(Intermediate, tr("Tag code out of range"));
