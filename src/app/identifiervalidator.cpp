@@ -6,7 +6,7 @@ namespace ZAT16 {
 
 IdentifierValidator::IdentifierValidator(const Item *item, QObject *parent)
     : QValidator(parent)
-    , m_item(item)
+    , EditorValidator(item)
 {
 }
 
@@ -20,32 +20,21 @@ QValidator::State IdentifierValidator::validate(QString &input, int &) const
 {
     if (input.isEmpty())
         return Acceptable;
-    if (input.size() > 1024) {
-        emit message(tr("Input too long"));
-        return Invalid;
-    }
-    if (input.at(0) >= QLatin1Char('0') && input.at(0) <= QLatin1Char('9')) {
-        emit message(tr("Identifier must not start with a digit"));
-        return Intermediate;
-    }
+    if (input.size() > 1024)
+        return answer(Invalid, tr("Input too long"));
+    if (input.at(0) >= QLatin1Char('0') && input.at(0) <= QLatin1Char('9'))
+        return answer(Intermediate, tr("Identifier must not start with a digit"));
     // ASCII only: the names end up as identifiers in C, C++, C# and Lua
     for (QChar c : qAsConst(input)) {
-        if (!isIdentifierChar(c)) {
-            emit message(tr("Only a-z, A-Z, 0-9 and _ allowed in identifier"));
-            return Intermediate;
-        }
+        if (!isIdentifierChar(c))
+            return answer(Intermediate, tr("Only a-z, A-Z, 0-9 and _ allowed in identifier"));
     }
     // The reader refuses it: a file with it would not open again.
-    if (input == QLatin1String("Tag")) {
-        emit message(tr("The name \"Tag\" is reserved."));
-        return Intermediate;
-    }
-    if (m_item && m_item->parent && m_item->parent->findBut(input, m_item) >= 0) {
-        emit message(tr("Identifier already exists"));
-        return Acceptable;
-    }
-    emit message(QString());
-    return Acceptable;
+    if (input == QLatin1String("Tag"))
+        return answer(Intermediate, tr("The name \"Tag\" is reserved."));
+    if (parentItem() && parentItem()->findBut(input, item()) >= 0)
+        return answer(Acceptable, tr("Identifier already exists"));
+    return answer(Acceptable);
 }
 
 } // namespace ZAT16

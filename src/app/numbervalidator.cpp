@@ -8,7 +8,7 @@ namespace ZAT16 {
 
 NumberValidator::NumberValidator(const Item *item, QObject *parent)
     : QIntValidator(parent)
-    , m_item(item)
+    , EditorValidator(item)
 {
 }
 
@@ -20,28 +20,21 @@ QValidator::State NumberValidator::validate(QString &input, int &) const
     bool negative = false;
     switch (Numbers::readValue(input, &value, &negative)) {
     case Numbers::Reading::NotANumber:
-        emit message(tr("Non numeric input"));
-        return Intermediate;
+        return answer(Intermediate, tr("Non numeric input"));
     case Numbers::Reading::TooLarge:
-        emit message(tr("Number out of range"));
-        return Intermediate;
+        return answer(Intermediate, tr("Number out of range"));
     case Numbers::Reading::Number:
         break;
     }
-    if (negative && bottom() >= 0) {
-        emit message(tr("Number out of range"));
-        return Intermediate;
-    }
-    if (m_item && m_item->parent) {
-        for (const Item *sibling : qAsConst(m_item->parent->children)) {
-            if (sibling != m_item && sibling->hasId && sibling->id == value) {
-                emit message(tr("This number already exists"));
-                return Acceptable;
-            }
+    if (negative && bottom() >= 0)
+        return answer(Intermediate, tr("Number out of range"));
+    if (const Item *list = parentItem()) {
+        for (const Item *sibling : qAsConst(list->children)) {
+            if (sibling != item() && sibling->hasId && sibling->id == value)
+                return answer(Acceptable, tr("This number already exists"));
         }
     }
-    emit message(QString());
-    return Acceptable;
+    return answer(Acceptable);
 }
 
 } // namespace ZAT16

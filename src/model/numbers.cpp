@@ -139,4 +139,28 @@ Reading readValue(const QString &text, quint64 *value, bool *negative)
     return Reading::Number;
 }
 
+Reading readHex(const QString &text, quint64 *value)
+{
+    *value = 0;
+    QStringView digits(text);
+    if (digits.size() >= 2 && digits[0] == u'0' && (digits[1] == u'x' || digits[1] == u'X'))
+        digits = digits.mid(2);
+    if (digits.isEmpty())
+        return Reading::NotANumber;
+    quint64 number = 0;
+    bool tooLarge = false;
+    for (QChar c : digits) {
+        const int digit = cton(c.unicode());
+        if (digit < 0 || digit >= 16)
+            return Reading::NotANumber;
+        if (number >> 60)
+            tooLarge = true;
+        number = number * 16 + quint64(digit);
+    }
+    if (tooLarge)
+        return Reading::TooLarge;
+    *value = number;
+    return Reading::Number;
+}
+
 } // namespace Numbers

@@ -35,4 +35,10 @@ enum class Reading {
 /// one in two's complement; `negative` whether it was below zero.
 Reading readValue(const QString &text, quint64 *value, bool *negative = nullptr);
 
+/// A tag code as the user types it: hexadecimal digits, with or without "0x" or "0X" in front.
+/// No sign and no blanks, and "0b" is the start of a hexadecimal number here, not a prefix. Refused
+/// when it does not fit in 64 bits, and a prefix alone is no number. `value` receives the number,
+/// or 0 when there is none.
+Reading readHex(const QString &text, quint64 *value);
+
 } // namespace Numbers

@@ -1,5 +1,7 @@
 #include "tagcodes.h"
 
+#include "datatypes.h"
+
 #include <cctype>
 
 namespace ZAT16 {
@@ -35,39 +37,7 @@ unsigned int setDataType(unsigned int code, DataType type)
 QString typeName(unsigned int code)
 {
     // Indexed by the top nibble only: the extended codes 0x80xx..0x8Fxx all show as "Int64".
-    // The names are literals, so that the generators' many calls allocate nothing.
-    switch ((code >> 12) & 0xF) {
-    case 0:
-        return QStringLiteral("Binary");
-    case 1:
-        return QStringLiteral("Integer");
-    case 2:
-        return QStringLiteral("Bool");
-    case 3:
-        return QStringLiteral("String");
-    case 4:
-        return QStringLiteral("Date");
-    case 5:
-        return QStringLiteral("Time");
-    case 6:
-        return QStringLiteral("DateTime");
-    case 7:
-        return QStringLiteral("BitArray");
-    case 8:
-        return QStringLiteral("Int64");
-    case 9:
-        return QStringLiteral("IPAddress");
-    case 12:
-        return QStringLiteral("List");
-    case 13:
-        return QStringLiteral("Request");
-    case 14:
-        return QStringLiteral("Answer");
-    case 15:
-        return QStringLiteral("Message");
-    default:
-        return QString();
-    }
+    return DataTypes::typeName(int((code >> 12) & 0xF));
 }
 
 namespace {

@@ -3,6 +3,7 @@
 #include "numbervalidator.h"
 #include "tagvalidator.h"
 
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -33,6 +34,80 @@ QString emitted(const QSignalSpy &spy)
     return spy.last().at(0).toString();
 }
 
+// The rules of TagValidator with the base-16 conversion of QString, which the validator used
+// before it read codes with Numbers::readHex: the two must agree on every input.
+QValidator::State qstringTagValidation(const QString &input, const Item *item, QString *message)
+{
+    *message = QStringLiteral("<none>");
+    if (input.isEmpty())
+        return QValidator::Acceptable;
+    if (input.size() > 64) {
+        *message = QStringLiteral("Input too long");
+        return QValidator::Invalid;
+    }
+    for (QChar c : input) {
+        const char16_t u = c.unicode();
+        const bool hex = (u >= '0' && u <= '9') || (u >= 'a' && u <= 'f') || (u >= 'A' && u <= 'F');
+        if (!hex && c != QLatin1Char('x') && c != QLatin1Char('X')) {
+            *message = QStringLiteral("Non numeric input");
+            return QValidator::Invalid;
+        }
+    }
+    if (input.size() > 10) {
+        *message = QStringLiteral("Input too long");
+        return QValidator::Intermediate;
+    }
+    if (input.size() == 2 && input.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
+        return QValidator::Intermediate;
+    bool ok = false;
+    const qulonglong value = input.toULongLong(&ok, 16);
+    if (!ok) {
+        *message = QStringLiteral("Not a hexadecimal number");
+        return QValidator::Intermediate;
+    }
+    if (value > 65535) {
+        *message = QStringLiteral("Tag code out of range");
+        return QValidator::Intermediate;
+    }
+    if (item && item->parent && item->parent->findBut(unsigned(value), item) >= 0) {
+        *message = QStringLiteral("Tag code already exists");
+        return QValidator::Acceptable;
+    }
+    *message = QString();
+    return QValidator::Acceptable;
+}
+
+// Every text of up to `maxLength` characters from `alphabet`.
+QStringList allTexts(const QString &alphabet, int maxLength)
+{
+    QStringList texts { QString() };
+    QStringList last { QString() };
+    for (int length = 1; length <= maxLength; ++length) {
+        QStringList longer;
+        for (const QString &text : qAsConst(last)) {
+            for (QChar c : alphabet)
+                longer.append(text + c);
+        }
+        texts += longer;
+        last = longer;
+    }
+    return texts;
+}
+
+// `count` texts of `length` characters from `alphabet`, the same ones on every run.
+QStringList someTexts(const QString &alphabet, int length, int count)
+{
+    QRandomGenerator random(quint32(length) * 7919u);
+    QStringList texts;
+    for (int i = 0; i < count; ++i) {
+        QString text;
+        for (int j = 0; j < length; ++j)
+            text += alphabet.at(random.bounded(int(alphabet.size())));
+        texts.append(text);
+    }
+    return texts;
+}
+
 } // namespace
 
 class TestValidators : public QObject {
@@ -44,6 +119,8 @@ private slots:
 
     void tagValidator_data();
     void tagValidator();
+    void tagValidatorReadsAsQString_data();
+    void tagValidatorReadsAsQString();
     void identifierValidator_data();
     void identifierValidator();
     void numberValidator_data();
@@ -163,6 +240,63 @@ void TestValidators::tagValidator()
     QCOMPARE(validator.validate(input, pos), state);
     QCOMPARE(emitted(spy), message);
     QVERIFY(spy.size() <= 1);
+}
+
+void TestValidators::tagValidatorReadsAsQString_data()
+{
+    QTest::addColumn<QString>("item");
+    QTest::addColumn<QStringList>("inputs");
+
+    // Hexadecimal digits, the letters of the prefixes, a letter past f, a blank, signs and a
+    // non-ASCII letter: every branch of the rules, and every place for an "x".
+    const QString everything = QStringLiteral("01aFxXbB g-+") + QChar(0xE9);
+    // What passes the character check and so reaches the conversion.
+    const QString hexAndX = QStringLiteral("0123456789abcdefABCDEFxX");
+    const QString zeroOneAndX = QStringLiteral("01x");
+    for (const char *item : { "tag", "none" }) {
+        QTest::addRow("%s: up to 4 of anything", item) << item << allTexts(everything, 4);
+        QTest::addRow("%s: up to 6 of hexadecimal digits and x", item) << item << allTexts(QStringLiteral("0bBfxX"), 6);
+        QTest::addRow("%s: up to 11 of 0, 1 and x", item) << item << allTexts(zeroOneAndX, 11);
+        QStringList longer;
+        for (int length = 5; length <= 12; ++length)
+            longer += someTexts(hexAndX, length, 2000);
+        for (int length = 5; length <= 12; ++length) {
+            for (const QString &text : someTexts(QStringLiteral("0123456789abcdefABCDEF"), length - 2, 500))
+                longer += QStringLiteral("0x") + text;
+        }
+        QTest::addRow("%s: 5 to 12 of hexadecimal digits and x", item) << item << longer;
+        QTest::addRow("%s: long", item) << item
+                                        << QStringList { QString(64, QLatin1Char('1')),
+                                               QString(65, QLatin1Char('1')),
+                                               QStringLiteral("0x") + QString(62, QLatin1Char('f')),
+                                               QString(64, QLatin1Char('x')),
+                                               QString(65, QLatin1Char('g')) };
+    }
+}
+
+void TestValidators::tagValidatorReadsAsQString()
+{
+    QFETCH(QString, item);
+    QFETCH(QStringList, inputs);
+
+    TagValidator validator(itemFor(item));
+    QSignalSpy spy(&validator, &TagValidator::message);
+    for (const QString &text : qAsConst(inputs)) {
+        QString expectedMessage;
+        const QValidator::State expected = qstringTagValidation(text, itemFor(item), &expectedMessage);
+        spy.clear();
+        QString input = text;
+        int pos = input.size();
+        const QValidator::State state = validator.validate(input, pos);
+        QVERIFY2(state == expected && emitted(spy) == expectedMessage && spy.size() <= 1,
+            qPrintable(QStringLiteral("\"%1\": %2 \"%3\", expected %4 \"%5\"")
+                           .arg(text)
+                           .arg(int(state))
+                           .arg(emitted(spy))
+                           .arg(int(expected))
+                           .arg(expectedMessage)));
+        QCOMPARE(input, text);
+    }
 }
 
 void TestValidators::identifierValidator_data()

@@ -30,6 +30,8 @@ private slots:
     void okFlagIsReset();
     void readValue_data();
     void readValue();
+    void readHex_data();
+    void readHex();
 
 private:
     void numberRows();
@@ -368,6 +370,53 @@ void TestNumbers::readValue()
     QCOMPARE(int(Numbers::readValue(text, &read, &below)), reading);
     QCOMPARE(qulonglong(read), value);
     QCOMPARE(below, negative);
+}
+
+void TestNumbers::readHex_data()
+{
+    using Reading = Numbers::Reading;
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("reading");
+    QTest::addColumn<qulonglong>("value");
+
+    QTest::newRow("empty") << "" << int(Reading::NotANumber) << 0ULL;
+    QTest::newRow("digits") << "1005" << int(Reading::Number) << 0x1005ULL;
+    QTest::newRow("letters in either case") << "aBcD" << int(Reading::Number) << 0xABCDULL;
+    QTest::newRow("prefix") << "0x1F" << int(Reading::Number) << 0x1FULL;
+    QTest::newRow("capital prefix") << "0XfF" << int(Reading::Number) << 0xFFULL;
+    QTest::newRow("prefix alone") << "0x" << int(Reading::NotANumber) << 0ULL;
+    QTest::newRow("0b is hexadecimal") << "0b1" << int(Reading::Number) << 0xB1ULL;
+    QTest::newRow("0B is hexadecimal") << "0B1" << int(Reading::Number) << 0xB1ULL;
+    QTest::newRow("leading zero") << "010" << int(Reading::Number) << 0x10ULL;
+    QTest::newRow("x alone") << "x" << int(Reading::NotANumber) << 0ULL;
+    QTest::newRow("x without the zero") << "x12" << int(Reading::NotANumber) << 0ULL;
+    QTest::newRow("two prefixes") << "0x0x1" << int(Reading::NotANumber) << 0ULL;
+    QTest::newRow("x at the end") << "12x" << int(Reading::NotANumber) << 0ULL;
+    QTest::newRow("zero before the prefix") << "00x1" << int(Reading::NotANumber) << 0ULL;
+    QTest::newRow("plus") << "+1" << int(Reading::NotANumber) << 0ULL;
+    QTest::newRow("minus") << "-1" << int(Reading::NotANumber) << 0ULL;
+    QTest::newRow("leading blank") << " 1" << int(Reading::NotANumber) << 0ULL;
+    QTest::newRow("trailing blank") << "1 " << int(Reading::NotANumber) << 0ULL;
+    QTest::newRow("letter past f") << "1g" << int(Reading::NotANumber) << 0ULL;
+    QTest::newRow("non-ASCII digit") << QString(QChar(0x0661)) << int(Reading::NotANumber) << 0ULL;
+    QTest::newRow("fullwidth letter") << QString(QChar(0xFF21)) << int(Reading::NotANumber) << 0ULL;
+    QTest::newRow("highest") << "FFFFFFFFFFFFFFFF" << int(Reading::Number) << ~0ULL;
+    QTest::newRow("highest with prefix") << "0xFFFFFFFFFFFFFFFF" << int(Reading::Number) << ~0ULL;
+    QTest::newRow("leading zeros do not count")
+        << "00000000FFFFFFFFFFFFFFFF" << int(Reading::Number) << ~0ULL;
+    QTest::newRow("17 digits") << "10000000000000000" << int(Reading::TooLarge) << 0ULL;
+    QTest::newRow("too large with a bad digit") << "10000000000000000g" << int(Reading::NotANumber) << 0ULL;
+}
+
+void TestNumbers::readHex()
+{
+    QFETCH(QString, text);
+    QFETCH(int, reading);
+    QFETCH(qulonglong, value);
+
+    quint64 read = 99;
+    QCOMPARE(int(Numbers::readHex(text, &read)), reading);
+    QCOMPARE(qulonglong(read), value);
 }
 
 QTEST_GUILESS_MAIN(TestNumbers)
