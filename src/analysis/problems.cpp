@@ -1,10 +1,10 @@
 #include "problems.h"
 
 #include "item.h"
+#include "siblingindex.h"
 #include "tagcodes.h"
 
 #include <QHash>
-#include <QStringView>
 
 #include <iterator>
 
@@ -114,36 +114,13 @@ QString ownDescription(const Item *item, qsizetype row)
 }
 
 // The problems of the children of one item; `context` is what follows the description of each of
-// them (" of Tag Mode (0x1002)" inside that tag). Collision flags come from one pass over the
-// child list with the first row of every name and code hashed, as the editor computes them.
+// them (" of Tag Mode (0x1002)" inside that tag). Collision flags come from one index of the child
+// list, as the editor computes them.
 void childProblems(const Item *parent, const QString &context, QList<Problems::Problem> *out)
 {
     const QList<Item *> &children = parent->children;
     const qsizetype count = children.size();
-    QList<Item::CollisionFlags> flags(count);
-    QHash<QStringView, qsizetype> names;
-    QHash<quint64, qsizetype> ids;
-    for (qsizetype i = 0; i < count; ++i) {
-        const Item *child = children.at(i);
-        if (!child->name.isEmpty()) {
-            qsizetype &first = names[QStringView(child->name)];
-            if (first == 0) {
-                first = i + 1;
-            } else {
-                flags[i] |= Item::NameCollision;
-                flags[first - 1] |= Item::NameCollision;
-            }
-        }
-        if (child->hasId) {
-            qsizetype &first = ids[child->id];
-            if (first == 0) {
-                first = i + 1;
-            } else {
-                flags[i] |= Item::IdCollision;
-                flags[first - 1] |= Item::IdCollision;
-            }
-        }
-    }
+    const SiblingIndex siblings(parent);
 
     for (qsizetype i = 0; i < count; ++i) {
         const Item *item = children.at(i);
@@ -166,9 +143,10 @@ void childProblems(const Item *parent, const QString &context, QList<Problems::P
             add(Problems::CodeWithoutName, QStringLiteral("code without name"));
             missing = true;
         }
-        if (flags.at(i).testFlag(Item::NameCollision))
+        const Item::CollisionFlags flags = siblings.collision(item);
+        if (flags.testFlag(Item::NameCollision))
             add(Problems::NameCollision, QStringLiteral("name collision with a sibling"));
-        if (flags.at(i).testFlag(Item::IdCollision))
+        if (flags.testFlag(Item::IdCollision))
             add(Problems::CodeCollision, QStringLiteral("code collision with a sibling"));
         if (!missing && !item->children.isEmpty() && (!hasName || !hasCode)) {
             QString lacking = !hasName && !hasCode ? QStringLiteral("no name and no code")

@@ -17,8 +17,8 @@ class Item;
 /// or entries below it while it lacks a name or a code, or a name that the reader refuses (it
 /// starts with a digit, holds other characters than letters, digits and '_', or is "Tag"; the
 /// reader's message is the reason). Collisions are looked for among siblings
-/// only. The walk hashes the names and codes of each child list once, so it is linear in the
-/// size of the tree.
+/// only. The walk indexes the names and codes of each child list once (SiblingIndex), so it is
+/// linear in the size of the tree.
 class Problems
 {
 public:

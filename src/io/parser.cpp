@@ -285,7 +285,8 @@ bool Parser::addElement(Item *parent, ItemType type)
     // The raw text of the id, for the duplicate-number warning, which is given after the
     // children are read; whether it will be given is known now already (reading the children
     // does not change the list that holds the item).
-    const bool doubleNumber = type != Tag && parent && item->hasId && hasSiblingId(parent, quint64(quint32(item->id)));
+    const bool doubleNumber
+        = type != Tag && parent && item->hasIdKey() && hasSiblingId(parent, quint64(quint32(item->id)));
     QString rawId;
     if (doubleNumber && listsWarnings())
         rawId = attributes().value(attrId).toString();
@@ -309,7 +310,7 @@ bool Parser::addElement(Item *parent, ItemType type)
             // Same result as parent->findBut(id) and parent->findBut(name) on the list read so far.
             if (doubleNumber)
                 warn([&] { return QLatin1String("Double number ") + rawId; });
-            if (!item->name.isEmpty() && hasSiblingName(parent, item->name))
+            if (item->hasNameKey() && hasSiblingName(parent, item->name))
                 warn([&] { return QLatin1String("Double name ") + item->name; });
         }
     } else {
@@ -335,12 +336,8 @@ bool Parser::addElement(Item *parent, ItemType type)
     if (parent) {
         parent->appendChild(item);
         Siblings &siblings = m_siblings.last();
-        if (siblings.filled) {
-            if (item->hasId)
-                siblings.ids.insert(item->id);
-            if (!item->name.isEmpty())
-                siblings.names.insert(item->name);
-        }
+        if (siblings.filled)
+            siblings.index.append(item);
         return true;
     }
     // A second top-level element is read and checked, then dropped.
@@ -349,41 +346,39 @@ bool Parser::addElement(Item *parent, ItemType type)
     return true;
 }
 
-// A short list is searched. A long one gets sets of the ids and names of its children, filled
-// once from the children read so far and kept up to date as the list grows, so that no input
+// A short list is searched. A long one gets an index of the names and codes of its children,
+// made once from the children read so far and kept up to date as the list grows, so that no input
 // makes the checks quadratic.
-Parser::Siblings &Parser::siblingSets(const Item *parent)
+const SiblingIndex &Parser::siblingIndex(const Item *parent)
 {
     Siblings &siblings = m_siblings.last();
     if (!siblings.filled) {
-        for (const Item *child : parent->children) {
-            if (child->hasId)
-                siblings.ids.insert(child->id);
-            if (!child->name.isEmpty())
-                siblings.names.insert(child->name);
-        }
+        siblings.index = SiblingIndex(parent);
         siblings.filled = true;
     }
-    return siblings;
+    return siblings.index;
 }
 
+// Whether a child of `parent` holds `id` as its id key. The caller passes the low 32 bits of the
+// new item's id, as Item::findBut(unsigned int, ...) takes it.
 bool Parser::hasSiblingId(const Item *parent, quint64 id)
 {
     if (!m_siblings.last().filled && parent->children.size() < shortList) {
         for (const Item *child : parent->children) {
-            if (child->hasId && child->id == id)
+            if (child->hasIdKey() && child->id == id)
                 return true;
         }
         return false;
     }
-    return siblingSets(parent).ids.contains(id);
+    return siblingIndex(parent).idHolders(id).count > 0;
 }
 
+// Whether a child of `parent` holds `name`, which is not empty, as its name key.
 bool Parser::hasSiblingName(const Item *parent, const QString &name)
 {
     if (!m_siblings.last().filled && parent->children.size() < shortList) {
         // The names of everything but tags are shared: two of them are equal when they are the
-        // same string.
+        // same string. An empty name has another size than `name`.
         const qsizetype size = name.size();
         for (const Item *child : parent->children) {
             const QString &other = child->name;
@@ -392,7 +387,7 @@ bool Parser::hasSiblingName(const Item *parent, const QString &name)
         }
         return false;
     }
-    return siblingSets(parent).names.contains(name);
+    return siblingIndex(parent).nameHolders(name).count > 0;
 }
 
 bool Parser::parseElementAttributes(ItemData *data)

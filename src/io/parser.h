@@ -1,6 +1,7 @@
 #pragma once
 
 #include "item.h"
+#include "siblingindex.h"
 #include "xmlparser.h"
 
 #include <QHash>
@@ -61,15 +62,14 @@ protected:
     }
 
 private:
-    // The ids and names of the children of a list being read, for the duplicate number and
+    // The names and codes of the children of a list being read, for the duplicate number and
     // name warnings; filled only once the list is long.
     struct Siblings {
-        QSet<quint64> ids;
-        QSet<QString> names;
+        SiblingIndex index;
         bool filled = false;
     };
     static constexpr qsizetype shortList = 64;
-    Siblings &siblingSets(const Item *parent);
+    const SiblingIndex &siblingIndex(const Item *parent);
     bool hasSiblingId(const Item *parent, quint64 id);
     bool hasSiblingName(const Item *parent, const QString &name);
 
