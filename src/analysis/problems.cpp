@@ -1,8 +1,8 @@
 #include "problems.h"
 
 #include "item.h"
+#include "marks.h"
 #include "siblingindex.h"
-#include "tagcodes.h"
 
 #include <QHash>
 
@@ -72,11 +72,6 @@ const QHash<QString, int> &keywordTable()
     return table;
 }
 
-bool isNamedKind(const Item *item)
-{
-    return item->type == Tag || item->type == Enum || item->type == Bit;
-}
-
 // "A, B and C".
 QString listing(const QStringList &words)
 {
@@ -124,7 +119,7 @@ void childProblems(const Item *parent, const QString &context, QList<Problems::P
 
     for (qsizetype i = 0; i < count; ++i) {
         const Item *item = children.at(i);
-        if (!isNamedKind(item) || item->isComment())
+        if (!Marks::isEntry(item))
             continue;
         const bool hasName = !item->name.isEmpty();
         const bool hasCode = item->hasId;
@@ -134,27 +129,22 @@ void childProblems(const Item *parent, const QString &context, QList<Problems::P
                 description = ownDescription(item, i) + context;
             out->append({item, kind, description + QStringLiteral(": ") + what});
         };
-        bool missing = false;
-        if (hasName && !hasCode) {
+        QString invalid;
+        const Marks::Reasons reasons = Marks::reasons(item, siblings.collision(item), &invalid);
+        if (reasons & Marks::NameWithoutCode)
             add(Problems::NameWithoutCode, QStringLiteral("name without code"));
-            missing = true;
-        } else if (!hasName && hasCode && !(item->type == Enum && !item->comment.isEmpty())) {
-            // an enumeration value with a code and a comment may go without a name
+        if (reasons & Marks::CodeWithoutName)
             add(Problems::CodeWithoutName, QStringLiteral("code without name"));
-            missing = true;
-        }
-        const Item::CollisionFlags flags = siblings.collision(item);
-        if (flags.testFlag(Item::NameCollision))
+        if (reasons & Marks::NameCollision)
             add(Problems::NameCollision, QStringLiteral("name collision with a sibling"));
-        if (flags.testFlag(Item::IdCollision))
+        if (reasons & Marks::CodeCollision)
             add(Problems::CodeCollision, QStringLiteral("code collision with a sibling"));
-        if (!missing && !item->children.isEmpty() && (!hasName || !hasCode)) {
+        if (reasons & Marks::IncompleteParent) {
             QString lacking = !hasName && !hasCode ? QStringLiteral("no name and no code")
                                                    : (!hasName ? QStringLiteral("no name") : QStringLiteral("no code"));
             add(Problems::IncompleteParent, QStringLiteral("has entries but ") + lacking);
         }
-        QString invalid;
-        if (hasName && !isValidIdentifier(item->name, &invalid))
+        if (reasons & Marks::InvalidName)
             add(Problems::InvalidName, invalid);
         if (hasName) {
             const QStringList languages = Problems::keywordLanguages(item->name);
