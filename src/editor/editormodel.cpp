@@ -142,23 +142,18 @@ Item::CollisionFlags EditorModel::findCollision(const Item *item) const
     const Item *parent = item->parent;
     if (!parent)
         return {};
-    const SiblingCounts *counts = siblingCounts(parent);
+    const SiblingIndex *counts = siblingCounts(parent);
     // An item that is not where its parent pointer says (taken out of the tree) and the
     // children of a parent outside the document are compared the slow way, as Item does it.
     const int row = findRow(item);
     if (!counts || row < 0 || row >= parent->children.size() || parent->children.at(row) != item)
         return item->findCollision();
-    Item::CollisionFlags flags;
-    if (!item->name.isEmpty() && counts->names.value(item->name).count > 1)
-        flags |= Item::NameCollision;
-    if (item->hasId && counts->ids.value(item->id).count > 1)
-        flags |= Item::IdCollision;
-    return flags;
+    return counts->collision(item);
 }
 
 // The counts of a parent in the document, made in one pass over its children on first need.
 // Parents outside the document get none: nothing would tell when they are deleted.
-const EditorModel::SiblingCounts *EditorModel::siblingCounts(const Item *parent) const
+const SiblingIndex *EditorModel::siblingCounts(const Item *parent) const
 {
     const auto it = m_counts.constFind(parent);
     if (it != m_counts.constEnd())
@@ -169,63 +164,7 @@ const EditorModel::SiblingCounts *EditorModel::siblingCounts(const Item *parent)
             return nullptr;
     }
 
-    SiblingCounts counts;
-    const qsizetype count = parent->children.size();
-    counts.names.reserve(count);
-    counts.ids.reserve(count);
-    counts.counted.reserve(count);
-    for (const Item *child : parent->children) {
-        const Counted now = this->counted(child);
-        counts.change(Counted(), now, child, nullptr);
-        counts.counted.append(now);
-    }
-    return &m_counts.insert(parent, std::move(counts)).value();
-}
-
-namespace {
-
-// One holder joins or leaves the holders of a key. Going from one holder to two or from two to
-// one turns the flag of the other holder on or off; from the exclusive or of the addresses,
-// which is the lone holder itself, it is found without a look at the other siblings.
-template<typename Key, typename Holders, typename Changed>
-void join(QHash<Key, Holders> &hash, const Key &key, const Item *item, Changed *changed)
-{
-    Holders &holders = hash[key];
-    if (changed && holders.count == 1)
-        changed->append(reinterpret_cast<const Item *>(holders.mix));
-    ++holders.count;
-    holders.mix ^= quintptr(item);
-}
-
-template<typename Key, typename Holders, typename Changed>
-void leave(QHash<Key, Holders> &hash, const Key &key, const Item *item, Changed *changed)
-{
-    const auto it = hash.find(key);
-    if (it == hash.end())
-        return;
-    it->mix ^= quintptr(item);
-    if (--it->count <= 0)
-        hash.erase(it);
-    else if (changed && it->count == 1)
-        changed->append(reinterpret_cast<const Item *>(it->mix));
-}
-
-} // namespace
-
-void EditorModel::SiblingCounts::change(const Counted &from, const Counted &to, const Item *item, Changed *changed)
-{
-    if (from.name != to.name) {
-        if (!from.name.isEmpty())
-            leave(names, from.name, item, changed);
-        if (!to.name.isEmpty())
-            join(names, to.name, item, changed);
-    }
-    if (from.hasId != to.hasId || (from.hasId && from.id != to.id)) {
-        if (from.hasId)
-            leave(ids, from.id, item, changed);
-        if (to.hasId)
-            join(ids, to.id, item, changed);
-    }
+    return &m_counts.insert(parent, SiblingIndex(parent)).value();
 }
 
 // The counts of a parent that a change of its children is to update, when there are any.
@@ -234,13 +173,13 @@ void EditorModel::SiblingCounts::change(const Counted &from, const Counted &to, 
 // root or when the parent leaves the document: nothing needs to be repainted for them.
 // Counts that no longer match the list are dropped; `lost` tells that the whole list is to be
 // repainted after the change.
-EditorModel::SiblingCounts *EditorModel::countsForChange(const Item *parent, bool *lost)
+SiblingIndex *EditorModel::countsForChange(const Item *parent, bool *lost)
 {
     *lost = false;
     const auto it = m_counts.find(parent);
     if (it == m_counts.end())
         return nullptr;
-    if (it->counted.size() == parent->children.size())
+    if (it->size() == parent->children.size())
         return &it.value();
     m_counts.erase(it);
     *lost = true;
@@ -514,13 +453,10 @@ void EditorModel::cmdInsertRow(Item *parent, Item *item, int row)
     bool lost = false;
     beginInsertRows(item2index(parent), row, row);
     m_rowCache.clear();
-    SiblingCounts *counts = countsForChange(parent, &lost);
+    SiblingIndex *counts = countsForChange(parent, &lost);
     parent->insertChildBefore(row, item);
-    if (counts) {
-        const Counted now = counted(item);
-        counts->change(Counted(), now, item, &changed);
-        counts->counted.insert(row, now);
-    }
+    if (counts)
+        counts->insert(row, item, &changed);
     endInsertRows();
     rowsChanged(parent, changed);
     if (lost)
@@ -536,15 +472,13 @@ Item *EditorModel::cmdTakeRow(Item *parent, int row)
     Changed changed;
     bool lost = false;
     beginRemoveRows(item2index(parent), row, row);
-    SiblingCounts *counts = countsForChange(parent, &lost);
+    SiblingIndex *counts = countsForChange(parent, &lost);
     Item *item = parent->takeChild(row);
     m_rowCache.clear();
     if (item) {
         forgetCounts(item);
-        if (counts) {
-            counts->change(counts->counted.at(row), Counted(), item, &changed);
-            counts->counted.removeAt(row);
-        }
+        if (counts)
+            counts->remove(row, item, &changed);
     }
     endRemoveRows();
     rowsChanged(parent, changed);
@@ -566,13 +500,10 @@ void EditorModel::cmdItemChanged(Item *item)
     if (const Item *parent = item->parent) {
         const auto it = m_counts.find(parent);
         if (it != m_counts.end()) {
-            SiblingCounts &counts = it.value();
-            if (row >= 0 && row < counts.counted.size() && counts.counted.size() == parent->children.size()
+            SiblingIndex &counts = it.value();
+            if (row >= 0 && row < counts.size() && counts.size() == parent->children.size()
                 && parent->children.value(row) == item) {
-                Counted &old = counts.counted[row];
-                const Counted now = counted(item);
-                counts.change(old, now, item, &changed);
-                old = now;
+                counts.update(row, item, &changed);
             } else {
                 m_counts.erase(it);
                 lost = true;

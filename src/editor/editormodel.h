@@ -4,6 +4,7 @@
 #include "item.h"
 #include "itempresentation.h"
 #include "rowcache.h"
+#include "siblingindex.h"
 
 #include <QAbstractItemModel>
 #include <QFont>
@@ -120,34 +121,10 @@ signals:
     void undone(const QModelIndex &index);
 
 private:
-    // A child's name and code as its parent's counts hold them.
-    struct Counted {
-        QString name;
-        quint64 id = 0;
-        bool hasId = false;
-    };
-    // The children of one parent that carry one name or one code: how many, and the exclusive
-    // or of their addresses, which is the one holder itself while there is only one.
-    struct Holders {
-        int count = 0;
-        quintptr mix = 0;
-    };
     // Siblings whose collision flags a change turned on or off.
-    using Changed = QVarLengthArray<const Item *, 4>;
-    // How many children of one parent carry each non-empty name and each code.
-    struct SiblingCounts {
-        QHash<QString, Holders> names;
-        QHash<quint64, Holders> ids;
-        QList<Counted> counted; ///< by row: what the counts hold for each child
-        /// Moves `item` from what `from` counts to what `to` counts (an empty Counted: nothing).
-        /// A sibling left alone with a name or code, or joined by `item` where it was alone,
-        /// changes its flags and goes into `changed`.
-        void change(const Counted &from, const Counted &to, const Item *item, Changed *changed);
-    };
-
-    static Counted counted(const Item *item) { return Counted{ item->name, item->id, item->hasId }; }
-    const SiblingCounts *siblingCounts(const Item *parent) const;
-    SiblingCounts *countsForChange(const Item *parent, bool *lost);
+    using Changed = SiblingIndex::Changed;
+    const SiblingIndex *siblingCounts(const Item *parent) const;
+    SiblingIndex *countsForChange(const Item *parent, bool *lost);
     void forgetCounts(const Item *item);
     void clearCaches();
     // Ask the views to repaint rows, all columns.
@@ -159,7 +136,7 @@ private:
     QUndoStack *m_undoStack = nullptr;
     /// Collision counts per parent, made on first need. Data changes, insertions and removals
     /// update the parent's counts; a removal drops those of the removed subtree, a new root all.
-    mutable QHash<const Item *, SiblingCounts> m_counts;
+    mutable QHash<const Item *, SiblingIndex> m_counts;
     RowCache m_rowCache;
     ItemPresentation m_presentation;
     EditorEdits m_edits{ *this };

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "attributereader.h"
 #include "item.h"
+#include "siblingindex.h"
 #include "xmlparser.h"
 
-#include <QHash>
 #include <QList>
 #include <QSet>
 
@@ -61,28 +62,21 @@ protected:
     }
 
 private:
-    // The ids and names of the children of a list being read, for the duplicate number and
+    friend class AttributeReader; // raises its warnings through warn()
+
+    // The names and codes of the children of a list being read, for the duplicate number and
     // name warnings; filled only once the list is long.
     struct Siblings {
-        QSet<quint64> ids;
-        QSet<QString> names;
+        SiblingIndex index;
         bool filled = false;
     };
     static constexpr qsizetype shortList = 64;
-    Siblings &siblingSets(const Item *parent);
+    const SiblingIndex &siblingIndex(const Item *parent);
     bool hasSiblingId(const Item *parent, quint64 id);
     bool hasSiblingName(const Item *parent, const QString &name);
 
     QList<Siblings> m_siblings;
-    // A text shared by the items of this parse, and whether it passed as a name already.
-    struct SharedText {
-        QString text;
-        mutable bool identifier = false;
-    };
-    /// The texts shared so far in this parse; each key views the text of its own value.
-    QHash<QStringView, SharedText> m_texts;
-    QString sharedText(QStringView text);
-    const SharedText &sharedEntry(QStringView text);
+    AttributeReader m_attributes{*this};
     QList<const Item *> m_open; ///< the elements being read, outermost first
     int m_depth = 0; ///< nesting depth of the known elements being read
 };

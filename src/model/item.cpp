@@ -125,9 +125,9 @@ Item::CollisionFlags Item::findCollision() const
     for (const Item *sibling : parent->children) {
         if (sibling == this)
             continue;
-        if (hasId && sibling->hasId && sibling->id == id)
+        if (hasIdKey() && sibling->hasIdKey() && sibling->id == id)
             flags |= IdCollision;
-        if (!name.isEmpty() && sibling->name == name)
+        if (hasNameKey() && sibling->hasNameKey() && sibling->name == name)
             flags |= NameCollision;
     }
     return flags;

@@ -36,6 +36,13 @@ struct ItemData {
 
     /// Formats `value` with this record's own display mode (no inheritance).
     QString formatNumber(unsigned long long value) const;
+
+    /// The keys on which children of one parent collide: two siblings collide when both hold the
+    /// same key with the same value. The name is a key unless it is empty, the id when there is
+    /// one (all 64 bits count). Item::findCollision, SiblingIndex and the reader's duplicate
+    /// warnings go by these two.
+    bool hasNameKey() const { return !name.isEmpty(); }
+    bool hasIdKey() const { return hasId; }
 };
 
 /// One node of the definitions tree. An item owns its children; comments and blank lines of the

@@ -12,13 +12,10 @@ class Item;
 /// in red, for the reason it is marked, and, as warnings, the names that are keywords of one of
 /// the generated languages (C, C++, C#, Lua) and so would not compile there.
 ///
-/// An entry is marked when it has a name but no code, a code but no name (an enumeration value
-/// with a code and a comment needs no name), a name or a code that one of its siblings has too,
-/// or entries below it while it lacks a name or a code, or a name that the reader refuses (it
-/// starts with a digit, holds other characters than letters, digits and '_', or is "Tag"; the
-/// reader's message is the reason). Collisions are looked for among siblings
-/// only. The walk hashes the names and codes of each child list once, so it is linear in the
-/// size of the tree.
+/// Which entries are marked and why is the rule of Marks: each of its reasons is one problem (for
+/// an invalid name, the reader's message is the reason). Collisions are looked for among siblings
+/// only. The walk indexes the names and codes of each child list once (SiblingIndex), so it is
+/// linear in the size of the tree.
 class Problems
 {
 public:

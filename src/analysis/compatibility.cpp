@@ -8,7 +8,8 @@ namespace ZAT16 {
 
 namespace {
 
-// The top-level tags with a name and a code; the first of a repeated name or code counts.
+// The top-level tags with a name and a code, found by the keys on which siblings collide; the
+// first of a repeated name or code counts.
 struct TagIndex {
     QList<const Item *> tags; ///< first of each name, in file order
     QHash<QString, const Item *> byName;
@@ -19,7 +20,7 @@ struct TagIndex {
         if (!root)
             return;
         for (const Item *item : root->children) {
-            if (item->type != Tag || item->name.isEmpty() || !item->hasId)
+            if (item->type != Tag || !item->hasNameKey() || !item->hasIdKey())
                 continue;
             if (!byCode.contains(item->id))
                 byCode.insert(item->id, item);
@@ -44,7 +45,7 @@ struct ValueIndex {
             if (list->type != listType)
                 continue;
             for (const Item *value : list->children) {
-                if (value->type != valueType || value->name.isEmpty() || !value->hasId
+                if (value->type != valueType || !value->hasNameKey() || !value->hasIdKey()
                     || byName.contains(value->name))
                     continue;
                 byName.insert(value->name, value);

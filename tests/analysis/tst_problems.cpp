@@ -2,8 +2,8 @@
 // nameless enumeration value, keyword warnings per language, document order, and a file of
 // 100,000 tags, to show that large trees are handled (speed is the benchmark's business).
 
+#include "bodyparser.h"
 #include "item.h"
-#include "parser.h"
 #include "problems.h"
 
 #include <QtTest>
@@ -11,16 +11,9 @@
 #include <memory>
 
 using namespace ZAT16;
+using TestTrees::parseBody;
 
 namespace {
-
-std::unique_ptr<Item> parse(const QByteArray &body)
-{
-    Parser parser;
-    if (!parser.parse(QByteArray("<zat16>\n") + body + QByteArray("\n</zat16>\n")))
-        return nullptr;
-    return std::unique_ptr<Item>(parser.takeRoot());
-}
 
 QStringList messages(const QList<Problems::Problem> &problems)
 {
@@ -155,7 +148,7 @@ private slots:
     {
         QFETCH(QByteArray, body);
         QFETCH(QStringList, expected);
-        const std::unique_ptr<Item> root = parse(body);
+        const std::unique_ptr<Item> root = parseBody(body);
         QVERIFY(root);
         QCOMPARE(messages(Problems::find(root.get())), expected);
     }
@@ -164,9 +157,9 @@ private slots:
     // again, so they are problems, with the reader's message.
     void namesTheReaderRefuses()
     {
-        const std::unique_ptr<Item> root = parse("<tag name=\"A\" id=\"0x1001\"><enums><enum name=\"X\" id=\"1\"/></enums></tag>"
-                                                 "<tag name=\"B\" id=\"0x1002\"/><tag name=\"C\" id=\"0x1003\"/>"
-                                                 "<tag name=\"D\"/>");
+        const std::unique_ptr<Item> root = parseBody("<tag name=\"A\" id=\"0x1001\"><enums><enum name=\"X\" id=\"1\"/></enums></tag>"
+                                                     "<tag name=\"B\" id=\"0x1002\"/><tag name=\"C\" id=\"0x1003\"/>"
+                                                     "<tag name=\"D\"/>");
         QVERIFY(root);
         root->child(0)->name = QStringLiteral("Tag");
         root->child(0)->child(0)->child(0)->name = QStringLiteral("Tag");
@@ -187,7 +180,7 @@ private slots:
 
     void problemsPointAtTheirItems()
     {
-        const std::unique_ptr<Item> root = parse("<tag name=\"A\" id=\"0x1001\"/><tag name=\"B\"/><tag id=\"0x1003\"/>");
+        const std::unique_ptr<Item> root = parseBody("<tag name=\"A\" id=\"0x1001\"/><tag name=\"B\"/><tag id=\"0x1003\"/>");
         QVERIFY(root);
         const QList<Problems::Problem> problems = Problems::find(root.get());
         QCOMPARE(problems.size(), 2);
@@ -235,8 +228,8 @@ private slots:
 
     void describe()
     {
-        const std::unique_ptr<Item> root = parse("<tag name=\"Mode\" id=\"0x1002\"><enums display=\"4u\"><enum name=\"On\" id=\"1\"/>"
-                                                 "</enums></tag>\n\n<tag/>");
+        const std::unique_ptr<Item> root = parseBody("<tag name=\"Mode\" id=\"0x1002\"><enums display=\"4u\"><enum name=\"On\" id=\"1\"/>"
+                                                     "</enums></tag>\n\n<tag/>");
         QVERIFY(root);
         QCOMPARE(Problems::describe(root->child(0)), QStringLiteral("Tag Mode (0x1002)"));
         QCOMPARE(Problems::describe(root->child(0)->child(0)->child(0)), QStringLiteral("Enum On (0001) of Tag Mode (0x1002)"));

@@ -1,10 +1,10 @@
 #include "problems.h"
 
 #include "item.h"
-#include "tagcodes.h"
+#include "marks.h"
+#include "siblingindex.h"
 
 #include <QHash>
-#include <QStringView>
 
 #include <iterator>
 
@@ -72,11 +72,6 @@ const QHash<QString, int> &keywordTable()
     return table;
 }
 
-bool isNamedKind(const Item *item)
-{
-    return item->type == Tag || item->type == Enum || item->type == Bit;
-}
-
 // "A, B and C".
 QString listing(const QStringList &words)
 {
@@ -114,40 +109,17 @@ QString ownDescription(const Item *item, qsizetype row)
 }
 
 // The problems of the children of one item; `context` is what follows the description of each of
-// them (" of Tag Mode (0x1002)" inside that tag). Collision flags come from one pass over the
-// child list with the first row of every name and code hashed, as the editor computes them.
+// them (" of Tag Mode (0x1002)" inside that tag). Collision flags come from one index of the child
+// list, as the editor computes them.
 void childProblems(const Item *parent, const QString &context, QList<Problems::Problem> *out)
 {
     const QList<Item *> &children = parent->children;
     const qsizetype count = children.size();
-    QList<Item::CollisionFlags> flags(count);
-    QHash<QStringView, qsizetype> names;
-    QHash<quint64, qsizetype> ids;
-    for (qsizetype i = 0; i < count; ++i) {
-        const Item *child = children.at(i);
-        if (!child->name.isEmpty()) {
-            qsizetype &first = names[QStringView(child->name)];
-            if (first == 0) {
-                first = i + 1;
-            } else {
-                flags[i] |= Item::NameCollision;
-                flags[first - 1] |= Item::NameCollision;
-            }
-        }
-        if (child->hasId) {
-            qsizetype &first = ids[child->id];
-            if (first == 0) {
-                first = i + 1;
-            } else {
-                flags[i] |= Item::IdCollision;
-                flags[first - 1] |= Item::IdCollision;
-            }
-        }
-    }
+    const SiblingIndex siblings(parent);
 
     for (qsizetype i = 0; i < count; ++i) {
         const Item *item = children.at(i);
-        if (!isNamedKind(item) || item->isComment())
+        if (!Marks::isEntry(item))
             continue;
         const bool hasName = !item->name.isEmpty();
         const bool hasCode = item->hasId;
@@ -157,26 +129,22 @@ void childProblems(const Item *parent, const QString &context, QList<Problems::P
                 description = ownDescription(item, i) + context;
             out->append({item, kind, description + QStringLiteral(": ") + what});
         };
-        bool missing = false;
-        if (hasName && !hasCode) {
+        QString invalid;
+        const Marks::Reasons reasons = Marks::reasons(item, siblings.collision(item), &invalid);
+        if (reasons & Marks::NameWithoutCode)
             add(Problems::NameWithoutCode, QStringLiteral("name without code"));
-            missing = true;
-        } else if (!hasName && hasCode && !(item->type == Enum && !item->comment.isEmpty())) {
-            // an enumeration value with a code and a comment may go without a name
+        if (reasons & Marks::CodeWithoutName)
             add(Problems::CodeWithoutName, QStringLiteral("code without name"));
-            missing = true;
-        }
-        if (flags.at(i).testFlag(Item::NameCollision))
+        if (reasons & Marks::NameCollision)
             add(Problems::NameCollision, QStringLiteral("name collision with a sibling"));
-        if (flags.at(i).testFlag(Item::IdCollision))
+        if (reasons & Marks::CodeCollision)
             add(Problems::CodeCollision, QStringLiteral("code collision with a sibling"));
-        if (!missing && !item->children.isEmpty() && (!hasName || !hasCode)) {
+        if (reasons & Marks::IncompleteParent) {
             QString lacking = !hasName && !hasCode ? QStringLiteral("no name and no code")
                                                    : (!hasName ? QStringLiteral("no name") : QStringLiteral("no code"));
             add(Problems::IncompleteParent, QStringLiteral("has entries but ") + lacking);
         }
-        QString invalid;
-        if (hasName && !isValidIdentifier(item->name, &invalid))
+        if (reasons & Marks::InvalidName)
             add(Problems::InvalidName, invalid);
         if (hasName) {
             const QStringList languages = Problems::keywordLanguages(item->name);

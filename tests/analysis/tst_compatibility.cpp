@@ -2,25 +2,18 @@
 // text, what is not a change (comments, display, order), the report's layout, and two files of
 // 100,000 tags, to show that large trees are handled (speed is the benchmark's business).
 
+#include "bodyparser.h"
 #include "compatibility.h"
 #include "item.h"
-#include "parser.h"
 
 #include <QtTest>
 
 #include <memory>
 
 using namespace ZAT16;
+using TestTrees::parseBody;
 
 namespace {
-
-std::unique_ptr<Item> parse(const QByteArray &body)
-{
-    Parser parser;
-    if (!parser.parse(QByteArray("<zat16>\n") + body + QByteArray("\n</zat16>\n")))
-        return nullptr;
-    return std::unique_ptr<Item>(parser.takeRoot());
-}
 
 QStringList texts(const QList<CompatibilityReport::Change> &changes)
 {
@@ -148,8 +141,8 @@ private slots:
         QFETCH(QByteArray, after);
         QFETCH(QStringList, breaks);
         QFETCH(QStringList, additions);
-        const std::unique_ptr<Item> oldRoot = parse(before);
-        const std::unique_ptr<Item> newRoot = parse(after);
+        const std::unique_ptr<Item> oldRoot = parseBody(before);
+        const std::unique_ptr<Item> newRoot = parseBody(after);
         QVERIFY(oldRoot && newRoot);
         const CompatibilityReport report(oldRoot.get(), newRoot.get());
         QCOMPARE(texts(report.breaks()), breaks);
@@ -163,16 +156,16 @@ private slots:
 
     void kinds()
     {
-        const std::unique_ptr<Item> oldRoot = parse("<tag name=\"A\" id=\"0x1001\"/><tag name=\"B\" id=\"0x1002\"/>"
-                                                    "<tag name=\"C\" id=\"0x1003\"/><tag name=\"D\" id=\"0x1004\"/>"
-                                                    "<tag name=\"E\" id=\"0x1005\"><enums><enum name=\"X\" id=\"1\"/>"
-                                                    "<enum name=\"Y\" id=\"2\"/></enums><bits><bit name=\"P\" id=\"1\"/>"
-                                                    "<bit name=\"Q\" id=\"2\"/></bits></tag>");
-        const std::unique_ptr<Item> newRoot = parse("<tag name=\"B\" id=\"0x1012\"/><tag name=\"C\" id=\"0x2003\"/>"
-                                                    "<tag name=\"F\" id=\"0x1001\"/><tag name=\"D\" id=\"0x1004\"/>"
-                                                    "<tag name=\"E\" id=\"0x1005\"><enums><enum name=\"X\" id=\"3\"/>"
-                                                    "<enum name=\"Z\" id=\"2\"/></enums><bits><bit name=\"P\" id=\"3\"/>"
-                                                    "<bit name=\"R\" id=\"2\"/></bits></tag><tag name=\"G\" id=\"0x1007\"/>");
+        const std::unique_ptr<Item> oldRoot = parseBody("<tag name=\"A\" id=\"0x1001\"/><tag name=\"B\" id=\"0x1002\"/>"
+                                                        "<tag name=\"C\" id=\"0x1003\"/><tag name=\"D\" id=\"0x1004\"/>"
+                                                        "<tag name=\"E\" id=\"0x1005\"><enums><enum name=\"X\" id=\"1\"/>"
+                                                        "<enum name=\"Y\" id=\"2\"/></enums><bits><bit name=\"P\" id=\"1\"/>"
+                                                        "<bit name=\"Q\" id=\"2\"/></bits></tag>");
+        const std::unique_ptr<Item> newRoot = parseBody("<tag name=\"B\" id=\"0x1012\"/><tag name=\"C\" id=\"0x2003\"/>"
+                                                        "<tag name=\"F\" id=\"0x1001\"/><tag name=\"D\" id=\"0x1004\"/>"
+                                                        "<tag name=\"E\" id=\"0x1005\"><enums><enum name=\"X\" id=\"3\"/>"
+                                                        "<enum name=\"Z\" id=\"2\"/></enums><bits><bit name=\"P\" id=\"3\"/>"
+                                                        "<bit name=\"R\" id=\"2\"/></bits></tag><tag name=\"G\" id=\"0x1007\"/>");
         QVERIFY(oldRoot && newRoot);
         const CompatibilityReport report(oldRoot.get(), newRoot.get());
         QList<CompatibilityReport::Kind> kinds;
@@ -194,11 +187,11 @@ private slots:
 
     void text()
     {
-        const std::unique_ptr<Item> oldRoot = parse(base);
-        const std::unique_ptr<Item> newRoot = parse("<tag name=\"Power\" id=\"0x3001\"/>"
-                                                    "<tag name=\"Mode\" id=\"0x1002\"><enums><enum name=\"Off\" id=\"0\"/>"
-                                                    "<enum name=\"On\" id=\"1\"/><enum name=\"Eco\" id=\"2\"/></enums></tag>"
-                                                    "<tag name=\"Level\" id=\"0x1003\"/>");
+        const std::unique_ptr<Item> oldRoot = parseBody(base);
+        const std::unique_ptr<Item> newRoot = parseBody("<tag name=\"Power\" id=\"0x3001\"/>"
+                                                        "<tag name=\"Mode\" id=\"0x1002\"><enums><enum name=\"Off\" id=\"0\"/>"
+                                                        "<enum name=\"On\" id=\"1\"/><enum name=\"Eco\" id=\"2\"/></enums></tag>"
+                                                        "<tag name=\"Level\" id=\"0x1003\"/>");
         QVERIFY(oldRoot && newRoot);
         const CompatibilityReport report(oldRoot.get(), newRoot.get());
         QCOMPARE(report.text(QStringLiteral("v1.zatdef"), QStringLiteral("v2.zatdef")),
@@ -216,7 +209,7 @@ private slots:
 
     void textWithoutChanges()
     {
-        const std::unique_ptr<Item> root = parse(base);
+        const std::unique_ptr<Item> root = parseBody(base);
         QVERIFY(root);
         const CompatibilityReport report(root.get(), root.get());
         QVERIFY(!report.isBreaking());
@@ -226,7 +219,7 @@ private slots:
 
     void emptyTrees()
     {
-        const std::unique_ptr<Item> root = parse(base);
+        const std::unique_ptr<Item> root = parseBody(base);
         QVERIFY(root);
         CompatibilityReport removed(root.get(), nullptr);
         QCOMPARE(texts(removed.breaks()),
