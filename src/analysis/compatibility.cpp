@@ -1,5 +1,6 @@
 #include "compatibility.h"
 
+#include "datatypes.h"
 #include "item.h"
 
 #include <QHash>
@@ -57,41 +58,10 @@ struct ValueIndex {
 
 QString typeText(unsigned int code)
 {
-    switch (dataType(code)) {
-    case Binary:
-        return QStringLiteral("Binary");
-    case Integer:
-        return QStringLiteral("Integer");
-    case Bool:
-        return QStringLiteral("Bool");
-    case String:
-        return QStringLiteral("String");
-    case Date:
-        return QStringLiteral("Date");
-    case Time:
-        return QStringLiteral("Time");
-    case DateTime:
-        return QStringLiteral("DateTime");
-    case BitArray:
-        return QStringLiteral("BitArray");
-    case NetworkAddress:
-        return QStringLiteral("NetworkAddress");
-    case List:
-        return QStringLiteral("List");
-    case Request:
-        return QStringLiteral("Request");
-    case Answer:
-        return QStringLiteral("Answer");
-    case Message:
-        return QStringLiteral("Message");
-    case ExtPoint:
-        return QStringLiteral("ExtPoint");
-    case ExtRect:
-        return QStringLiteral("ExtRect");
-    case ExtSize:
-        return QStringLiteral("ExtSize");
-    }
     const int type = dataType(code);
+    const QString name = DataTypes::enumName(type);
+    if (!name.isNull())
+        return name;
     // The data types without a name: 8, 10 and 11, and the extended ones past ExtSize.
     if (type < 16)
         return QStringLiteral("type %1").arg(type);

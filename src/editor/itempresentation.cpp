@@ -1,5 +1,7 @@
 #include "itempresentation.h"
 
+#include "datatypes.h"
+
 #include <QColor>
 
 namespace ZAT16 {
@@ -8,41 +10,8 @@ namespace {
 
 const char *tagIconPath(unsigned int code)
 {
-    switch (dataType(code)) {
-    case Binary:
-        return ":/icons/i16_data.png";
-    case Integer:
-        return ":/icons/i16_int.png";
-    case Bool:
-        return ":/icons/i16_bool.png";
-    case String:
-        return ":/icons/i16_string.png";
-    case Date:
-        return ":/icons/i16_date.png";
-    case Time:
-        return ":/icons/i16_time.png";
-    case DateTime:
-        return ":/icons/i16_datetime.png";
-    case BitArray:
-        return ":/icons/i16_list_bullets.png";
-    case NetworkAddress:
-        return ":/icons/i16_network.png";
-    case List:
-        return ":/icons/i16_list.png";
-    case Request:
-        return ":/icons/i16_question.png";
-    case Answer:
-        return ":/icons/i16_answer.png";
-    case Message:
-        return ":/icons/i16_message.png";
-    case ExtPoint:
-        return ":/icons/i16_point.png";
-    case ExtRect:
-        return ":/icons/i16_rect.png";
-    case ExtSize:
-        return ":/icons/i16_size.png";
-    }
-    return ":/icons/i16_empty.png";
+    const char *path = DataTypes::iconPath(dataType(code));
+    return path ? path : ":/icons/i16_empty.png";
 }
 
 } // namespace
@@ -140,40 +109,8 @@ QVariant ItemPresentation::tooltip(const Item *item, int column) const
         return invalid;
     if (item->type != Tag || !item->hasId || (column != 0 && column != 1))
         return QVariant();
-    switch (dataType(quint32(item->id))) {
-    case Binary:
-        return tr("Binary");
-    case Integer:
-        return tr("Integer");
-    case Bool:
-        return tr("Bool");
-    case String:
-        return tr("String");
-    case Date:
-        return tr("Date");
-    case Time:
-        return tr("Time");
-    case DateTime:
-        return tr("DateTime");
-    case BitArray:
-        return tr("BitArray");
-    case NetworkAddress:
-        return tr("Network-Address");
-    case List:
-        return tr("List");
-    case Request:
-        return tr("Request");
-    case Answer:
-        return tr("Answer");
-    case Message:
-        return tr("Message");
-    case ExtPoint:
-        return tr("Point");
-    case ExtRect:
-        return tr("Rect");
-    case ExtSize:
-        return tr("Size");
-    }
+    if (const char *text = DataTypes::tooltip(dataType(quint32(item->id))))
+        return tr(text);
     return QVariant();
 }
 
@@ -186,43 +123,18 @@ QVariant ItemPresentation::font(const Item *item, int column) const
     return QVariant();
 }
 
-ItemPresentation::Mark ItemPresentation::markWithoutCollisions(const Item *item, int column) const
-{
-    if (item->isComment())
-        return CommentLine;
-    if (!isNamed(item))
-        return Plain;
-    const bool hasName = !item->name.isEmpty();
-    const bool hasCode = item->hasId;
-    const bool codeOrName = column == 0 || column == 1;
-    if (column == 0 && hasName && !isValidIdentifier(item->name, nullptr))
-        return Marked; // the reader refuses it: the saved file would not open again
-    if (hasName && !hasCode && codeOrName)
-        return Marked;
-    // a nameless enumeration value with a code and a comment is legal
-    if (!hasName && hasCode && codeOrName && !(item->type == Enum && !item->comment.isEmpty()))
-        return Marked;
-    if (!item->children.isEmpty() && (!hasName || !hasCode))
-        return Marked;
-    return Undecided;
-}
-
-bool ItemPresentation::collides(Item::CollisionFlags flags, int column)
-{
-    return (flags.testFlag(Item::NameCollision) && column == 0) || (flags.testFlag(Item::IdCollision) && column == 1);
-}
-
-QVariant ItemPresentation::colour(Mark mark, int role)
+QVariant ItemPresentation::colour(Marks::CellMark mark, int role)
 {
     const bool background = role == Qt::BackgroundRole;
     switch (mark) {
-    case CommentLine:
+    case Marks::CommentMark:
         return background ? QColor(222, 255, 222) : QColor(0, 0, 0);
-    case Marked:
+    case Marks::ProblemMark:
         return background ? QColor(192, 0, 0) : QColor(255, 255, 255);
-    default:
-        return QVariant();
+    case Marks::NoMark:
+        break;
     }
+    return QVariant();
 }
 
 } // namespace ZAT16

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "item.h"
+#include "marks.h"
 
 #include <QCoreApplication>
 #include <QFont>
@@ -29,15 +30,12 @@ public:
     QVariant decoration(const Item *item, int column) const;
     QVariant tooltip(const Item *item, int column) const;
     QVariant font(const Item *item, int column) const;
-    /// The background or foreground colour of a cell; `collisions` is called for the item's
-    /// collision flags only when no other rule has decided.
-    template<typename Collisions>
-    QVariant highlight(const Item *item, int column, int role, const Collisions &collisions) const
+    /// The background or foreground colour of a cell; `collisions` gives the item's collision
+    /// flags and is called only when no other rule has decided.
+    QVariant highlight(
+        const Item *item, int column, int role, const std::function<Item::CollisionFlags()> &collisions) const
     {
-        const Mark mark = markWithoutCollisions(item, column);
-        if (mark == Undecided)
-            return colour(collides(collisions(), column) ? Marked : Plain, role);
-        return colour(mark, role);
+        return colour(Marks::cellMark(item, column, collisions), role);
     }
 
     QFont fixedFont() const { return m_fixedFont; }
@@ -46,10 +44,7 @@ public:
     void setCommentFont(const QFont &font) { m_commentFont = font; }
 
 private:
-    enum Mark { Plain, Marked, CommentLine, Undecided };
-    Mark markWithoutCollisions(const Item *item, int column) const;
-    static bool collides(Item::CollisionFlags flags, int column);
-    static QVariant colour(Mark mark, int role);
+    static QVariant colour(Marks::CellMark mark, int role);
     QIcon icon(const QString &path) const;
 
     QFont m_fixedFont;
