@@ -139,61 +139,7 @@ QVariant EditorModel::highlightData(const Item *item, int row, int column, int r
 
 Item::CollisionFlags EditorModel::findCollision(const Item *item) const
 {
-    const Item *parent = item->parent;
-    if (!parent)
-        return {};
-    const SiblingIndex *counts = siblingCounts(parent);
-    // An item that is not where its parent pointer says (taken out of the tree) and the
-    // children of a parent outside the document are compared the slow way, as Item does it.
-    const int row = findRow(item);
-    if (!counts || row < 0 || row >= parent->children.size() || parent->children.at(row) != item)
-        return item->findCollision();
-    return counts->collision(item);
-}
-
-// The counts of a parent in the document, made in one pass over its children on first need.
-// Parents outside the document get none: nothing would tell when they are deleted.
-const SiblingIndex *EditorModel::siblingCounts(const Item *parent) const
-{
-    const auto it = m_counts.constFind(parent);
-    if (it != m_counts.constEnd())
-        return &it.value();
-    // A taken item keeps its parent pointer, so each step up must be in its parent's list.
-    for (const Item *at = parent; at != m_root; at = at->parent) {
-        if (!at->parent || at->parent->children.value(findRow(at)) != at)
-            return nullptr;
-    }
-
-    return &m_counts.insert(parent, SiblingIndex(parent)).value();
-}
-
-// The counts of a parent that a change of its children is to update, when there are any.
-// Where a parent has none, no view has been told a colour of its children that depends on a
-// collision, since the counts are made for the first such answer and dropped only with a new
-// root or when the parent leaves the document: nothing needs to be repainted for them.
-// Counts that no longer match the list are dropped; `lost` tells that the whole list is to be
-// repainted after the change.
-SiblingIndex *EditorModel::countsForChange(const Item *parent, bool *lost)
-{
-    *lost = false;
-    const auto it = m_counts.find(parent);
-    if (it == m_counts.end())
-        return nullptr;
-    if (it->size() == parent->children.size())
-        return &it.value();
-    m_counts.erase(it);
-    *lost = true;
-    return nullptr;
-}
-
-// Rows leave the document with their subtrees; their counts would not follow later changes.
-void EditorModel::forgetCounts(const Item *item)
-{
-    if (m_counts.isEmpty())
-        return;
-    m_counts.remove(item);
-    for (const Item *child : item->children)
-        forgetCounts(child);
+    return m_collisions.collision(item, m_root, m_rowCache);
 }
 
 QVariant EditorModel::headerData(int section, Qt::Orientation orientation, int role) const
@@ -407,7 +353,7 @@ Qt::DropActions EditorModel::supportedDragActions() const
 
 void EditorModel::clearCaches()
 {
-    m_counts.clear();
+    m_collisions.clear();
     m_rowCache.clear();
 }
 
@@ -453,7 +399,7 @@ void EditorModel::cmdInsertRow(Item *parent, Item *item, int row)
     bool lost = false;
     beginInsertRows(item2index(parent), row, row);
     m_rowCache.clear();
-    SiblingIndex *counts = countsForChange(parent, &lost);
+    SiblingIndex *counts = m_collisions.forChange(parent, &lost);
     parent->insertChildBefore(row, item);
     if (counts)
         counts->insert(row, item, &changed);
@@ -472,11 +418,11 @@ Item *EditorModel::cmdTakeRow(Item *parent, int row)
     Changed changed;
     bool lost = false;
     beginRemoveRows(item2index(parent), row, row);
-    SiblingIndex *counts = countsForChange(parent, &lost);
+    SiblingIndex *counts = m_collisions.forChange(parent, &lost);
     Item *item = parent->takeChild(row);
     m_rowCache.clear();
     if (item) {
-        forgetCounts(item);
+        m_collisions.forget(item);
         if (counts)
             counts->remove(row, item, &changed);
     }
@@ -497,19 +443,8 @@ void EditorModel::cmdItemChanged(Item *item)
     const int row = findRow(item);
     Changed changed;
     bool lost = false;
-    if (const Item *parent = item->parent) {
-        const auto it = m_counts.find(parent);
-        if (it != m_counts.end()) {
-            SiblingIndex &counts = it.value();
-            if (row >= 0 && row < counts.size() && counts.size() == parent->children.size()
-                && parent->children.value(row) == item) {
-                counts.update(row, item, &changed);
-            } else {
-                m_counts.erase(it);
-                lost = true;
-            }
-        }
-    }
+    if (SiblingIndex *counts = m_collisions.forUpdate(item, row, &lost))
+        counts->update(row, item, &changed);
     rowChanged(item, row);
     if (!changed.isEmpty())
         rowsChanged(item->parent, changed);

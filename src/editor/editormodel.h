@@ -1,15 +1,13 @@
 #pragma once
 
+#include "collisioncache.h"
 #include "editoredits.h"
 #include "item.h"
 #include "itempresentation.h"
 #include "rowcache.h"
-#include "siblingindex.h"
 
 #include <QAbstractItemModel>
 #include <QFont>
-#include <QHash>
-#include <QVarLengthArray>
 
 class QUndoCommand;
 class QUndoStack;
@@ -123,9 +121,6 @@ signals:
 private:
     // Siblings whose collision flags a change turned on or off.
     using Changed = SiblingIndex::Changed;
-    const SiblingIndex *siblingCounts(const Item *parent) const;
-    SiblingIndex *countsForChange(const Item *parent, bool *lost);
-    void forgetCounts(const Item *item);
     void clearCaches();
     // Ask the views to repaint rows, all columns.
     void rowChanged(const Item *item, int row);
@@ -134,9 +129,7 @@ private:
 
     Item *m_root = nullptr;
     QUndoStack *m_undoStack = nullptr;
-    /// Collision counts per parent, made on first need. Data changes, insertions and removals
-    /// update the parent's counts; a removal drops those of the removed subtree, a new root all.
-    mutable QHash<const Item *, SiblingIndex> m_counts;
+    CollisionCache m_collisions;
     RowCache m_rowCache;
     ItemPresentation m_presentation;
     EditorEdits m_edits{ *this };
