@@ -105,31 +105,6 @@ QVariant EditorModel::data(const QModelIndex &index, int role) const
     }
 }
 
-QVariant EditorModel::displayData(const Item *item, int column) const
-{
-    return m_presentation.display(item, column);
-}
-
-QVariant EditorModel::editData(const Item *item, int column) const
-{
-    return m_presentation.edit(item, column);
-}
-
-QVariant EditorModel::decorationData(const Item *item, int column) const
-{
-    return m_presentation.decoration(item, column);
-}
-
-QVariant EditorModel::tooltipData(const Item *item, int column) const
-{
-    return m_presentation.tooltip(item, column);
-}
-
-QVariant EditorModel::fontData(const Item *item, int column) const
-{
-    return m_presentation.font(item, column);
-}
-
 // The row does not matter: the marks depend on the item and its siblings only.
 QVariant EditorModel::highlightData(const Item *item, int row, int column, int role) const
 {
@@ -237,81 +212,8 @@ void EditorModel::clear()
     setTags(nullptr);
 }
 
-void EditorModel::undoableSetTags(Item *root, const QModelIndex &index)
-{
-    m_edits.undoableSetTags(root, index);
-}
-
-void EditorModel::undoableClear(const QModelIndex &index)
-{
-    m_edits.undoableClear(index);
-}
-
-// ---------------------------------------------------------------------------------------------
-// Editing operations, made by EditorEdits
-
-bool EditorModel::setData(const QModelIndex &index, const QVariant &value, int role)
-{
-    return m_edits.setData(index, value, role);
-}
-
-bool EditorModel::setItemData(const QModelIndex &index, const ItemData &data)
-{
-    return m_edits.setItemData(index, data);
-}
-
-QModelIndex EditorModel::insertRow(int row, const QModelIndex &parent, Item *item)
-{
-    return m_edits.insertRow(row, parent, item);
-}
-
-bool EditorModel::insertRow(int row, const QModelIndex &parent)
-{
-    return m_edits.insertRow(row, parent);
-}
-
-QModelIndex EditorModel::insertAfter(const QModelIndex &at)
-{
-    return m_edits.insertAfter(at);
-}
-
-QModelIndex EditorModel::insertBefore(const QModelIndex &at)
-{
-    return m_edits.insertBefore(at);
-}
-
-QModelIndex EditorModel::insertList(const QModelIndex &at, ItemType kind)
-{
-    return m_edits.insertList(at, kind);
-}
-
-CommandDelete *EditorModel::prepareRemoveRow(int row, const QModelIndex &parent)
-{
-    return m_edits.prepareRemoveRow(row, parent);
-}
-
-bool EditorModel::removeRow(int row, const QModelIndex &parent)
-{
-    return m_edits.removeRow(row, parent);
-}
-
 // ---------------------------------------------------------------------------------------------
 // Clipboard and drag-and-drop
-
-QMimeData *EditorModel::copy(const QModelIndex &index)
-{
-    return m_edits.copy(index);
-}
-
-QMimeData *EditorModel::cut(const QModelIndex &index)
-{
-    return m_edits.cut(index);
-}
-
-QModelIndex EditorModel::paste(const QModelIndex &at, const QMimeData *data)
-{
-    return m_edits.paste(at, data);
-}
 
 QStringList EditorModel::mimeTypes() const
 {

@@ -40,11 +40,11 @@ public:
 
     // Reading
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
-    QVariant displayData(const Item *item, int column) const;
-    QVariant editData(const Item *item, int column) const;
-    QVariant decorationData(const Item *item, int column) const;
-    QVariant tooltipData(const Item *item, int column) const;
-    QVariant fontData(const Item *item, int column) const;
+    QVariant displayData(const Item *item, int column) const { return m_presentation.display(item, column); }
+    QVariant editData(const Item *item, int column) const { return m_presentation.edit(item, column); }
+    QVariant decorationData(const Item *item, int column) const { return m_presentation.decoration(item, column); }
+    QVariant tooltipData(const Item *item, int column) const { return m_presentation.tooltip(item, column); }
+    QVariant fontData(const Item *item, int column) const { return m_presentation.font(item, column); }
     QVariant highlightData(const Item *item, int row, int column, int role) const;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;
@@ -72,34 +72,34 @@ public:
     void setTags(Item *root);
     void clear();
     /// Installs a new document (null: an empty one) as one undoable step.
-    void undoableSetTags(Item *root, const QModelIndex &index);
-    void undoableClear(const QModelIndex &index);
+    void undoableSetTags(Item *root, const QModelIndex &index) { m_edits.undoableSetTags(root, index); }
+    void undoableClear(const QModelIndex &index) { m_edits.undoableClear(index); }
 
     // Editing operations: each pushes commands, none changes the tree directly
-    bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override;
+    bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override { return m_edits.setData(index, value, role); }
     using QAbstractItemModel::setItemData;
     /// Replaces the item's whole data as one undoable step (the item edit dialog's result).
-    bool setItemData(const QModelIndex &index, const ItemData &data);
+    bool setItemData(const QModelIndex &index, const ItemData &data) { return m_edits.setItemData(index, data); }
     /// Inserts `item` (the model takes it when the result is valid), or a new empty row when it
     /// is null. Tags go to the root level, values and lists into the lists of the enclosing tag.
-    QModelIndex insertRow(int row, const QModelIndex &parent, Item *item);
-    bool insertRow(int row, const QModelIndex &parent = QModelIndex());
+    QModelIndex insertRow(int row, const QModelIndex &parent, Item *item) { return m_edits.insertRow(row, parent, item); }
+    bool insertRow(int row, const QModelIndex &parent = QModelIndex()) { return m_edits.insertRow(row, parent); }
     /// A new empty row below `at` (the selection; invalid: the last row), or at the end of `at`
     /// when it is a list. The new row's index, or invalid when none was inserted.
-    QModelIndex insertAfter(const QModelIndex &at);
+    QModelIndex insertAfter(const QModelIndex &at) { return m_edits.insertAfter(at); }
     /// A new empty row above `at` (invalid: the first row), or at the start of `at` when it is
     /// a list; into an empty document as insertAfter().
-    QModelIndex insertBefore(const QModelIndex &at);
+    QModelIndex insertBefore(const QModelIndex &at) { return m_edits.insertBefore(at); }
     /// The enumeration or bit list of the tag that holds `at`, created when missing.
-    QModelIndex insertList(const QModelIndex &at, ItemType kind);
+    QModelIndex insertList(const QModelIndex &at, ItemType kind) { return m_edits.insertList(at, kind); }
     /// A new, unpushed delete command for the row, or null.
-    CommandDelete *prepareRemoveRow(int row, const QModelIndex &parent);
-    bool removeRow(int row, const QModelIndex &parent = QModelIndex());
+    CommandDelete *prepareRemoveRow(int row, const QModelIndex &parent) { return m_edits.prepareRemoveRow(row, parent); }
+    bool removeRow(int row, const QModelIndex &parent = QModelIndex()) { return m_edits.removeRow(row, parent); }
 
     // Clipboard and drag-and-drop
-    QMimeData *copy(const QModelIndex &index);
-    QMimeData *cut(const QModelIndex &index);
-    QModelIndex paste(const QModelIndex &at, const QMimeData *data);
+    QMimeData *copy(const QModelIndex &index) { return m_edits.copy(index); }
+    QMimeData *cut(const QModelIndex &index) { return m_edits.cut(index); }
+    QModelIndex paste(const QModelIndex &at, const QMimeData *data) { return m_edits.paste(at, data); }
     QStringList mimeTypes() const override;
     QMimeData *mimeData(const QModelIndexList &indexes) const override;
     bool dropMimeData(
