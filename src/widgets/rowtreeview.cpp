@@ -36,20 +36,9 @@ void RowTreeView::currentChanged(QModelIndex const &current, QModelIndex const &
 // call stack.
 void RowTreeView::expandSubtree(QModelIndex const &index)
 {
-    QAbstractItemModel const *itemModel = model();
-    if (!itemModel)
+    if (!model())
         return;
-    QStack<QModelIndex> pending;
-    pending.push(index);
-    while (!pending.isEmpty()) {
-        QModelIndex const parent = pending.pop();
-        int const rows = itemModel->rowCount(parent);
-        for (int row = 0; row < rows; ++row) {
-            QModelIndex const child = itemModel->index(row, 0, parent);
-            pending.push(child);
-            expand(child);
-        }
-    }
+    forEachBelow(index, &QTreeView::expand);
     expand(index);
 }
 
@@ -60,10 +49,16 @@ void RowTreeView::expandCurrentSubtree()
 
 void RowTreeView::collapseSubtree(QModelIndex const &index)
 {
-    QAbstractItemModel const *itemModel = model();
-    if (!itemModel)
+    if (!model())
         return;
     collapse(index);
+    forEachBelow(index, &QTreeView::collapse);
+}
+
+// Calls `action` on every row below `index`, each parent before its children.
+void RowTreeView::forEachBelow(QModelIndex const &index, void (QTreeView::*action)(QModelIndex const &))
+{
+    QAbstractItemModel const *itemModel = model();
     QStack<QModelIndex> pending;
     pending.push(index);
     while (!pending.isEmpty()) {
@@ -72,7 +67,7 @@ void RowTreeView::collapseSubtree(QModelIndex const &index)
         for (int row = 0; row < rows; ++row) {
             QModelIndex const child = itemModel->index(row, 0, parent);
             pending.push(child);
-            collapse(child);
+            (this->*action)(child);
         }
     }
 }

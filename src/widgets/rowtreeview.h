@@ -33,4 +33,7 @@ signals:
 protected slots:
     void selectionChanged(QItemSelection const &selected, QItemSelection const &deselected) override;
     void currentChanged(QModelIndex const &current, QModelIndex const &previous) override;
+
+private:
+    void forEachBelow(QModelIndex const &index, void (QTreeView::*action)(QModelIndex const &));
 };
