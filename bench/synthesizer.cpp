@@ -56,7 +56,9 @@ const char *const stages[2] = { "Stage", "Step" };
 
 const char *const bitSuffixes[6] = { "Enabled", "Fault", "Ready", "Present", "Request", "Lock" };
 
-const char *const units[8] = { "mV", "mA", "rpm", "0.1 hPa", "0.1 \xC2\xB0" "C", "percent", "ms", "steps" };
+// "0.1 °C" is split in two literals so that the hex escape ends before the C; the parentheses say
+// that the two make one element.
+const char *const units[8] = { "mV", "mA", "rpm", "0.1 hPa", ("0.1 \xC2\xB0" "C"), "percent", "ms", "steps" };
 
 char lower(char c)
 {

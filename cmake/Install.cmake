@@ -7,6 +7,7 @@
 #
 # The programs themselves are installed where they are built (src/app, src/cli); zatgen joins the
 # export set zat16Targets there, which becomes the imported target zat16::zatgen of the package.
+# Without the editor (ZAT16_EDITOR OFF) only zatgen, its man page and the CMake package are installed.
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -14,19 +15,25 @@ include(CMakePackageConfigHelpers)
 set(_zat16_packaging "${PROJECT_SOURCE_DIR}/packaging")
 
 # Desktop integration: the menu entry, the type of definitions files, the icon in every size drawn.
-install(FILES "${_zat16_packaging}/zatedit.desktop" DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
-install(FILES "${_zat16_packaging}/zatedit-mime.xml"
-    DESTINATION "${CMAKE_INSTALL_DATADIR}/mime/packages"
-    RENAME zatedit.xml)
-foreach(_size 16 32 48 64 128 256)
-    install(FILES "${PROJECT_SOURCE_DIR}/resources/hicolor/${_size}x${_size}/apps/zatedit.png"
-        DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/${_size}x${_size}/apps")
-endforeach()
+if(ZAT16_EDITOR)
+    install(FILES "${_zat16_packaging}/zatedit.desktop" DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
+    install(FILES "${_zat16_packaging}/zatedit-mime.xml"
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/mime/packages"
+        RENAME zatedit.xml)
+    foreach(_size 16 32 48 64 128 256)
+        install(FILES "${PROJECT_SOURCE_DIR}/resources/hicolor/${_size}x${_size}/apps/zatedit.png"
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/${_size}x${_size}/apps")
+    endforeach()
+endif()
 
 # Man pages, compressed as Debian installs them (gzip -n: no name or time stamp, so that the same
 # page always gives the same bytes).
 find_program(ZAT16_GZIP gzip)
-foreach(_page zatedit.1 zatgen.1)
+set(_zat16_pages zatgen.1)
+if(ZAT16_EDITOR)
+    list(PREPEND _zat16_pages zatedit.1)
+endif()
+foreach(_page IN LISTS _zat16_pages)
     if(ZAT16_GZIP)
         add_custom_command(OUTPUT "${PROJECT_BINARY_DIR}/man/${_page}.gz"
             COMMAND "${CMAKE_COMMAND}" -E make_directory "${PROJECT_BINARY_DIR}/man"
@@ -83,7 +90,9 @@ set(CPACK_DEBIAN_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "qt6-qpa-plugins")
+if(ZAT16_EDITOR)
+    set(CPACK_DEBIAN_PACKAGE_DEPENDS "qt6-qpa-plugins")
+endif()
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "cmake")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 include(CPack)

@@ -223,7 +223,7 @@ QString XmlParser::formatEW(const QString &kind, const QString &message) const
     return text + message;
 }
 
-QString XmlParser::tokenName(TokenType type)
+QString XmlParser::tokenName(int type)
 {
     static const char *const names[] = {
         "NoToken",
@@ -240,7 +240,7 @@ QString XmlParser::tokenName(TokenType type)
     };
     if (type >= 0 && type <= 10)
         return QString::fromLatin1(names[type]);
-    return QString::number(int(type));
+    return QString::number(type);
 }
 
 void XmlParser::warning(const QString &text)

@@ -75,7 +75,9 @@ public:
     /// kind + ": " + file name + ", Line L, Column C:\n  " + message.
     QString formatEW(const QString &kind, const QString &message) const;
 
-    static QString tokenName(TokenType type);
+    /// The name of a token type, or its number when it has none. The number is taken as an int:
+    /// a value outside TokenType must not be held in a TokenType.
+    static QString tokenName(int type);
 
     QString fileName; ///< the path, or "data" for a buffer
     bool verbose = false; ///< trace tokens and warnings with qDebug
