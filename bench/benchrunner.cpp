@@ -186,7 +186,7 @@ BenchRunner::Sample timed(F &&f)
     timer.start();
     f();
     const double wall = double(timer.nsecsElapsed()) / 1e6;
-    return BenchRunner::Sample{ threadCpuMs() - cpu, wall };
+    return BenchRunner::Sample { threadCpuMs() - cpu, wall };
 }
 
 QString grouped(qint64 n)
@@ -228,7 +228,7 @@ void reportMismatch(const QByteArray &expected, const QByteArray &actual)
 }
 
 const char *const editorRows[] = { "setTags", "first paint", "setTags + first paint", "edit (setData)",
-                                   "repaint",  "undo",        "edit + repaint + undo" };
+                                   "repaint", "undo",        "edit + repaint + undo" };
 
 } // namespace
 
@@ -237,7 +237,7 @@ BenchRunner::BenchRunner(const QList<int> &sizes)
 {
     const int n = int(sizes.size());
     auto add = [&](const QString &name, bool perByte) {
-        m_rows.append(Row{ name, perByte, QList<double>(n, -1), QList<double>(n, -1) });
+        m_rows.append(Row { name, perByte, QList<double>(n, -1), QList<double>(n, -1) });
     };
     add(QStringLiteral("anchor (reader loop)"), true);
     add(QStringLiteral("load"), true);
@@ -426,9 +426,9 @@ bool BenchRunner::measureSize(int column)
         }
         if (r >= 0) {
             samples[QStringLiteral("setTags + first paint")].append(
-                Sample{ setTags.cpu + firstPaint.cpu, setTags.wall + firstPaint.wall });
+                Sample { setTags.cpu + firstPaint.cpu, setTags.wall + firstPaint.wall });
             samples[QStringLiteral("edit + repaint + undo")].append(
-                Sample{ edit.cpu + repaint.cpu + undo.cpu, edit.wall + repaint.wall + undo.wall });
+                Sample { edit.cpu + repaint.cpu + undo.cpu, edit.wall + repaint.wall + undo.wall });
         }
     }
     for (auto it = samples.cbegin(); it != samples.cend(); ++it)
@@ -512,18 +512,16 @@ void BenchRunner::printTable() const
         }
         std::printf("\n");
     };
-    memoryLine("  peak added MB", [](const Memory &m) {
-        return QString::number(double(m.addedKiB()) * 1024 / 1e6, 'f', 1);
-    });
+    memoryLine("  peak added MB",
+               [](const Memory &m) { return QString::number(double(m.addedKiB()) * 1024 / 1e6, 'f', 1); });
     memoryLine("  peak added / file", [](const Memory &m) {
         return QString::number(double(m.addedKiB()) * 1024 / double(m.fileBytes), 'f', 2);
     });
     memoryLine("  kept by the tree MB", [](const Memory &m) {
         return QString::number(double(m.residentAfterKiB - m.residentBeforeKiB) * 1024 / 1e6, 'f', 1);
     });
-    memoryLine("  peak reset first", [](const Memory &m) {
-        return m.peakReset ? QStringLiteral("yes") : QStringLiteral("no");
-    });
+    memoryLine("  peak reset first",
+               [](const Memory &m) { return m.peakReset ? QStringLiteral("yes") : QStringLiteral("no"); });
     std::fflush(stdout);
 }
 
@@ -563,40 +561,31 @@ void BenchRunner::printGoals() const
     }
 
     const QString editRow = QStringLiteral("edit + repaint + undo");
-    goal(QStringLiteral("edit_repaint_growth"),
-         full ? ratio(value(editRow, 100000), value(editRow, 1000)) : -1,
-         3);
-    goal(QStringLiteral("first_paint_vs_load"), ratio(value(QStringLiteral("setTags + first paint"), large), load), 0.05);
+    goal(QStringLiteral("edit_repaint_growth"), full ? ratio(value(editRow, 100000), value(editRow, 1000)) : -1, 3);
+    goal(QStringLiteral("first_paint_vs_load"),
+         ratio(value(QStringLiteral("setTags + first paint"), large), load),
+         0.05);
 
     const Memory &memory = m_memory.at(m_sizes.indexOf(large));
-    goal(QStringLiteral("memory"),
-         memory.valid ? double(memory.addedKiB()) * 1024 / double(memory.fileBytes) : -1,
-         4);
+    goal(QStringLiteral("memory"), memory.valid ? double(memory.addedKiB()) * 1024 / double(memory.fileBytes) : -1, 4);
     std::fflush(stdout);
 }
 
 QStringList BenchRunner::profileOperations()
 {
-    return { QStringLiteral("anchor"),
-             QStringLiteral("load"),
-             QStringLiteral("save"),
-             QStringLiteral("header"),
-             QStringLiteral("lua"),
-             QStringLiteral("cpp"),
-             QStringLiteral("cs"),
-             QStringLiteral("cpplut"),
-             QStringLiteral("paint"),
-             QStringLiteral("edit") };
+    return { QStringLiteral("anchor"), QStringLiteral("load"), QStringLiteral("save"), QStringLiteral("header"),
+             QStringLiteral("lua"),    QStringLiteral("cpp"),  QStringLiteral("cs"),   QStringLiteral("cpplut"),
+             QStringLiteral("paint"),  QStringLiteral("edit") };
 }
 
 int BenchRunner::profile(const QString &operation, int tags)
 {
     const QByteArray bytes = Synthesizer::definitions(tags);
-    const int generator = QStringList{ QStringLiteral("header"),
-                                       QStringLiteral("lua"),
-                                       QStringLiteral("cpp"),
-                                       QStringLiteral("cs"),
-                                       QStringLiteral("cpplut") }
+    const int generator = QStringList { QStringLiteral("header"),
+                                        QStringLiteral("lua"),
+                                        QStringLiteral("cpp"),
+                                        QStringLiteral("cs"),
+                                        QStringLiteral("cpplut") }
                               .indexOf(operation);
     if (operation == QLatin1String("anchor")) {
         zatbench_profiled([&] { g_sink = anchor(bytes); });

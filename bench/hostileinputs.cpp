@@ -7,9 +7,9 @@
 
 #include <QElapsedTimer>
 #include <QFile>
-#include <QXmlStreamReader>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QXmlStreamReader>
 
 #include <cstdio>
 #include <cstdlib>
@@ -39,17 +39,17 @@ struct Shape {
 };
 
 const Shape shapeTable[] = {
-    {"empty-tags", "<tag/> after <tag/>: the smallest element that becomes an item"},
-    {"empty-comments", "<!----> after <!---->: the smallest comment that becomes an item"},
-    {"duplicate-values", "<enum id=\"1\"/> in one list: a warning for each"},
-    {"nameless-tags", "<tag id=\"0x1001\"/>: a double tag code and name warning for each"},
-    {"unknown-elements", "<x/> after <x/>: skipped with a warning each"},
-    {"blank-lines", "empty lines between tags"},
-    {"huge-comment", "one comment of the whole size"},
-    {"huge-attribute", "one tag comment of the whole size"},
-    {"deep-nesting", "lists nested 100 deep, again and again"},
-    {"attlist-default", "a 1 MB default attribute value declared for every tag", true},
-    {"many-attributes", "one element with an attribute for every 12 bytes", true},
+    { "empty-tags", "<tag/> after <tag/>: the smallest element that becomes an item" },
+    { "empty-comments", "<!----> after <!---->: the smallest comment that becomes an item" },
+    { "duplicate-values", "<enum id=\"1\"/> in one list: a warning for each" },
+    { "nameless-tags", "<tag id=\"0x1001\"/>: a double tag code and name warning for each" },
+    { "unknown-elements", "<x/> after <x/>: skipped with a warning each" },
+    { "blank-lines", "empty lines between tags" },
+    { "huge-comment", "one comment of the whole size" },
+    { "huge-attribute", "one tag comment of the whole size" },
+    { "deep-nesting", "lists nested 100 deep, again and again" },
+    { "attlist-default", "a 1 MB default attribute value declared for every tag", true },
+    { "many-attributes", "one element with an attribute for every 12 bytes", true },
 };
 
 // Processor time of the process so far, in milliseconds.
@@ -80,7 +80,10 @@ QByteArray HostileInputs::make(const QString &shape, qint64 bytes)
     if (shape == QLatin1String("empty-comments"))
         return repeated(root, "<!---->", end, bytes);
     if (shape == QLatin1String("duplicate-values"))
-        return repeated(root + "<tag name=\"T\" id=\"0x1001\"><enums>", "<enum id=\"1\"/>", "</enums></tag>" + end, bytes);
+        return repeated(root + "<tag name=\"T\" id=\"0x1001\"><enums>",
+                        "<enum id=\"1\"/>",
+                        "</enums></tag>" + end,
+                        bytes);
     if (shape == QLatin1String("nameless-tags"))
         return repeated(root, "<tag id=\"0x1001\"/>", end, bytes);
     if (shape == QLatin1String("unknown-elements"))
@@ -102,7 +105,9 @@ QByteArray HostileInputs::make(const QString &shape, qint64 bytes)
     }
     if (shape == QLatin1String("attlist-default"))
         return repeated("<!DOCTYPE zat16 [<!ATTLIST tag comment CDATA \"" + QByteArray(1 << 20, 'x') + "\">]>" + root,
-                        "<tag/>", end, bytes);
+                        "<tag/>",
+                        end,
+                        bytes);
     if (shape == QLatin1String("many-attributes")) {
         QByteArray text = root + "<tag";
         const qint64 count = bytes / 12;
@@ -135,7 +140,12 @@ int HostileInputs::child(const QString &path, bool anchored)
     const bool ok = parser.parse(path);
     const double ms = cpuMs() - start;
     const qint64 peakAfter = BenchRunner::statusKiB("VmHWM");
-    std::printf("READ %.0f %lld %d %lld %.0f\n", ms, peakAfter - peakBefore, ok ? 1 : 0, qint64(parser.warnings.size()), anchor);
+    std::printf("READ %.0f %lld %d %lld %.0f\n",
+                ms,
+                peakAfter - peakBefore,
+                ok ? 1 : 0,
+                qint64(parser.warnings.size()),
+                anchor);
     std::fflush(stdout);
     // The tree is left to the end of the process: freeing it would only cost time.
     std::_Exit(0);
@@ -167,7 +177,10 @@ int HostileInputs::run(const QString &program, int megabytes)
                 return 1;
         }
         QProcess reader;
-        reader.start(program, {QStringLiteral("--hostile-child"), path, shape.refused ? QStringLiteral("bare") : QStringLiteral("anchored")});
+        reader.start(program,
+                     { QStringLiteral("--hostile-child"),
+                       path,
+                       shape.refused ? QStringLiteral("bare") : QStringLiteral("anchored") });
         if (!reader.waitForFinished(600000) || reader.exitStatus() != QProcess::NormalExit) {
             std::printf("%-18s did not finish\n", shape.name);
             failed = true;
@@ -182,18 +195,29 @@ int HostileInputs::run(const QString &program, int megabytes)
         }
         const double ms = fields.at(1).toDouble();
         const double mib = fields.at(2).toDouble() / 1024.0;
-        std::printf("%-18s %9s %9.0f %9.1f %6s %11lld  %s\n", shape.name,
-                    shape.refused ? "-" : qPrintable(QString::number(fields.at(5).toDouble(), 'f', 0)), ms, mib,
-                    fields.at(3) == "1" ? "yes" : "no", fields.at(4).toLongLong(), shape.description);
-        results.append({QString::fromLatin1(shape.name), ms, mib});
+        std::printf("%-18s %9s %9.0f %9.1f %6s %11lld  %s\n",
+                    shape.name,
+                    shape.refused ? "-" : qPrintable(QString::number(fields.at(5).toDouble(), 'f', 0)),
+                    ms,
+                    mib,
+                    fields.at(3) == "1" ? "yes" : "no",
+                    fields.at(4).toLongLong(),
+                    shape.description);
+        results.append({ QString::fromLatin1(shape.name), ms, mib });
     }
     if (megabytes >= 100) {
         std::printf("\n");
         for (const Result &result : std::as_const(results)) {
             const double seconds = result.ms * scale / 1000.0;
             const double gib = result.mib * scale / 1024.0;
-            std::printf("GOAL hostile %s: seconds per 100 MB %.2f 2 %s\n", qPrintable(result.shape), seconds, seconds <= 2.0 ? "PASS" : "FAIL");
-            std::printf("GOAL hostile %s: GiB per 100 MB %.2f 1 %s\n", qPrintable(result.shape), gib, gib <= 1.0 ? "PASS" : "FAIL");
+            std::printf("GOAL hostile %s: seconds per 100 MB %.2f 2 %s\n",
+                        qPrintable(result.shape),
+                        seconds,
+                        seconds <= 2.0 ? "PASS" : "FAIL");
+            std::printf("GOAL hostile %s: GiB per 100 MB %.2f 1 %s\n",
+                        qPrintable(result.shape),
+                        gib,
+                        gib <= 1.0 ? "PASS" : "FAIL");
         }
     }
     return failed ? 1 : 0;

@@ -68,7 +68,7 @@ int main(int argc, char *argv[])
     }
 
     QList<int> sizes = { 1000, 10000, 100000 };
-    if (args == QStringList{ QStringLiteral("--quick") }) {
+    if (args == QStringList { QStringLiteral("--quick") }) {
         sizes = { 1000, 10000 };
     } else if (!args.isEmpty()) {
         usage();

@@ -12,43 +12,28 @@ struct Weight {
     int weight;
 };
 const Weight weights[] = {
-    { Integer, 26 },
-    { Bool, 9 },
-    { String, 10 },
-    { Binary, 5 },
-    { Date, 3 },
-    { Time, 3 },
-    { DateTime, 4 },
-    { BitArray, 6 },
-    { NetworkAddress, 2 },
-    { List, 3 },
-    { Request, 12 },
-    { Answer, 1 },
-    { Message, 5 },
-    { ExtPoint, 1 },
-    { ExtRect, 1 },
-    { ExtSize, 1 },
+    { Integer, 26 }, { Bool, 9 },     { String, 10 },        { Binary, 5 },  { Date, 3 },     { Time, 3 },
+    { DateTime, 4 }, { BitArray, 6 }, { NetworkAddress, 2 }, { List, 3 },    { Request, 12 }, { Answer, 1 },
+    { Message, 5 },  { ExtPoint, 1 }, { ExtRect, 1 },        { ExtSize, 1 },
 };
 
 const char *const nouns[32] = {
-    "Battery", "Motor",  "Pump",   "Valve", "Sensor", "Heater",  "Fan",    "Door",
-    "Light",   "Clock",  "Alarm",  "Relay", "Channel", "Port",   "Buffer", "Filter",
-    "Timer",   "Counter", "Display", "Switch", "Charger", "Cell", "Module", "Link",
-    "Frame",   "Zone",   "Tank",   "Brake", "Wheel",  "Gear",    "Lamp",   "Meter",
+    "Battery", "Motor",   "Pump",  "Valve",  "Sensor", "Heater", "Fan",     "Door",    "Light",  "Clock",   "Alarm",
+    "Relay",   "Channel", "Port",  "Buffer", "Filter", "Timer",  "Counter", "Display", "Switch", "Charger", "Cell",
+    "Module",  "Link",    "Frame", "Zone",   "Tank",   "Brake",  "Wheel",   "Gear",    "Lamp",   "Meter",
 };
 
 const char *const quantities[32] = {
-    "Voltage", "Current", "Speed",   "Pressure", "Temperature", "Level",  "State",  "Mode",
-    "Status",  "Count",   "Limit",   "Offset",   "Gain",        "Error",  "Flags",  "Config",
-    "Address", "Interval", "Timeout", "Threshold", "Version",   "Serial", "Label",  "Power",
-    "Position", "Torque", "Flow",    "Load",     "Period",      "Duty",   "Phase",  "Range",
+    "Voltage",  "Current",  "Speed",   "Pressure",  "Temperature", "Level",  "State", "Mode",
+    "Status",   "Count",    "Limit",   "Offset",    "Gain",        "Error",  "Flags", "Config",
+    "Address",  "Interval", "Timeout", "Threshold", "Version",     "Serial", "Label", "Power",
+    "Position", "Torque",   "Flow",    "Load",      "Period",      "Duty",   "Phase", "Range",
 };
 
 const char *const states[32] = {
-    "Off",    "On",      "Idle",    "Ready",   "Busy",    "Fault",   "Low",     "High",
-    "Normal", "Fast",    "Slow",    "Open",    "Closed",  "Locked",  "Manual",  "Auto",
-    "Standby", "Active", "Paused",  "Stopped", "Running", "Warning", "Critical", "Unknown",
-    "Reset",  "Init",    "Sleep",   "Wake",    "Boost",   "Eco",     "Test",    "Service",
+    "Off",      "On",      "Idle",   "Ready",  "Busy",  "Fault",   "Low",    "High",   "Normal",  "Fast",    "Slow",
+    "Open",     "Closed",  "Locked", "Manual", "Auto",  "Standby", "Active", "Paused", "Stopped", "Running", "Warning",
+    "Critical", "Unknown", "Reset",  "Init",   "Sleep", "Wake",    "Boost",  "Eco",    "Test",    "Service",
 };
 
 // Second words for the values past the 32nd of a long list.
@@ -58,7 +43,15 @@ const char *const bitSuffixes[6] = { "Enabled", "Fault", "Ready", "Present", "Re
 
 // "0.1 °C" is split in two literals so that the hex escape ends before the C; the parentheses say
 // that the two make one element.
-const char *const units[8] = { "mV", "mA", "rpm", "0.1 hPa", ("0.1 \xC2\xB0" "C"), "percent", "ms", "steps" };
+const char *const units[8] = { "mV",
+                               "mA",
+                               "rpm",
+                               "0.1 hPa",
+                               ("0.1 \xC2\xB0"
+                                "C"),
+                               "percent",
+                               "ms",
+                               "steps" };
 
 char lower(char c)
 {
@@ -257,8 +250,7 @@ void Synthesizer::writeTagComment(const char *noun, const char *quantity, int in
         text = QByteArray("Raw ") + lowerQuantity + " of " + noun + " " + number;
         break;
     case 7:
-        text = QByteArray(noun) + " " + lowerQuantity + " in " + units[range(0, 7)]
-            + ", averaged over the last second";
+        text = QByteArray(noun) + " " + lowerQuantity + " in " + units[range(0, 7)] + ", averaged over the last second";
         break;
     case 8:
         text = QByteArray(quantity) + " of " + noun + " " + number + " -> written by the service tool";

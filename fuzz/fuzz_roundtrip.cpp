@@ -56,7 +56,7 @@ void writeCounts()
 {
     if (!lossFolder.isEmpty())
         writeFile(lossFolder + QStringLiteral("/counts-%1.txt").arg(QCoreApplication::applicationPid()),
-            countsText().toUtf8());
+                  countsText().toUtf8());
 }
 
 void record(const QByteArray &data, const FuzzChecks::RoundTrip &result)
@@ -73,7 +73,7 @@ void record(const QByteArray &data, const FuzzChecks::RoundTrip &result)
     if (!example.exists() || example.size() > data.size()) {
         writeFile(base + QStringLiteral(".zatdef"), data);
         writeFile(base + QStringLiteral(".txt"),
-            (result.lossKind + QStringLiteral("\n\n") + result.loss + QLatin1Char('\n')).toUtf8());
+                  (result.lossKind + QStringLiteral("\n\n") + result.loss + QLatin1Char('\n')).toUtf8());
     }
     if ((count & (count - 1)) == 0)
         writeCounts();
@@ -111,7 +111,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         // Counted by kind like the differences: the texts without the names and numbers.
         static const QRegularExpression values(QStringLiteral("\"[^\"]*\"|0x[0-9A-F]+|\\b[0-9]+\\b"));
         FuzzChecks::RoundTrip refusal;
-        refusal.lossKind = QStringLiteral("save refused: ") + QString(result.refused).replace(values, QStringLiteral("_"));
+        refusal.lossKind
+            = QStringLiteral("save refused: ") + QString(result.refused).replace(values, QStringLiteral("_"));
         refusal.loss = result.refused;
         record(QByteArray(bytes.constData(), bytes.size()), refusal);
         return 0;

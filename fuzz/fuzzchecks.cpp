@@ -26,291 +26,287 @@ namespace FuzzChecks {
 
 namespace {
 
-    // Failure texts quote inputs in C notation so that a report shows control characters and
-    // invalid UTF-8 exactly.
-    QString quoted(const QByteArray &bytes, int limit = 200)
-    {
-        QString text = QStringLiteral("\"");
-        for (int i = 0; i < bytes.size() && i < limit; ++i) {
-            const uchar c = uchar(bytes.at(i));
-            if (c == '"' || c == '\\') {
-                text += QLatin1Char('\\');
-                text += QLatin1Char(char(c));
-            } else if (c == '\n') {
-                text += QStringLiteral("\\n");
-            } else if (c >= 0x20 && c < 0x7F) {
-                text += QLatin1Char(char(c));
-            } else {
-                text += QStringLiteral("\\x%1").arg(c, 2, 16, QLatin1Char('0'));
-            }
-        }
-        if (bytes.size() > limit)
-            text += QStringLiteral("\"... (%1 bytes)").arg(bytes.size());
-        else
-            text += QLatin1Char('"');
-        return text;
-    }
-
-    QString kindName(int type)
-    {
-        switch (type) {
-        case Root:
-            return QStringLiteral("zat16");
-        case Tag:
-            return QStringLiteral("tag");
-        case Enums:
-            return QStringLiteral("enums");
-        case Enum:
-            return QStringLiteral("enum");
-        case Bits:
-            return QStringLiteral("bits");
-        case Bit:
-            return QStringLiteral("bit");
-        default:
-            return QString::number(type);
+// Failure texts quote inputs in C notation so that a report shows control characters and
+// invalid UTF-8 exactly.
+QString quoted(const QByteArray &bytes, int limit = 200)
+{
+    QString text = QStringLiteral("\"");
+    for (int i = 0; i < bytes.size() && i < limit; ++i) {
+        const uchar c = uchar(bytes.at(i));
+        if (c == '"' || c == '\\') {
+            text += QLatin1Char('\\');
+            text += QLatin1Char(char(c));
+        } else if (c == '\n') {
+            text += QStringLiteral("\\n");
+        } else if (c >= 0x20 && c < 0x7F) {
+            text += QLatin1Char(char(c));
+        } else {
+            text += QStringLiteral("\\x%1").arg(c, 2, 16, QLatin1Char('0'));
         }
     }
+    if (bytes.size() > limit)
+        text += QStringLiteral("\"... (%1 bytes)").arg(bytes.size());
+    else
+        text += QLatin1Char('"');
+    return text;
+}
 
-    // What an item is to the writer: a comment, a blank line or an element of its type.
-    QString itemLabel(const Item *item)
-    {
-        if (item->isComment())
-            return QStringLiteral("comment item");
-        if (item->isNewline())
-            return QStringLiteral("blank-line item");
-        return QLatin1Char('<') + kindName(item->type) + QLatin1Char('>');
+QString kindName(int type)
+{
+    switch (type) {
+    case Root:
+        return QStringLiteral("zat16");
+    case Tag:
+        return QStringLiteral("tag");
+    case Enums:
+        return QStringLiteral("enums");
+    case Enum:
+        return QStringLiteral("enum");
+    case Bits:
+        return QStringLiteral("bits");
+    case Bit:
+        return QStringLiteral("bit");
+    default:
+        return QString::number(type);
     }
+}
 
-    QString dumpItem(const Item *item, int indent)
-    {
-        QString line = QString(indent, QLatin1Char(' ')) + kindName(item->type);
-        if (item->hasId)
-            line += QStringLiteral(" id=0x") + QString::number(item->id, 16);
-        else if (item->id != 0)
-            line += QStringLiteral(" noid=0x") + QString::number(item->id, 16);
-        if (!item->name.isEmpty())
-            line += QStringLiteral(" name='") + item->name + QLatin1Char('\'');
-        if (!item->comment.isEmpty())
-            line += QStringLiteral(" comment='") + item->comment + QLatin1Char('\'');
-        if (item->display.mode || item->display.digits)
-            line += QStringLiteral(" display=%1/%2").arg(item->display.mode).arg(item->display.digits);
-        if (item->secure)
-            line += QStringLiteral(" secure");
-        line += QLatin1Char('\n');
-        for (const Item *child : item->children) {
-            if (child->parent != item)
-                line += QString(indent + 2, QLatin1Char(' ')) + QStringLiteral("(wrong parent)\n");
-            line += dumpItem(child, indent + 2);
-        }
-        return line;
+// What an item is to the writer: a comment, a blank line or an element of its type.
+QString itemLabel(const Item *item)
+{
+    if (item->isComment())
+        return QStringLiteral("comment item");
+    if (item->isNewline())
+        return QStringLiteral("blank-line item");
+    return QLatin1Char('<') + kindName(item->type) + QLatin1Char('>');
+}
+
+QString dumpItem(const Item *item, int indent)
+{
+    QString line = QString(indent, QLatin1Char(' ')) + kindName(item->type);
+    if (item->hasId)
+        line += QStringLiteral(" id=0x") + QString::number(item->id, 16);
+    else if (item->id != 0)
+        line += QStringLiteral(" noid=0x") + QString::number(item->id, 16);
+    if (!item->name.isEmpty())
+        line += QStringLiteral(" name='") + item->name + QLatin1Char('\'');
+    if (!item->comment.isEmpty())
+        line += QStringLiteral(" comment='") + item->comment + QLatin1Char('\'');
+    if (item->display.mode || item->display.digits)
+        line += QStringLiteral(" display=%1/%2").arg(item->display.mode).arg(item->display.digits);
+    if (item->secure)
+        line += QStringLiteral(" secure");
+    line += QLatin1Char('\n');
+    for (const Item *child : item->children) {
+        if (child->parent != item)
+            line += QString(indent + 2, QLatin1Char(' ')) + QStringLiteral("(wrong parent)\n");
+        line += dumpItem(child, indent + 2);
     }
+    return line;
+}
 
-    // The fields in which two items differ, by name.
-    // The "display" attribute as the writer puts it, empty when it writes none.
-    QString writtenDisplay(const Item *item)
-    {
-        const DisplayMode &display = item->display;
-        const bool hasMode = display.mode >= 1 && display.mode <= 5;
-        if (!hasMode && display.digits == 0)
-            return QString();
-        return (display.digits ? QString::number(display.digits) : QString())
-            + (hasMode ? QString(QLatin1Char("duxoy"[display.mode - 1])) : QString());
+// The fields in which two items differ, by name.
+// The "display" attribute as the writer puts it, empty when it writes none.
+QString writtenDisplay(const Item *item)
+{
+    const DisplayMode &display = item->display;
+    const bool hasMode = display.mode >= 1 && display.mode <= 5;
+    if (!hasMode && display.digits == 0)
+        return QString();
+    return (display.digits ? QString::number(display.digits) : QString())
+        + (hasMode ? QString(QLatin1Char("duxoy"[display.mode - 1])) : QString());
+}
+
+// The parts of two items that the writer puts into the file and that differ: a difference
+// of A and B must come from one of them. (An item's other fields, such as the secure flag of
+// an item written as a comment, are lost on the first save already and change nothing after.)
+// The item alone as the writer writes it, with the characters that XML cannot carry
+// replaced; its id is left out (it depends on the display modes of the parents).
+QByteArray writtenForm(const Item *item)
+{
+    WriterXml writer;
+    auto *copy = new Item(static_cast<const ItemData &>(*item));
+    copy->id = 0;
+    if (!item->parent) {
+        // The document's root: its comment is the document type declaration.
+        std::unique_ptr<Item> root(copy);
+        return writer.encode(root.get());
     }
+    // Anything else is written inside a root, or its comment would be taken for one.
+    Item root;
+    root.type = Root;
+    root.appendChild(copy);
+    return writer.encode(&root);
+}
 
-    // The parts of two items that the writer puts into the file and that differ: a difference
-    // of A and B must come from one of them. (An item's other fields, such as the secure flag of
-    // an item written as a comment, are lost on the first save already and change nothing after.)
-    // The item alone as the writer writes it, with the characters that XML cannot carry
-    // replaced; its id is left out (it depends on the display modes of the parents).
-    QByteArray writtenForm(const Item *item)
-    {
-        WriterXml writer;
-        auto *copy = new Item(static_cast<const ItemData &>(*item));
-        copy->id = 0;
-        if (!item->parent) {
-            // The document's root: its comment is the document type declaration.
-            std::unique_ptr<Item> root(copy);
-            return writer.encode(root.get());
-        }
-        // Anything else is written inside a root, or its comment would be taken for one.
-        Item root;
-        root.type = Root;
-        root.appendChild(copy);
-        return writer.encode(&root);
-    }
-
-    QStringList differentFields(const Item *x, const Item *y)
-    {
-        QStringList fields;
-        if (itemLabel(x) != itemLabel(y))
-            return { QStringLiteral("kind") };
-        if (x->isNewline())
-            return fields;
-        if (!x->isComment() && (x->hasId != y->hasId || (x->hasId && x->formatId() != y->formatId())))
-            fields << QStringLiteral("id");
-        if (writtenForm(x) == writtenForm(y))
-            return fields;
-        if (x->name != y->name)
-            fields << QStringLiteral("name");
-        if (x->comment != y->comment)
-            fields << QStringLiteral("comment");
-        if (x->secure != y->secure)
-            fields << QStringLiteral("secure");
-        if (writtenDisplay(x) != writtenDisplay(y))
-            fields << QStringLiteral("display");
-        if (fields.isEmpty())
-            fields << QStringLiteral("written form");
+QStringList differentFields(const Item *x, const Item *y)
+{
+    QStringList fields;
+    if (itemLabel(x) != itemLabel(y))
+        return { QStringLiteral("kind") };
+    if (x->isNewline())
         return fields;
-    }
+    if (!x->isComment() && (x->hasId != y->hasId || (x->hasId && x->formatId() != y->formatId())))
+        fields << QStringLiteral("id");
+    if (writtenForm(x) == writtenForm(y))
+        return fields;
+    if (x->name != y->name)
+        fields << QStringLiteral("name");
+    if (x->comment != y->comment)
+        fields << QStringLiteral("comment");
+    if (x->secure != y->secure)
+        fields << QStringLiteral("secure");
+    if (writtenDisplay(x) != writtenDisplay(y))
+        fields << QStringLiteral("display");
+    if (fields.isEmpty())
+        fields << QStringLiteral("written form");
+    return fields;
+}
 
-    bool sameData(const Item *x, const Item *y)
-    {
-        return differentFields(x, y).isEmpty() && x->children.size() == y->children.size();
-    }
+bool sameData(const Item *x, const Item *y)
+{
+    return differentFields(x, y).isEmpty() && x->children.size() == y->children.size();
+}
 
-    // The first difference between two trees, walking both in file order. `what` gets the place
-    // and the values, `kind` the same without values, so that differences of one kind can be counted.
-    // Where a child is missing or extra, the siblings after it are lined up again, so that one lost
-    // item is reported as such and not as a change of every item after it.
-    bool firstDifference(const Item *x, const Item *y, const QString &path, QString *what, QString *kind)
-    {
-        const QStringList fields = differentFields(x, y);
-        if (!fields.isEmpty()) {
-            if (itemLabel(x) != itemLabel(y))
-                *kind = itemLabel(x) + QStringLiteral(" became a ") + itemLabel(y);
-            else
-                *kind = itemLabel(x) + QStringLiteral(" changed its ") + fields.join(QStringLiteral(", "));
-            *what = path + QStringLiteral(": ") + *kind + QStringLiteral(":\n    before: ")
-                + dumpItem(x, 0).section(QLatin1Char('\n'), 0, 0) + QStringLiteral("\n    after:  ")
-                + dumpItem(y, 0).section(QLatin1Char('\n'), 0, 0);
+// The first difference between two trees, walking both in file order. `what` gets the place
+// and the values, `kind` the same without values, so that differences of one kind can be counted.
+// Where a child is missing or extra, the siblings after it are lined up again, so that one lost
+// item is reported as such and not as a change of every item after it.
+bool firstDifference(const Item *x, const Item *y, const QString &path, QString *what, QString *kind)
+{
+    const QStringList fields = differentFields(x, y);
+    if (!fields.isEmpty()) {
+        if (itemLabel(x) != itemLabel(y))
+            *kind = itemLabel(x) + QStringLiteral(" became a ") + itemLabel(y);
+        else
+            *kind = itemLabel(x) + QStringLiteral(" changed its ") + fields.join(QStringLiteral(", "));
+        *what = path + QStringLiteral(": ") + *kind + QStringLiteral(":\n    before: ")
+            + dumpItem(x, 0).section(QLatin1Char('\n'), 0, 0) + QStringLiteral("\n    after:  ")
+            + dumpItem(y, 0).section(QLatin1Char('\n'), 0, 0);
+        return true;
+    }
+    const QList<Item *> &a = x->children;
+    const QList<Item *> &b = y->children;
+    const QString where = QStringLiteral(" in ") + itemLabel(x);
+    for (int i = 0; i < qMax(a.size(), b.size()); ++i) {
+        const QString childPath = path + QLatin1Char('/') + kindName((i < a.size() ? a.at(i) : b.at(i))->type)
+            + QLatin1Char('[') + QString::number(i) + QLatin1Char(']');
+        if (i >= b.size()) {
+            *kind = itemLabel(a.at(i)) + QStringLiteral(" lost at the end") + where;
+            *what = childPath + QStringLiteral(": ") + *kind + QStringLiteral(": ") + dumpItem(a.at(i), 0).trimmed();
             return true;
         }
-        const QList<Item *> &a = x->children;
-        const QList<Item *> &b = y->children;
-        const QString where = QStringLiteral(" in ") + itemLabel(x);
-        for (int i = 0; i < qMax(a.size(), b.size()); ++i) {
-            const QString childPath = path + QLatin1Char('/') + kindName((i < a.size() ? a.at(i) : b.at(i))->type)
-                + QLatin1Char('[') + QString::number(i) + QLatin1Char(']');
-            if (i >= b.size()) {
-                *kind = itemLabel(a.at(i)) + QStringLiteral(" lost at the end") + where;
-                *what
-                    = childPath + QStringLiteral(": ") + *kind + QStringLiteral(": ") + dumpItem(a.at(i), 0).trimmed();
-                return true;
-            }
-            if (i >= a.size()) {
-                *kind = itemLabel(b.at(i)) + QStringLiteral(" added at the end") + where;
-                *what
-                    = childPath + QStringLiteral(": ") + *kind + QStringLiteral(": ") + dumpItem(b.at(i), 0).trimmed();
-                return true;
-            }
-            if (sameData(a.at(i), b.at(i))) {
-                if (firstDifference(a.at(i), b.at(i), childPath, what, kind))
-                    return true;
-                continue;
-            }
-            bool moved = false;
-            for (int j = i + 1; j < b.size() && !moved; ++j)
-                moved = sameData(a.at(i), b.at(j));
-            if (moved && a.size() == b.size()) {
-                *kind = QStringLiteral("children reordered") + where;
-                *what = childPath + QStringLiteral(": ") + *kind + QStringLiteral(": ") + dumpItem(a.at(i), 0).trimmed()
-                    + QStringLiteral(" moved down");
-                return true;
-            }
-            // One or a few items missing or extra here, and the rest lines up again.
-            bool lost = false;
-            bool added = false;
-            for (int k = 1; k <= 3 && !lost; ++k)
-                lost = i + k < a.size() && sameData(a.at(i + k), b.at(i));
-            for (int k = 1; k <= 3 && !lost && !added; ++k)
-                added = i + k < b.size() && sameData(a.at(i), b.at(i + k));
-            if (lost) {
-                *kind = itemLabel(a.at(i)) + QStringLiteral(" lost") + where;
-                *what
-                    = childPath + QStringLiteral(": ") + *kind + QStringLiteral(": ") + dumpItem(a.at(i), 0).trimmed();
-                return true;
-            }
-            if (added) {
-                *kind = itemLabel(b.at(i)) + QStringLiteral(" added") + where;
-                *what
-                    = childPath + QStringLiteral(": ") + *kind + QStringLiteral(": ") + dumpItem(b.at(i), 0).trimmed();
-                return true;
-            }
-            return firstDifference(a.at(i), b.at(i), childPath, what, kind);
+        if (i >= a.size()) {
+            *kind = itemLabel(b.at(i)) + QStringLiteral(" added at the end") + where;
+            *what = childPath + QStringLiteral(": ") + *kind + QStringLiteral(": ") + dumpItem(b.at(i), 0).trimmed();
+            return true;
         }
-        return false;
-    }
-
-    // The first line where two texts differ, with both versions of it.
-    QString lineDifference(const QByteArray &x, const QByteArray &y)
-    {
-        const QList<QByteArray> a = x.split('\n');
-        const QList<QByteArray> b = y.split('\n');
-        for (int i = 0; i < qMax(a.size(), b.size()); ++i) {
-            const QByteArray la = i < a.size() ? a.at(i) : QByteArray("(none)");
-            const QByteArray lb = i < b.size() ? b.at(i) : QByteArray("(none)");
-            if (la != lb) {
-                return QStringLiteral("first difference in line %1:\n    - %2\n    + %3")
-                    .arg(i + 1)
-                    .arg(quoted(la), quoted(lb));
-            }
+        if (sameData(a.at(i), b.at(i))) {
+            if (firstDifference(a.at(i), b.at(i), childPath, what, kind))
+                return true;
+            continue;
         }
-        return QStringLiteral("no line differs");
-    }
-
-    // Fresh parser per text; the caller owns the tree (null when the text does not load).
-    Item *load(const QByteArray &data, QString *error = nullptr)
-    {
-        Parser parser;
-        const bool ok = parser.parse(data);
-        if (error)
-            *error = parser.errorString();
-        return ok ? parser.takeRoot() : nullptr;
-    }
-
-    QByteArray save(const Item *root)
-    {
-        WriterXml writer;
-        return writer.encode(root);
-    }
-
-    // `depth` 0 is the root. Reading that stops early at stray text leaves the root unfinished: its
-    // range check is skipped, and only the children of the root's children are certain to have had
-    // their blank lines trimmed.
-    // Characters of text held by the tree. Without entities every one of them comes from at least
-    // one byte of the input, so more characters than input bytes mean that entities were expanded.
-    qsizetype treeText(const Item *item)
-    {
-        qsizetype size = item->name.size() + item->comment.size();
-        for (const Item *child : item->children)
-            size += treeText(child);
-        return size;
-    }
-
-    QString checkTree(const Item *item, int depth)
-    {
-        if (item->type < Root || item->type > Bit)
-            return QStringLiteral("an item has the type %1:\n").arg(int(item->type)) + dumpItem(item, 0);
-        // The top element's own checks come after its children; stray text that ends reading early
-        // skips them, and the top element is kept as read so far.
-        if (depth > 0 && item->type == Tag && (item->id >> 16))
-            return QStringLiteral("a tag has a code of 0x10000 or more:\n") + dumpItem(item, 0);
-        QString error;
-        if (!item->name.isEmpty() && !isValidIdentifier(item->name, &error))
-            return QStringLiteral("an item has a name that is no identifier (%1):\n").arg(error) + dumpItem(item, 0);
-        // Blank lines at the end of an element are trimmed once its parent has been read; only the
-        // root keeps its own.
-        if (depth >= 2 && !item->children.isEmpty() && item->children.last()->isNewline())
-            return QStringLiteral("an element ends with a blank line:\n") + dumpItem(item, 0);
-        for (const Item *child : item->children) {
-            if (child->parent != item)
-                return QStringLiteral("a child does not point back to its parent:\n") + dumpItem(item, 0);
-            const QString failure = checkTree(child, depth + 1);
-            if (!failure.isEmpty())
-                return failure;
+        bool moved = false;
+        for (int j = i + 1; j < b.size() && !moved; ++j)
+            moved = sameData(a.at(i), b.at(j));
+        if (moved && a.size() == b.size()) {
+            *kind = QStringLiteral("children reordered") + where;
+            *what = childPath + QStringLiteral(": ") + *kind + QStringLiteral(": ") + dumpItem(a.at(i), 0).trimmed()
+                + QStringLiteral(" moved down");
+            return true;
         }
-        return QString();
+        // One or a few items missing or extra here, and the rest lines up again.
+        bool lost = false;
+        bool added = false;
+        for (int k = 1; k <= 3 && !lost; ++k)
+            lost = i + k < a.size() && sameData(a.at(i + k), b.at(i));
+        for (int k = 1; k <= 3 && !lost && !added; ++k)
+            added = i + k < b.size() && sameData(a.at(i), b.at(i + k));
+        if (lost) {
+            *kind = itemLabel(a.at(i)) + QStringLiteral(" lost") + where;
+            *what = childPath + QStringLiteral(": ") + *kind + QStringLiteral(": ") + dumpItem(a.at(i), 0).trimmed();
+            return true;
+        }
+        if (added) {
+            *kind = itemLabel(b.at(i)) + QStringLiteral(" added") + where;
+            *what = childPath + QStringLiteral(": ") + *kind + QStringLiteral(": ") + dumpItem(b.at(i), 0).trimmed();
+            return true;
+        }
+        return firstDifference(a.at(i), b.at(i), childPath, what, kind);
     }
+    return false;
+}
+
+// The first line where two texts differ, with both versions of it.
+QString lineDifference(const QByteArray &x, const QByteArray &y)
+{
+    const QList<QByteArray> a = x.split('\n');
+    const QList<QByteArray> b = y.split('\n');
+    for (int i = 0; i < qMax(a.size(), b.size()); ++i) {
+        const QByteArray la = i < a.size() ? a.at(i) : QByteArray("(none)");
+        const QByteArray lb = i < b.size() ? b.at(i) : QByteArray("(none)");
+        if (la != lb) {
+            return QStringLiteral("first difference in line %1:\n    - %2\n    + %3")
+                .arg(i + 1)
+                .arg(quoted(la), quoted(lb));
+        }
+    }
+    return QStringLiteral("no line differs");
+}
+
+// Fresh parser per text; the caller owns the tree (null when the text does not load).
+Item *load(const QByteArray &data, QString *error = nullptr)
+{
+    Parser parser;
+    const bool ok = parser.parse(data);
+    if (error)
+        *error = parser.errorString();
+    return ok ? parser.takeRoot() : nullptr;
+}
+
+QByteArray save(const Item *root)
+{
+    WriterXml writer;
+    return writer.encode(root);
+}
+
+// `depth` 0 is the root. Reading that stops early at stray text leaves the root unfinished: its
+// range check is skipped, and only the children of the root's children are certain to have had
+// their blank lines trimmed.
+// Characters of text held by the tree. Without entities every one of them comes from at least
+// one byte of the input, so more characters than input bytes mean that entities were expanded.
+qsizetype treeText(const Item *item)
+{
+    qsizetype size = item->name.size() + item->comment.size();
+    for (const Item *child : item->children)
+        size += treeText(child);
+    return size;
+}
+
+QString checkTree(const Item *item, int depth)
+{
+    if (item->type < Root || item->type > Bit)
+        return QStringLiteral("an item has the type %1:\n").arg(int(item->type)) + dumpItem(item, 0);
+    // The top element's own checks come after its children; stray text that ends reading early
+    // skips them, and the top element is kept as read so far.
+    if (depth > 0 && item->type == Tag && (item->id >> 16))
+        return QStringLiteral("a tag has a code of 0x10000 or more:\n") + dumpItem(item, 0);
+    QString error;
+    if (!item->name.isEmpty() && !isValidIdentifier(item->name, &error))
+        return QStringLiteral("an item has a name that is no identifier (%1):\n").arg(error) + dumpItem(item, 0);
+    // Blank lines at the end of an element are trimmed once its parent has been read; only the
+    // root keeps its own.
+    if (depth >= 2 && !item->children.isEmpty() && item->children.last()->isNewline())
+        return QStringLiteral("an element ends with a blank line:\n") + dumpItem(item, 0);
+    for (const Item *child : item->children) {
+        if (child->parent != item)
+            return QStringLiteral("a child does not point back to its parent:\n") + dumpItem(item, 0);
+        const QString failure = checkTree(child, depth + 1);
+        if (!failure.isEmpty())
+            return failure;
+    }
+    return QString();
+}
 
 } // namespace
 
@@ -464,76 +460,76 @@ QString checkGenerators(const QByteArray &data)
 
 namespace {
 
-    // The rules for typed numbers, written again from their description: digits 0-9 and letters of
-    // either case (a = 10 ... z = 35), an optional sign, "0x"/"0X" or "0b" before the digits,
-    // wrap-around in the width of the result, and 0 with ok false at the first bad digit.
-    int digitValue(int c)
-    {
-        static const char digits[] = "0123456789abcdefghijklmnopqrstuvwxyz";
-        if (c >= 'A' && c <= 'Z')
-            c += 'a' - 'A';
-        for (int i = 0; i < 36; ++i) {
-            if (digits[i] == c)
-                return i;
-        }
-        return -1;
+// The rules for typed numbers, written again from their description: digits 0-9 and letters of
+// either case (a = 10 ... z = 35), an optional sign, "0x"/"0X" or "0b" before the digits,
+// wrap-around in the width of the result, and 0 with ok false at the first bad digit.
+int digitValue(int c)
+{
+    static const char digits[] = "0123456789abcdefghijklmnopqrstuvwxyz";
+    if (c >= 'A' && c <= 'Z')
+        c += 'a' - 'A';
+    for (int i = 0; i < 36; ++i) {
+        if (digits[i] == c)
+            return i;
     }
+    return -1;
+}
 
-    quint64 expectedNumber(const QByteArray &text, quint64 mask, bool *ok)
-    {
-        int i = 0;
-        bool negative = false;
-        if (!text.isEmpty() && (text.at(0) == '+' || text.at(0) == '-')) {
-            negative = text.at(0) == '-';
-            i = 1;
-        }
-        quint64 base = 10;
-        if (text.size() - i >= 2 && text.at(i) == '0') {
-            if (text.at(i + 1) == 'x' || text.at(i + 1) == 'X') {
-                base = 16;
-                i += 2;
-            } else if (text.at(i + 1) == 'b') {
-                base = 2;
-                i += 2;
-            }
-        }
-        quint64 value = 0;
-        for (; i < text.size(); ++i) {
-            const int digit = digitValue(uchar(text.at(i)));
-            if (digit < 0 || quint64(digit) >= base) {
-                *ok = false;
-                return 0;
-            }
-            value = (value * base + quint64(digit)) & mask;
-        }
-        *ok = true;
-        return negative ? (quint64(0) - value) & mask : value;
+quint64 expectedNumber(const QByteArray &text, quint64 mask, bool *ok)
+{
+    int i = 0;
+    bool negative = false;
+    if (!text.isEmpty() && (text.at(0) == '+' || text.at(0) == '-')) {
+        negative = text.at(0) == '-';
+        i = 1;
     }
+    quint64 base = 10;
+    if (text.size() - i >= 2 && text.at(i) == '0') {
+        if (text.at(i + 1) == 'x' || text.at(i + 1) == 'X') {
+            base = 16;
+            i += 2;
+        } else if (text.at(i + 1) == 'b') {
+            base = 2;
+            i += 2;
+        }
+    }
+    quint64 value = 0;
+    for (; i < text.size(); ++i) {
+        const int digit = digitValue(uchar(text.at(i)));
+        if (digit < 0 || quint64(digit) >= base) {
+            *ok = false;
+            return 0;
+        }
+        value = (value * base + quint64(digit)) & mask;
+    }
+    *ok = true;
+    return negative ? (quint64(0) - value) & mask : value;
+}
 
-    quint32 expectedAtoi(const QByteArray &text, unsigned int base)
-    {
-        quint32 value = 0;
-        for (const char c : text) {
-            const int digit = digitValue(uchar(c));
-            if (digit < 0 || unsigned(digit) >= base)
-                return 0xFFFFFFFFu;
-            value = value * base + quint32(digit);
-        }
-        return value;
+quint32 expectedAtoi(const QByteArray &text, unsigned int base)
+{
+    quint32 value = 0;
+    for (const char c : text) {
+        const int digit = digitValue(uchar(c));
+        if (digit < 0 || unsigned(digit) >= base)
+            return 0xFFFFFFFFu;
+        value = value * base + quint32(digit);
     }
+    return value;
+}
 
-    QString compareNumber(
-        const char *function, const QByteArray &text, quint64 got, bool gotOk, quint64 expected, bool expectedOk)
-    {
-        if (got == expected && gotOk == expectedOk)
-            return QString();
-        return QStringLiteral("%1(%2) gave 0x%3 ok=%4, expected 0x%5 ok=%6\n")
-            .arg(QLatin1String(function), quoted(text))
-            .arg(got, 0, 16)
-            .arg(gotOk)
-            .arg(expected, 0, 16)
-            .arg(expectedOk);
-    }
+QString compareNumber(
+    const char *function, const QByteArray &text, quint64 got, bool gotOk, quint64 expected, bool expectedOk)
+{
+    if (got == expected && gotOk == expectedOk)
+        return QString();
+    return QStringLiteral("%1(%2) gave 0x%3 ok=%4, expected 0x%5 ok=%6\n")
+        .arg(QLatin1String(function), quoted(text))
+        .arg(got, 0, 16)
+        .arg(gotOk)
+        .arg(expected, 0, 16)
+        .arg(expectedOk);
+}
 
 } // namespace
 
@@ -639,96 +635,96 @@ QString pasteRowName(PasteRow row)
 
 namespace {
 
-    bool isList(const Item *item)
-    {
-        return item && (item->type == Enums || item->type == Bits);
-    }
+bool isList(const Item *item)
+{
+    return item && (item->type == Enums || item->type == Bits);
+}
 
-    bool matches(const Item *item, PasteRow row)
-    {
-        const bool special = item->isComment() || item->isNewline();
-        switch (row) {
-        case PasteTag:
-            return item->type == Tag && !special && item->parent && item->parent->type == Root;
-        case PasteEnumList:
-            return item->type == Enums;
-        case PasteEnum:
-            return item->type == Enum && !special;
-        case PasteBitList:
-            return item->type == Bits;
-        case PasteBit:
-            return item->type == Bit && !special;
-        case PasteComment:
-            return item->isComment() && item->parent && item->parent->type == Root;
-        case PasteListComment:
-            return item->isComment() && isList(item->parent);
-        case PasteBlankLine:
-            return item->isNewline() && item->parent && item->parent->type == Root;
-        case PasteListBlankLine:
-            return item->isNewline() && isList(item->parent);
-        default:
-            return false;
-        }
+bool matches(const Item *item, PasteRow row)
+{
+    const bool special = item->isComment() || item->isNewline();
+    switch (row) {
+    case PasteTag:
+        return item->type == Tag && !special && item->parent && item->parent->type == Root;
+    case PasteEnumList:
+        return item->type == Enums;
+    case PasteEnum:
+        return item->type == Enum && !special;
+    case PasteBitList:
+        return item->type == Bits;
+    case PasteBit:
+        return item->type == Bit && !special;
+    case PasteComment:
+        return item->isComment() && item->parent && item->parent->type == Root;
+    case PasteListComment:
+        return item->isComment() && isList(item->parent);
+    case PasteBlankLine:
+        return item->isNewline() && item->parent && item->parent->type == Root;
+    case PasteListBlankLine:
+        return item->isNewline() && isList(item->parent);
+    default:
+        return false;
     }
+}
 
-    // The first item of the kind in file order.
-    const Item *findRow(const Item *item, PasteRow row)
-    {
-        if (item->parent && matches(item, row))
-            return item;
-        for (const Item *child : item->children) {
-            if (const Item *found = findRow(child, row))
-                return found;
-        }
-        return nullptr;
+// The first item of the kind in file order.
+const Item *findRow(const Item *item, PasteRow row)
+{
+    if (item->parent && matches(item, row))
+        return item;
+    for (const Item *child : item->children) {
+        if (const Item *found = findRow(child, row))
+            return found;
     }
+    return nullptr;
+}
 
 } // namespace
 
 namespace {
 
-    Item *copyTree(const Item *item)
-    {
-        auto *copy = new Item(static_cast<const ItemData &>(*item));
-        for (const Item *child : item->children)
-            copy->appendChild(copyTree(child));
-        return copy;
+Item *copyTree(const Item *item)
+{
+    auto *copy = new Item(static_cast<const ItemData &>(*item));
+    for (const Item *child : item->children)
+        copy->appendChild(copyTree(child));
+    return copy;
+}
+
+// The document is the same for every input of a run: it is read, saved and dumped once, and
+// each input gets a copy of the tree.
+struct PasteDocument {
+    QByteArray text;
+    std::unique_ptr<Item> tree;
+    QByteArray saved;
+    QString dump;
+};
+
+const PasteDocument &pasteDocument(const QByteArray &text)
+{
+    static PasteDocument document;
+    if (document.text != text || !document.tree) {
+        document.text = text;
+        document.tree.reset(load(text));
+        document.saved = document.tree ? save(document.tree.get()) : QByteArray();
+        document.dump = dumpTree(document.tree.get());
     }
+    return document;
+}
 
-    // The document is the same for every input of a run: it is read, saved and dumped once, and
-    // each input gets a copy of the tree.
-    struct PasteDocument {
-        QByteArray text;
-        std::unique_ptr<Item> tree;
-        QByteArray saved;
-        QString dump;
-    };
-
-    const PasteDocument &pasteDocument(const QByteArray &text)
-    {
-        static PasteDocument document;
-        if (document.text != text || !document.tree) {
-            document.text = text;
-            document.tree.reset(load(text));
-            document.saved = document.tree ? save(document.tree.get()) : QByteArray();
-            document.dump = dumpTree(document.tree.get());
+// Asks for every cell's texts and colour, as a view showing the whole tree does.
+void showAll(const EditorModel &model, const QModelIndex &parent)
+{
+    static const int roles[] = { Qt::DisplayRole, Qt::EditRole, Qt::ToolTipRole, Qt::BackgroundRole };
+    for (int row = 0; row < model.rowCount(parent); ++row) {
+        for (int column = 0; column < model.columnCount(parent); ++column) {
+            const QModelIndex index = model.index(row, column, parent);
+            for (const int role : roles)
+                model.data(index, role);
         }
-        return document;
+        showAll(model, model.index(row, 0, parent));
     }
-
-    // Asks for every cell's texts and colour, as a view showing the whole tree does.
-    void showAll(const EditorModel &model, const QModelIndex &parent)
-    {
-        static const int roles[] = { Qt::DisplayRole, Qt::EditRole, Qt::ToolTipRole, Qt::BackgroundRole };
-        for (int row = 0; row < model.rowCount(parent); ++row) {
-            for (int column = 0; column < model.columnCount(parent); ++column) {
-                const QModelIndex index = model.index(row, column, parent);
-                for (const int role : roles)
-                    model.data(index, role);
-            }
-            showAll(model, model.index(row, 0, parent));
-        }
-    }
+}
 
 } // namespace
 
@@ -773,9 +769,9 @@ QString checkPaste(const QByteArray &document, const QByteArray &data, bool mode
     showAll(model, QModelIndex());
 
     const QString where = QStringLiteral("pasting %1 onto the %2 row, column %3")
-                              .arg(format == PasteXml       ? "XML"
-                                      : format == PasteText ? "text"
-                                                            : "XML and text")
+                              .arg(format == PasteXml        ? "XML"
+                                       : format == PasteText ? "text"
+                                                             : "XML and text")
                               .arg(pasteRowName(row))
                               .arg(column);
     const QString afterTree = dumpTree(model.root());

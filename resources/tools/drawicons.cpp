@@ -897,8 +897,8 @@ void drawTableEdit(QPainter &p, int n)
         for (int r = 0; r < rows; ++r) {
             for (int c = 0; c < cols; ++c) {
                 const int x = left + int(std::round((right - left) * c / qreal(cols))) + cellW / 5;
-                const int y = headerBottom + int(std::round((bottom - headerBottom) * r / qreal(rows)))
-                    + (cellH - barH) / 2;
+                const int y
+                    = headerBottom + int(std::round((bottom - headerBottom) * r / qreal(rows))) + (cellH - barH) / 2;
                 const int w = cellW * (c % 2 ? 2 : 3) / 5 - ((r + c) % 3) * cellW / 10;
                 p.fillRect(QRect(x, y, w, barH), paperShade.darker(115));
             }
@@ -1015,9 +1015,7 @@ bool writeAll(const QString &folder)
     for (const Icon &icon : icons())
         ok = save(renderIcon(icon), folder + "/icons/" + icon.name + ".png") && ok;
     for (int size : appIconSizes) {
-        ok = save(renderAppIcon(size),
-                 QString("%1/hicolor/%2x%2/apps/zatedit.png").arg(folder).arg(size))
-            && ok;
+        ok = save(renderAppIcon(size), QString("%1/hicolor/%2x%2/apps/zatedit.png").arg(folder).arg(size)) && ok;
     }
     return ok;
 }
@@ -1063,11 +1061,12 @@ bool writeSheet(const QString &path)
         checker(p, target, zoom);
         p.drawImage(target, image.scaled(16 * zoom, 16 * zoom, Qt::IgnoreAspectRatio, Qt::FastTransformation));
         p.setPen(Qt::black);
-        p.drawText(QRect(x - 12, y + 16 * zoom + 2, cellW, 20), Qt::AlignHCenter | Qt::AlignTop,
+        p.drawText(QRect(x - 12, y + 16 * zoom + 2, cellW, 20),
+                   Qt::AlignHCenter | Qt::AlignTop,
                    QString::fromLatin1(icons()[size_t(i)].name));
     }
-    const QColor backgrounds[] = { Qt::white, QColor(0x2b, 0x2b, 0x2b), QColor(0xdd, 0xe6, 0xf2),
-                                   QColor(0x30, 0x5a, 0x9e) };
+    const QColor backgrounds[]
+        = { Qt::white, QColor(0x2b, 0x2b, 0x2b), QColor(0xdd, 0xe6, 0xf2), QColor(0x30, 0x5a, 0x9e) };
     for (int b = 0; b < 4; ++b) {
         const int y = stripTop + b * stripH;
         p.fillRect(QRect(0, y, width, stripH), backgrounds[b]);

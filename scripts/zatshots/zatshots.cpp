@@ -3,8 +3,8 @@
 //
 // zatshots OUTDIR EXAMPLE WARNINGSFILE
 
-#include "editormodel.h"
 #include "editoritemeditdialog.h"
+#include "editormodel.h"
 #include "editortagedit.h"
 #include "editorwindow.h"
 #include "item.h"
@@ -48,7 +48,8 @@ void settle(int ms = 300)
 void grabScreen(const QRect &area, const QString &name)
 {
     settle();
-    const QPixmap pixmap = QGuiApplication::primaryScreen()->grabWindow(0, area.x(), area.y(), area.width(), area.height());
+    const QPixmap pixmap
+        = QGuiApplication::primaryScreen()->grabWindow(0, area.x(), area.y(), area.width(), area.height());
     const QString path = QDir(outDir).filePath(name);
     if (!pixmap.save(path))
         std::fprintf(stderr, "zatshots: could not save %s\n", qPrintable(path));
@@ -130,14 +131,16 @@ int main(int argc, char *argv[])
         menu->popup(window->ui()->m_menubar->mapToGlobal(at.bottomLeft()));
         settle();
         const QRect area = window->frameGeometry().united(menu->frameGeometry());
-        grabScreen(QRect(window->frameGeometry().topLeft(), QSize(area.width(), menu->frameGeometry().bottom() - window->frameGeometry().top() + 8)),
+        grabScreen(QRect(window->frameGeometry().topLeft(),
+                         QSize(area.width(), menu->frameGeometry().bottom() - window->frameGeometry().top() + 8)),
                    QStringLiteral("menu-%1.png").arg(action->text().toLower()));
         menu->hide();
     }
 
     // The edit dialog for a tag and for a bit.
-    for (const auto &[name, path] : {std::pair<QString, QString>(QStringLiteral("dialog-tag.png"), QStringLiteral("WindDirection")),
-                                     std::pair<QString, QString>(QStringLiteral("dialog-bit.png"), QStringLiteral("SensorFlags"))}) {
+    for (const auto &[name, path] :
+         { std::pair<QString, QString>(QStringLiteral("dialog-tag.png"), QStringLiteral("WindDirection")),
+           std::pair<QString, QString>(QStringLiteral("dialog-bit.png"), QStringLiteral("SensorFlags")) }) {
         QModelIndex index = findTag(model, path);
         const Item *item = model->index2item(index);
         if (item->type == Tag && !item->children.isEmpty() && item->name == QLatin1String("SensorFlags"))
@@ -152,7 +155,8 @@ int main(int argc, char *argv[])
 
     // The in-place editor of a tag code with its type list open.
     const QModelIndex code = findTag(model, QStringLiteral("Pressure")).siblingAtColumn(1);
-    const QModelIndex codeCell = code.isValid() ? code : findTag(model, QStringLiteral("Temperature")).siblingAtColumn(1);
+    const QModelIndex codeCell
+        = code.isValid() ? code : findTag(model, QStringLiteral("Temperature")).siblingAtColumn(1);
     window->ui()->m_view->scrollTo(codeCell, QAbstractItemView::PositionAtCenter);
     window->setCurrentItem(codeCell);
     window->ui()->m_view->edit(codeCell);

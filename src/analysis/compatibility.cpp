@@ -87,22 +87,22 @@ CompatibilityReport::CompatibilityReport(const Item *oldRoot, const Item *newRoo
     for (const Item *tag : before.tags) {
         const Item *now = after.byName.value(tag->name);
         if (!now) {
-            m_breaks.append({TagRemoved, QStringLiteral("Tag removed: %1 (%2)").arg(tag->name, tag->formatId())});
+            m_breaks.append({ TagRemoved, QStringLiteral("Tag removed: %1 (%2)").arg(tag->name, tag->formatId()) });
             continue;
         }
         if (now->id != tag->id) {
             if (dataType(unsigned(tag->id)) != dataType(unsigned(now->id))) {
-                m_breaks.append({TagTypeChanged,
-                                 QStringLiteral("Tag type changed: %1 %2 (%3) -> %4 (%5)")
-                                     .arg(tag->name,
-                                          tag->formatId(),
-                                          typeText(unsigned(tag->id)),
-                                          now->formatId(),
-                                          typeText(unsigned(now->id)))});
+                m_breaks.append({ TagTypeChanged,
+                                  QStringLiteral("Tag type changed: %1 %2 (%3) -> %4 (%5)")
+                                      .arg(tag->name,
+                                           tag->formatId(),
+                                           typeText(unsigned(tag->id)),
+                                           now->formatId(),
+                                           typeText(unsigned(now->id))) });
             } else {
-                m_breaks.append({TagCodeChanged,
-                                 QStringLiteral("Tag code changed: %1 %2 -> %3")
-                                     .arg(tag->name, tag->formatId(), now->formatId())});
+                m_breaks.append({ TagCodeChanged,
+                                  QStringLiteral("Tag code changed: %1 %2 -> %3")
+                                      .arg(tag->name, tag->formatId(), now->formatId()) });
             }
         }
         compareValues(tag, now, false);
@@ -117,11 +117,11 @@ CompatibilityReport::CompatibilityReport(const Item *oldRoot, const Item *newRoo
             continue;
         }
         if (const Item *holder = before.byCode.value(tag->id)) {
-            m_breaks.append({TagCodeReused,
-                             QStringLiteral("Tag code reused: %1 was %2, is now %3")
-                                 .arg(tag->formatId(), holder->name, tag->name)});
+            m_breaks.append({ TagCodeReused,
+                              QStringLiteral("Tag code reused: %1 was %2, is now %3")
+                                  .arg(tag->formatId(), holder->name, tag->name) });
         } else {
-            m_additions.append({TagAdded, QStringLiteral("Tag added: %1 (%2)").arg(tag->name, tag->formatId())});
+            m_additions.append({ TagAdded, QStringLiteral("Tag added: %1 (%2)").arg(tag->name, tag->formatId()) });
         }
     }
 }
@@ -134,14 +134,15 @@ void CompatibilityReport::compareValues(const Item *oldTag, const Item *newTag, 
         const QString name = oldTag->name + QLatin1Char('.') + value->name;
         const Item *now = after.byName.value(value->name);
         if (!now) {
-            m_breaks.append({bits ? BitRemoved : EnumValueRemoved,
-                             (bits ? QStringLiteral("Bit removed: %1 (%2)") : QStringLiteral("Enum value removed: %1 (%2)"))
-                                 .arg(name, value->formatId())});
+            m_breaks.append(
+                { bits ? BitRemoved : EnumValueRemoved,
+                  (bits ? QStringLiteral("Bit removed: %1 (%2)") : QStringLiteral("Enum value removed: %1 (%2)"))
+                      .arg(name, value->formatId()) });
         } else if (now->id != value->id) {
-            m_breaks.append({bits ? BitChanged : EnumValueChanged,
-                             (bits ? QStringLiteral("Bit changed: %1 %2 -> %3")
-                                   : QStringLiteral("Enum value changed: %1 %2 -> %3"))
-                                 .arg(name, value->formatId(), now->formatId())});
+            m_breaks.append({ bits ? BitChanged : EnumValueChanged,
+                              (bits ? QStringLiteral("Bit changed: %1 %2 -> %3")
+                                    : QStringLiteral("Enum value changed: %1 %2 -> %3"))
+                                  .arg(name, value->formatId(), now->formatId()) });
         }
     }
 }
@@ -154,9 +155,9 @@ void CompatibilityReport::addedValues(const Item *oldTag, const Item *newTag, bo
         if (before.byName.contains(value->name))
             continue;
         const QString name = newTag->name + QLatin1Char('.') + value->name;
-        m_additions.append({bits ? BitAdded : EnumValueAdded,
-                            (bits ? QStringLiteral("Bit added: %1 (%2)") : QStringLiteral("Enum value added: %1 (%2)"))
-                                .arg(name, value->formatId())});
+        m_additions.append({ bits ? BitAdded : EnumValueAdded,
+                             (bits ? QStringLiteral("Bit added: %1 (%2)") : QStringLiteral("Enum value added: %1 (%2)"))
+                                 .arg(name, value->formatId()) });
     }
 }
 

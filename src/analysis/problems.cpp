@@ -16,39 +16,99 @@ namespace {
 // contextual ones, Lua 5.4). Generated code uses the names as identifiers, so a name from these
 // lists breaks the output for that language.
 const char *const cKeywords[] = {
-    "alignas", "alignof", "auto", "bool", "break", "case", "char", "const", "constexpr", "continue", "default", "do",
-    "double", "else", "enum", "extern", "false", "float", "for", "goto", "if", "inline", "int", "long", "nullptr",
-    "register", "restrict", "return", "short", "signed", "sizeof", "static", "static_assert", "struct", "switch",
-    "thread_local", "true", "typedef", "typeof", "typeof_unqual", "union", "unsigned", "void", "volatile", "while",
-    "_Alignas", "_Alignof", "_Atomic", "_BitInt", "_Bool", "_Complex", "_Decimal128", "_Decimal32", "_Decimal64",
-    "_Generic", "_Imaginary", "_Noreturn", "_Static_assert", "_Thread_local",
+    "alignas",
+    "alignof",
+    "auto",
+    "bool",
+    "break",
+    "case",
+    "char",
+    "const",
+    "constexpr",
+    "continue",
+    "default",
+    "do",
+    "double",
+    "else",
+    "enum",
+    "extern",
+    "false",
+    "float",
+    "for",
+    "goto",
+    "if",
+    "inline",
+    "int",
+    "long",
+    "nullptr",
+    "register",
+    "restrict",
+    "return",
+    "short",
+    "signed",
+    "sizeof",
+    "static",
+    "static_assert",
+    "struct",
+    "switch",
+    "thread_local",
+    "true",
+    "typedef",
+    "typeof",
+    "typeof_unqual",
+    "union",
+    "unsigned",
+    "void",
+    "volatile",
+    "while",
+    "_Alignas",
+    "_Alignof",
+    "_Atomic",
+    "_BitInt",
+    "_Bool",
+    "_Complex",
+    "_Decimal128",
+    "_Decimal32",
+    "_Decimal64",
+    "_Generic",
+    "_Imaginary",
+    "_Noreturn",
+    "_Static_assert",
+    "_Thread_local",
 };
 
 const char *const cppKeywords[] = {
-    "alignas", "alignof", "and", "and_eq", "asm", "auto", "bitand", "bitor", "bool", "break", "case", "catch", "char",
-    "char8_t", "char16_t", "char32_t", "class", "compl", "concept", "const", "consteval", "constexpr", "constinit",
-    "const_cast", "continue", "co_await", "co_return", "co_yield", "decltype", "default", "delete", "do", "double",
-    "dynamic_cast", "else", "enum", "explicit", "export", "extern", "false", "float", "for", "friend", "goto", "if",
-    "inline", "int", "long", "mutable", "namespace", "new", "noexcept", "not", "not_eq", "nullptr", "operator", "or",
-    "or_eq", "private", "protected", "public", "register", "reinterpret_cast", "requires", "return", "short",
-    "signed", "sizeof", "static", "static_assert", "static_cast", "struct", "switch", "template", "this",
-    "thread_local", "throw", "true", "try", "typedef", "typeid", "typename", "union", "unsigned", "using", "virtual",
-    "void", "volatile", "wchar_t", "while", "xor", "xor_eq",
+    "alignas",     "alignof",   "and",        "and_eq",    "asm",      "auto",         "bitand",
+    "bitor",       "bool",      "break",      "case",      "catch",    "char",         "char8_t",
+    "char16_t",    "char32_t",  "class",      "compl",     "concept",  "const",        "consteval",
+    "constexpr",   "constinit", "const_cast", "continue",  "co_await", "co_return",    "co_yield",
+    "decltype",    "default",   "delete",     "do",        "double",   "dynamic_cast", "else",
+    "enum",        "explicit",  "export",     "extern",    "false",    "float",        "for",
+    "friend",      "goto",      "if",         "inline",    "int",      "long",         "mutable",
+    "namespace",   "new",       "noexcept",   "not",       "not_eq",   "nullptr",      "operator",
+    "or",          "or_eq",     "private",    "protected", "public",   "register",     "reinterpret_cast",
+    "requires",    "return",    "short",      "signed",    "sizeof",   "static",       "static_assert",
+    "static_cast", "struct",    "switch",     "template",  "this",     "thread_local", "throw",
+    "true",        "try",       "typedef",    "typeid",    "typename", "union",        "unsigned",
+    "using",       "virtual",   "void",       "volatile",  "wchar_t",  "while",        "xor",
+    "xor_eq",
 };
 
 const char *const csKeywords[] = {
-    "abstract", "as", "base", "bool", "break", "byte", "case", "catch", "char", "checked", "class", "const",
-    "continue", "decimal", "default", "delegate", "do", "double", "else", "enum", "event", "explicit", "extern",
-    "false", "finally", "fixed", "float", "for", "foreach", "goto", "if", "implicit", "in", "int", "interface",
-    "internal", "is", "lock", "long", "namespace", "new", "null", "object", "operator", "out", "override", "params",
-    "private", "protected", "public", "readonly", "ref", "return", "sbyte", "sealed", "short", "sizeof",
-    "stackalloc", "static", "string", "struct", "switch", "this", "throw", "true", "try", "typeof", "uint", "ulong",
-    "unchecked", "unsafe", "ushort", "using", "virtual", "void", "volatile", "while",
+    "abstract", "as",      "base",    "bool",       "break",    "byte",     "case",      "catch",     "char",
+    "checked",  "class",   "const",   "continue",   "decimal",  "default",  "delegate",  "do",        "double",
+    "else",     "enum",    "event",   "explicit",   "extern",   "false",    "finally",   "fixed",     "float",
+    "for",      "foreach", "goto",    "if",         "implicit", "in",       "int",       "interface", "internal",
+    "is",       "lock",    "long",    "namespace",  "new",      "null",     "object",    "operator",  "out",
+    "override", "params",  "private", "protected",  "public",   "readonly", "ref",       "return",    "sbyte",
+    "sealed",   "short",   "sizeof",  "stackalloc", "static",   "string",   "struct",    "switch",    "this",
+    "throw",    "true",    "try",     "typeof",     "uint",     "ulong",    "unchecked", "unsafe",    "ushort",
+    "using",    "virtual", "void",    "volatile",   "while",
 };
 
 const char *const luaKeywords[] = {
-    "and", "break", "do", "else", "elseif", "end", "false", "for", "function", "goto", "if", "in", "local", "nil",
-    "not", "or", "repeat", "return", "then", "true", "until", "while",
+    "and", "break", "do",  "else", "elseif", "end",    "false",  "for",  "function", "goto",  "if",
+    "in",  "local", "nil", "not",  "or",     "repeat", "return", "then", "true",     "until", "while",
 };
 
 // One bit per language, in the order of the message.
@@ -127,7 +187,7 @@ void childProblems(const Item *parent, const QString &context, QList<Problems::P
         auto add = [&](Problems::Kind kind, const QString &what) {
             if (description.isEmpty())
                 description = ownDescription(item, i) + context;
-            out->append({item, kind, description + QStringLiteral(": ") + what});
+            out->append({ item, kind, description + QStringLiteral(": ") + what });
         };
         QString invalid;
         const Marks::Reasons reasons = Marks::reasons(item, siblings.collision(item), &invalid);
@@ -172,7 +232,7 @@ QList<Problems::Problem> Problems::find(const Item *root)
     };
     QList<Frame> stack;
     auto enter = [&](const Item *item, const QString &context) {
-        Frame frame{item, context, 0, {}, 0};
+        Frame frame { item, context, 0, {}, 0 };
         childProblems(item, context, &frame.pending);
         stack.append(std::move(frame));
     };

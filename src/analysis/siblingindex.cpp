@@ -47,7 +47,7 @@ SiblingIndex::SiblingIndex(const Item *parent)
 
 SiblingIndex::Counted SiblingIndex::counted(const Item *item)
 {
-    return Counted{item->name, item->id, item->hasNameKey(), item->hasIdKey()};
+    return Counted { item->name, item->id, item->hasNameKey(), item->hasIdKey() };
 }
 
 void SiblingIndex::change(const Counted &from, const Counted &to, const Item *item, Changed *changed)

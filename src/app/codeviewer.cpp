@@ -65,7 +65,7 @@ QDialog *CodeViewer::createViewer(const QString &title, QSyntaxHighlighter *high
     saveAs->setObjectName(QStringLiteral("saveAsButton"));
     QPushButton *copyAll = buttons->addButton(EditorWindow::tr("Copy all"), QDialogButtonBox::ActionRole);
     copyAll->setObjectName(QStringLiteral("copyAllButton"));
-    for (QPushButton *button : {saveAs, copyAll}) {
+    for (QPushButton *button : { saveAs, copyAll }) {
         // Return in the text must not press a button.
         button->setAutoDefault(false);
         button->setDefault(false);

@@ -1,10 +1,10 @@
 #include "commenthighlighter.h"
 
 CommentHighlighter::CommentHighlighter(QTextDocument *parent,
-    const QColor &keywordColor,
-    const char *const *keywords,
-    int keywordCount,
-    const QStringList &singleLineComments)
+                                       const QColor &keywordColor,
+                                       const char *const *keywords,
+                                       int keywordCount,
+                                       const QStringList &singleLineComments)
     : QSyntaxHighlighter(parent)
 {
     QTextCharFormat keywordFormat;

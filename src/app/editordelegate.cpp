@@ -13,31 +13,31 @@ namespace ZAT16 {
 
 namespace {
 
-    // Connects `sender`'s message(QString) to popupMessage(QString) of the editor's window. The
-    // delegate does not know the window's class, so the slot is looked up by its signature; a
-    // window without it simply gets no messages.
-    void connectMessages(QObject *sender, QWidget *editor)
-    {
-        QWidget *window = editor->window();
-        if (!window || window == editor)
-            return;
-        const QMetaObject *windowMeta = window->metaObject();
-        const int slot = windowMeta->indexOfSlot("popupMessage(QString)");
-        if (slot < 0)
-            return;
-        const QMetaObject *senderMeta = sender->metaObject();
-        const int signal = senderMeta->indexOfSignal("message(QString)");
-        if (signal < 0)
-            return;
-        QObject::connect(sender, senderMeta->method(signal), window, windowMeta->method(slot));
-    }
+// Connects `sender`'s message(QString) to popupMessage(QString) of the editor's window. The
+// delegate does not know the window's class, so the slot is looked up by its signature; a
+// window without it simply gets no messages.
+void connectMessages(QObject *sender, QWidget *editor)
+{
+    QWidget *window = editor->window();
+    if (!window || window == editor)
+        return;
+    const QMetaObject *windowMeta = window->metaObject();
+    const int slot = windowMeta->indexOfSlot("popupMessage(QString)");
+    if (slot < 0)
+        return;
+    const QMetaObject *senderMeta = sender->metaObject();
+    const int signal = senderMeta->indexOfSignal("message(QString)");
+    if (signal < 0)
+        return;
+    QObject::connect(sender, senderMeta->method(signal), window, windowMeta->method(slot));
+}
 
-    QLineEdit *newLineEdit(QWidget *parent, const QFont &font)
-    {
-        auto *edit = new QLineEdit(parent);
-        edit->setFont(font);
-        return edit;
-    }
+QLineEdit *newLineEdit(QWidget *parent, const QFont &font)
+{
+    auto *edit = new QLineEdit(parent);
+    edit->setFont(font);
+    return edit;
+}
 
 } // namespace
 

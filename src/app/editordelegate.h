@@ -7,7 +7,8 @@ namespace ZAT16 {
 /// The in-place editors of the tree: a tag selector for tag codes, validating line edits for
 /// names and numbers, a plain line edit for comments. The validators' explanations go to the
 /// popupMessage(QString) slot of the editor's window, when it has one.
-class EditorDelegate : public QItemDelegate {
+class EditorDelegate : public QItemDelegate
+{
     Q_OBJECT
 
 public:

@@ -233,13 +233,12 @@ bool EditorDocument::mayOverwrite(const QString &path)
         return true;
     const QString shown = QDir::toNativeSeparators(path);
     if (m_fileStoppedAt != 0 && !m_changeFoundBySave
-        && QMessageBox::question(m_window,
-                                 m_window->windowTitle(),
-                                 EditorWindow::tr("Saving will drop everything after line %1 of %2")
-                                     .arg(m_fileStoppedAt)
-                                     .arg(shown),
-                                 QMessageBox::Yes | QMessageBox::No,
-                                 QMessageBox::No)
+        && QMessageBox::question(
+               m_window,
+               m_window->windowTitle(),
+               EditorWindow::tr("Saving will drop everything after line %1 of %2").arg(m_fileStoppedAt).arg(shown),
+               QMessageBox::Yes | QMessageBox::No,
+               QMessageBox::No)
             != QMessageBox::Yes)
         return false;
 

@@ -21,13 +21,13 @@ EditorItemEditDialog::EditorItemEditDialog(QWidget *parent)
     for (int mode = 0; mode < m_ui->m_cb_display_mode->count(); ++mode)
         m_ui->m_cb_display_mode->setItemData(mode, mode, Qt::UserRole);
     connect(m_ui->m_cb_display_mode,
-        qOverload<int>(&QComboBox::activated),
-        this,
-        &EditorItemEditDialog::onDisplayModeChanged);
+            qOverload<int>(&QComboBox::activated),
+            this,
+            &EditorItemEditDialog::onDisplayModeChanged);
     connect(m_ui->m_buttunz->button(QDialogButtonBox::Apply),
-        &QAbstractButton::clicked,
-        this,
-        &EditorItemEditDialog::onApply);
+            &QAbstractButton::clicked,
+            this,
+            &EditorItemEditDialog::onApply);
     // The tag selector forwards the explanations of whichever validator it holds.
     connect(m_ui->m_te_id, &EditorTagEdit::message, this, &EditorItemEditDialog::popupMessage);
 }

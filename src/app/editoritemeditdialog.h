@@ -14,7 +14,8 @@ class NumberValidator;
 /// The modal dialog that edits a tag, an enumeration value or a bit: name, code or value,
 /// display mode with digit count, and the secure flag. It never changes the item itself: the
 /// result goes out through apply(), which the main window turns into an undoable change.
-class EditorItemEditDialog : public QDialog {
+class EditorItemEditDialog : public QDialog
+{
     Q_OBJECT
 
 public:

@@ -10,7 +10,8 @@ class TagValidator;
 
 /// An editable combo box for a tag code. Typing a code in hexadecimal selects the row of its
 /// data type; choosing a row rewrites the type bits of the code and keeps its low bits.
-class EditorTagEdit : public QComboBox {
+class EditorTagEdit : public QComboBox
+{
     Q_OBJECT
 
 public:

@@ -7,7 +7,8 @@ namespace ZAT16 {
 /// The fixed list of data types behind the tag selector: one row per data type, showing its
 /// number, name and icon. The edit role of every row is the text in the selector's edit field,
 /// so that selecting a row never replaces what the user typed.
-class EditorTagModel : public QAbstractItemModel {
+class EditorTagModel : public QAbstractItemModel
+{
     Q_OBJECT
 
 public:

@@ -16,7 +16,8 @@ namespace ZAT16 {
 /// which answer() emits. (Qt cannot put a signal into a template; NumberValidator is a
 /// QIntValidator and the others are plain QValidators, so the signal is declared by each.)
 template<typename Validator>
-class EditorValidator {
+class EditorValidator
+{
 public:
     /// The item being edited (not owned), or null.
     const Item *item() const { return m_item; }

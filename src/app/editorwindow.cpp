@@ -209,12 +209,12 @@ void EditorWindow::error(const QString &text)
 void EditorWindow::updateActions()
 {
     const bool valid = m_ui->m_view->currentIndex().isValid();
-    for (QAction *action : {m_ui->m_act_delete,
-                            m_ui->m_act_cut,
-                            m_ui->m_act_copy,
-                            m_ui->m_act_paste,
-                            m_ui->m_act_add_bits,
-                            m_ui->m_act_add_enums})
+    for (QAction *action : { m_ui->m_act_delete,
+                             m_ui->m_act_cut,
+                             m_ui->m_act_copy,
+                             m_ui->m_act_paste,
+                             m_ui->m_act_add_bits,
+                             m_ui->m_act_add_enums })
         action->setEnabled(valid);
     const Item *root = m_model->root();
     const bool empty = !root || root->children.isEmpty();
@@ -290,9 +290,7 @@ void EditorWindow::onExpanded(const QModelIndex &index)
         m_ui->m_view->expand(m_model->index(row, 0, index));
 }
 
-void EditorWindow::onUndoHistoryChanged()
-{
-}
+void EditorWindow::onUndoHistoryChanged() { }
 
 // Fonts
 
@@ -357,9 +355,9 @@ void EditorWindow::showEvent(QShowEvent *event)
 void EditorWindow::docksFollowWindow(bool shown)
 {
     const std::pair<QDockWidget *, bool *> docks[] = {
-        {m_undoDock, &m_undoDockWasVisible},
-        {m_messageDock, &m_messageDockWasVisible},
-        {m_problemsDock, &m_problemsDockWasVisible},
+        { m_undoDock, &m_undoDockWasVisible },
+        { m_messageDock, &m_messageDockWasVisible },
+        { m_problemsDock, &m_problemsDockWasVisible },
     };
     for (const auto &[dock, wasVisible] : docks) {
         if (shown && *wasVisible) {

@@ -2,9 +2,9 @@
 
 #include "codeviewer.h"
 #include "editordocument.h"
-#include "treeediting.h"
 #include "item.h"
 #include "outputs.h"
+#include "treeediting.h"
 
 #include <QMainWindow>
 #include <QModelIndex>

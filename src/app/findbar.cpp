@@ -23,7 +23,7 @@ QList<const Item *> flatten(const Item *root)
     QList<const Item *> items;
     if (!root)
         return items;
-    QList<QPair<const Item *, qsizetype>> stack{{root, 0}};
+    QList<QPair<const Item *, qsizetype>> stack { { root, 0 } };
     while (!stack.isEmpty()) {
         auto &[item, next] = stack.last();
         if (next >= item->children.size()) {
@@ -33,7 +33,7 @@ QList<const Item *> flatten(const Item *root)
         const Item *child = item->children.at(next++);
         items.append(child);
         if (!child->children.isEmpty())
-            stack.append({child, 0});
+            stack.append({ child, 0 });
     }
     return items;
 }
@@ -63,7 +63,7 @@ FindBar::FindBar(QWidget *parent)
     m_pb_close->setIcon(style()->standardIcon(QStyle::SP_DialogCloseButton));
     m_pb_close->setToolTip(tr("Close the find bar (Escape)"));
     m_pb_close->setFlat(true);
-    for (QPushButton *button : {m_pb_previous, m_pb_next, m_pb_close}) {
+    for (QPushButton *button : { m_pb_previous, m_pb_next, m_pb_close }) {
         button->setAutoDefault(false);
         button->setFocusPolicy(Qt::NoFocus);
     }

@@ -3,35 +3,9 @@
 namespace {
 
 const char *const keywords[] = {
-    "char",
-    "class",
-    "const",
-    "double",
-    "enum",
-    "explicit",
-    "friend",
-    "inline",
-    "int",
-    "long",
-    "namespace",
-    "operator",
-    "private",
-    "protected",
-    "public",
-    "short",
-    "signals",
-    "signed",
-    "slots",
-    "static",
-    "struct",
-    "template",
-    "typedef",
-    "typename",
-    "union",
-    "unsigned",
-    "virtual",
-    "void",
-    "volatile",
+    "char",      "class",    "const",   "double",    "enum",   "explicit", "friend",  "inline", "int",      "long",
+    "namespace", "operator", "private", "protected", "public", "short",    "signals", "signed", "slots",    "static",
+    "struct",    "template", "typedef", "typename",  "union",  "unsigned", "virtual", "void",   "volatile",
 };
 
 } // namespace

@@ -3,7 +3,8 @@
 #include "commenthighlighter.h"
 
 /// Colours C-family text (the generated C header): keywords, // comments and /* */ comments.
-class HighlighterC : public CommentHighlighter {
+class HighlighterC : public CommentHighlighter
+{
     Q_OBJECT
 
 public:

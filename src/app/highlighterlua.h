@@ -4,7 +4,8 @@
 
 /// Colours the generated Lua: keywords, "--" comments, and, like the C highlighter, // and
 /// /* */ comments (Lua's own long comments are not treated specially).
-class HighlighterLua : public CommentHighlighter {
+class HighlighterLua : public CommentHighlighter
+{
     Q_OBJECT
 
 public:

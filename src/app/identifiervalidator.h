@@ -8,7 +8,8 @@ namespace ZAT16 {
 
 /// Checks a name typed for a tag, an enumeration value or a bit. A name that a sibling already
 /// has is accepted with a warning.
-class IdentifierValidator : public QValidator, public EditorValidator<IdentifierValidator> {
+class IdentifierValidator : public QValidator, public EditorValidator<IdentifierValidator>
+{
     Q_OBJECT
 
 public:

@@ -11,7 +11,8 @@ namespace ZAT16 {
 /// checked is what is stored. Values take all 64 bits; of the range of QIntValidator only the
 /// bottom counts, and only for whether negative numbers are allowed (a bottom of 0 for bit
 /// numbers). A number that a sibling already has is accepted with a warning.
-class NumberValidator : public QIntValidator, public EditorValidator<NumberValidator> {
+class NumberValidator : public QIntValidator, public EditorValidator<NumberValidator>
+{
     Q_OBJECT
 
 public:

@@ -120,7 +120,7 @@ void unlockFile(int fd, const QString &path)
     ::close(fd);
 }
 
-int terminationPipe[2] = {-1, -1};
+int terminationPipe[2] = { -1, -1 };
 
 void onTerminationSignal(int)
 {
@@ -293,14 +293,14 @@ QStringList Recovery::find(const QString &document, const QDateTime &notBefore)
     const QString wanted = absolute(document);
     const QDir dir(folder());
     QList<QPair<QDateTime, QString>> found;
-    for (const QString &name : dir.entryList({QLatin1Char('*') + suffix}, QDir::Files | QDir::Hidden)) {
+    for (const QString &name : dir.entryList({ QLatin1Char('*') + suffix }, QDir::Files | QDir::Hidden)) {
         const QString path = dir.filePath(name);
         QFile file(path);
         Header header;
         if (!file.open(QIODevice::ReadOnly) || !parseHeader(file.read(headerLimit), &header))
             continue;
         if (header.document == wanted && (!notBefore.isValid() || header.written >= notBefore))
-            found.append({header.written, path});
+            found.append({ header.written, path });
     }
     std::sort(found.begin(), found.end(), [](const auto &a, const auto &b) { return a.first > b.first; });
     QStringList paths;

@@ -8,7 +8,8 @@ namespace ZAT16 {
 
 /// Checks a tag code typed in hexadecimal ("1005", "0x1005"). A code that a sibling of the item
 /// already uses is accepted with a warning: collisions are shown in the tree, not refused.
-class TagValidator : public QValidator, public EditorValidator<TagValidator> {
+class TagValidator : public QValidator, public EditorValidator<TagValidator>
+{
     Q_OBJECT
 
 public:

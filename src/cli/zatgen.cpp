@@ -12,8 +12,8 @@
 #include "parser.h"
 #include "problems.h"
 #include "readbackcheck.h"
-#include "writerxml.h"
 #include "savesequence.h"
+#include "writerxml.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -161,8 +161,12 @@ bool writeStream(const QString &path, const QByteArray &bytes, QString *error)
 // stays and a build does not redo what depends on it. Files are replaced whole, never truncated
 // and rewritten: an output that is also the input survives a full disk, and a build never sees
 // a half-written header. Definitions must read back as the tree before they replace the file.
-OutputResult produce(ZAT16::Writer &writer, bool definitions, const ZAT16::Item *root, const QString &path,
-                     bool checkOnly, QString *error)
+OutputResult produce(ZAT16::Writer &writer,
+                     bool definitions,
+                     const ZAT16::Item *root,
+                     const QString &path,
+                     bool checkOnly,
+                     QString *error)
 {
     const bool toStdout = path == QLatin1String("-");
     const bool stream = toStdout || outputTarget(path) == OutputTarget::Stream;
@@ -204,20 +208,21 @@ OutputResult produce(ZAT16::Writer &writer, bool definitions, const ZAT16::Item 
 QList<OutputKind> outputKinds()
 {
     QList<OutputKind> kinds = {
-        {QStringLiteral("xml"),
-         QStringLiteral("Save the definitions in the canonical layout to <path> (- for standard output)."),
-         [](const ZAT16::Item *root, const QString &path, bool checkOnly, QString *error) {
-             ZAT16::WriterXml writer;
-             return produce(writer, true, root, path, checkOnly, error);
-         }},
+        { QStringLiteral("xml"),
+          QStringLiteral("Save the definitions in the canonical layout to <path> (- for standard output)."),
+          [](const ZAT16::Item *root, const QString &path, bool checkOnly, QString *error) {
+              ZAT16::WriterXml writer;
+              return produce(writer, true, root, path, checkOnly, error);
+          } },
     };
     for (int kind = 0; kind < ZAT16::Outputs::KindCount; ++kind) {
         const ZAT16::Outputs::Output &output = ZAT16::Outputs::output(ZAT16::Outputs::Kind(kind));
-        kinds.append({QLatin1String(output.option), QLatin1String(output.description),
-                      [&output](const ZAT16::Item *root, const QString &path, bool checkOnly, QString *error) {
-                          const std::unique_ptr<ZAT16::CodeWriter> writer = output.createWriter();
-                          return produce(*writer, false, root, path, checkOnly, error);
-                      }});
+        kinds.append({ QLatin1String(output.option),
+                       QLatin1String(output.description),
+                       [&output](const ZAT16::Item *root, const QString &path, bool checkOnly, QString *error) {
+                           const std::unique_ptr<ZAT16::CodeWriter> writer = output.createWriter();
+                           return produce(*writer, false, root, path, checkOnly, error);
+                       } });
     }
     return kinds;
 }
@@ -236,17 +241,18 @@ int main(int argc, char *argv[])
     cmd.addVersionOption();
     const QCommandLineOption checkOption(
         QStringLiteral("check"),
-        QStringLiteral("Write nothing; after the warnings of reading, list the entries that zatedit marks in red and the "
-                       "names that are keywords of C, C++, C# or Lua on standard error, one line each: "
-                       "\"<input>: problem: <message>\" or \"<input>: warning: <message>\"."));
+        QStringLiteral(
+            "Write nothing; after the warnings of reading, list the entries that zatedit marks in red and the "
+            "names that are keywords of C, C++, C# or Lua on standard error, one line each: "
+            "\"<input>: problem: <message>\" or \"<input>: warning: <message>\"."));
     const QCommandLineOption compareOption(
         QStringLiteral("compare"),
         QStringLiteral("Compare the input with <old>, an older version of it, and print on standard output what would "
                        "break programs built from <old> and what was added; exit with status 5 if anything breaks. "
                        "No output is written."),
         QStringLiteral("old"));
-    const QCommandLineOption werrorOption(
-        QStringLiteral("werror"), QStringLiteral("Treat warnings as errors; with --check, the problems too."));
+    const QCommandLineOption werrorOption(QStringLiteral("werror"),
+                                          QStringLiteral("Treat warnings as errors; with --check, the problems too."));
     const QCommandLineOption checkOutputsOption(
         QStringLiteral("check-outputs"),
         QStringLiteral("Write nothing; name every output file whose content differs from what would be generated, "
@@ -290,7 +296,8 @@ int main(int argc, char *argv[])
         for (const OutputKind &kind : kinds)
             outputs = outputs || cmd.isSet(kind.option);
         if (outputs) {
-            printErr(QStringLiteral("zatgen: --compare cannot be combined with --check, --check-outputs or an output\n"));
+            printErr(
+                QStringLiteral("zatgen: --compare cannot be combined with --check, --check-outputs or an output\n"));
             return BadUsage;
         }
         const QString old = cmd.value(compareOption);

@@ -6,13 +6,8 @@ namespace ZAT16 {
 
 CommandChangeComment::CommandChangeComment(
     const QString &comment, Item *item, EditorModel *model, const QModelIndex &index, Command *parent)
-    : CommandChangeText(&ItemData::comment,
-        { "Set comment", "Change comment", "Remove comment" },
-        comment,
-        item,
-        model,
-        index,
-        parent)
+    : CommandChangeText(
+        &ItemData::comment, { "Set comment", "Change comment", "Remove comment" }, comment, item, model, index, parent)
 {
 }
 

@@ -10,11 +10,11 @@ class CommandChangeID : public Command
 {
 public:
     CommandChangeID(quint64 code,
-        bool hasCode,
-        Item *item,
-        EditorModel *model,
-        const QModelIndex &index,
-        Command *parent = nullptr);
+                    bool hasCode,
+                    Item *item,
+                    EditorModel *model,
+                    const QModelIndex &index,
+                    Command *parent = nullptr);
 
     void redo() override;
     void undo() override;

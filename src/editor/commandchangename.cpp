@@ -6,13 +6,7 @@ namespace ZAT16 {
 
 CommandChangeName::CommandChangeName(
     const QString &name, Item *item, EditorModel *model, const QModelIndex &index, Command *parent)
-    : CommandChangeText(&ItemData::name,
-        { "Set name", "Change name", "Remove name" },
-        name,
-        item,
-        model,
-        index,
-        parent)
+    : CommandChangeText(&ItemData::name, { "Set name", "Change name", "Remove name" }, name, item, model, index, parent)
 {
 }
 

@@ -6,12 +6,12 @@
 namespace ZAT16 {
 
 CommandChangeText::CommandChangeText(QString ItemData::*field,
-    const Texts &texts,
-    const QString &text,
-    Item *item,
-    EditorModel *model,
-    const QModelIndex &index,
-    Command *parent)
+                                     const Texts &texts,
+                                     const QString &text,
+                                     Item *item,
+                                     EditorModel *model,
+                                     const QModelIndex &index,
+                                     Command *parent)
     : Command(item, model, index, parent)
     , m_field(field)
     , m_oldText(item->*field)

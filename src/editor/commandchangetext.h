@@ -22,12 +22,12 @@ public:
     };
 
     CommandChangeText(QString ItemData::*field,
-        const Texts &texts,
-        const QString &text,
-        Item *item,
-        EditorModel *model,
-        const QModelIndex &index,
-        Command *parent = nullptr);
+                      const Texts &texts,
+                      const QString &text,
+                      Item *item,
+                      EditorModel *model,
+                      const QModelIndex &index,
+                      Command *parent = nullptr);
 
     void redo() override;
     void undo() override;

@@ -10,11 +10,11 @@ class CommandNew : public Command
 {
 public:
     CommandNew(Item *item,
-        int row,
-        Item *parent,
-        EditorModel *model,
-        const QModelIndex &index,
-        Command *parentCommand = nullptr);
+               int row,
+               Item *parent,
+               EditorModel *model,
+               const QModelIndex &index,
+               Command *parentCommand = nullptr);
     ~CommandNew() override;
 
     void redo() override;

@@ -120,8 +120,10 @@ QModelIndex EditorEdits::insertRow(int row, const QModelIndex &parent, Item *ite
                 return QModelIndex();
             Item *existing = tag->findInTagByItemType(item->type);
             if (existing)
-                return mergeList(item, existing, parentItem != existing ? int(existing->children.size()) : position,
-                    parent);
+                return mergeList(item,
+                                 existing,
+                                 parentItem != existing ? int(existing->children.size()) : position,
+                                 parent);
             tag->dump(0);
             parentItem = tag;
             position = InsertionPolicy::listPosition(tag, item->type);
@@ -204,7 +206,8 @@ QModelIndex EditorEdits::insertList(const QModelIndex &at, ItemType kind)
 
     Item *list = new Item;
     list->type = kind;
-    m_model.push(new CommandNew(list, InsertionPolicy::listPosition(tag, kind), tag, &m_model, m_model.item2index(tag)));
+    m_model.push(
+        new CommandNew(list, InsertionPolicy::listPosition(tag, kind), tag, &m_model, m_model.item2index(tag)));
     return m_model.item2index(list);
 }
 
@@ -236,8 +239,9 @@ QMimeData *EditorEdits::copy(const QModelIndex &index)
     const QModelIndex parentIndex = index.parent();
     const int row = index.row();
     return EditorClipboard::encode(m_model.index2item(index),
-        m_model.data(m_model.index(row, 0, parentIndex), Qt::EditRole).toString() + QLatin1Char(' ')
-            + m_model.data(m_model.index(row, 1, parentIndex), Qt::EditRole).toString());
+                                   m_model.data(m_model.index(row, 0, parentIndex), Qt::EditRole).toString()
+                                       + QLatin1Char(' ')
+                                       + m_model.data(m_model.index(row, 1, parentIndex), Qt::EditRole).toString());
 }
 
 QMimeData *EditorEdits::cut(const QModelIndex &index)

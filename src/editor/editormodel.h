@@ -76,13 +76,19 @@ public:
     void undoableClear(const QModelIndex &index) { m_edits.undoableClear(index); }
 
     // Editing operations: each pushes commands, none changes the tree directly
-    bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override { return m_edits.setData(index, value, role); }
+    bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override
+    {
+        return m_edits.setData(index, value, role);
+    }
     using QAbstractItemModel::setItemData;
     /// Replaces the item's whole data as one undoable step (the item edit dialog's result).
     bool setItemData(const QModelIndex &index, const ItemData &data) { return m_edits.setItemData(index, data); }
     /// Inserts `item` (the model takes it when the result is valid), or a new empty row when it
     /// is null. Tags go to the root level, values and lists into the lists of the enclosing tag.
-    QModelIndex insertRow(int row, const QModelIndex &parent, Item *item) { return m_edits.insertRow(row, parent, item); }
+    QModelIndex insertRow(int row, const QModelIndex &parent, Item *item)
+    {
+        return m_edits.insertRow(row, parent, item);
+    }
     bool insertRow(int row, const QModelIndex &parent = QModelIndex()) { return m_edits.insertRow(row, parent); }
     /// A new empty row below `at` (the selection; invalid: the last row), or at the end of `at`
     /// when it is a list. The new row's index, or invalid when none was inserted.
@@ -93,7 +99,10 @@ public:
     /// The enumeration or bit list of the tag that holds `at`, created when missing.
     QModelIndex insertList(const QModelIndex &at, ItemType kind) { return m_edits.insertList(at, kind); }
     /// A new, unpushed delete command for the row, or null.
-    CommandDelete *prepareRemoveRow(int row, const QModelIndex &parent) { return m_edits.prepareRemoveRow(row, parent); }
+    CommandDelete *prepareRemoveRow(int row, const QModelIndex &parent)
+    {
+        return m_edits.prepareRemoveRow(row, parent);
+    }
     bool removeRow(int row, const QModelIndex &parent = QModelIndex()) { return m_edits.removeRow(row, parent); }
 
     // Clipboard and drag-and-drop
@@ -132,7 +141,7 @@ private:
     CollisionCache m_collisions;
     RowCache m_rowCache;
     ItemPresentation m_presentation;
-    EditorEdits m_edits{ *this };
+    EditorEdits m_edits { *this };
 };
 
 } // namespace ZAT16

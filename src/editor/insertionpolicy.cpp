@@ -56,8 +56,8 @@ InsertionPolicy::Slot InsertionPolicy::after(const EditorModel &model, QModelInd
     }
     const Item *item = model.index2item(at);
     if (at.isValid() && item && (item->type == Enums || item->type == Bits))
-        return Slot{ at.siblingAtColumn(0), int(item->children.size()) };
-    return Slot{ at.parent(), at.isValid() ? at.row() + 1 : 0 };
+        return Slot { at.siblingAtColumn(0), int(item->children.size()) };
+    return Slot { at.parent(), at.isValid() ? at.row() + 1 : 0 };
 }
 
 // A list takes the new row at its start; any other row gets its new sibling right above it.
@@ -70,8 +70,8 @@ InsertionPolicy::Slot InsertionPolicy::before(const EditorModel &model, QModelIn
         at = model.index(0, 0);
     const Item *item = model.index2item(at);
     if (item && (item->type == Enums || item->type == Bits))
-        return Slot{ at.siblingAtColumn(0), 0 };
-    return Slot{ at.parent(), at.row() };
+        return Slot { at.siblingAtColumn(0), 0 };
+    return Slot { at.parent(), at.row() };
 }
 
 } // namespace ZAT16

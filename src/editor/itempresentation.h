@@ -32,8 +32,10 @@ public:
     QVariant font(const Item *item, int column) const;
     /// The background or foreground colour of a cell; `collisions` gives the item's collision
     /// flags and is called only when no other rule has decided.
-    QVariant highlight(
-        const Item *item, int column, int role, const std::function<Item::CollisionFlags()> &collisions) const
+    QVariant highlight(const Item *item,
+                       int column,
+                       int role,
+                       const std::function<Item::CollisionFlags()> &collisions) const
     {
         return colour(Marks::cellMark(item, column, collisions), role);
     }

@@ -60,11 +60,11 @@ TagListing::TagListing(const Item *root)
         if (!tag->isValid(Tag))
             continue;
         candidates.append(
-            Candidate{ tag, quint32(tag->id), ((tag->id >> 12) & 0xF) == Request, isNestedTag(int(tag->id)) });
+            Candidate { tag, quint32(tag->id), ((tag->id >> 12) & 0xF) == Request, isNestedTag(int(tag->id)) });
         const Item *enums = tag->findInTagByItemType(Enums);
         const Item *bits = tag->findInTagByItemType(Bits);
         if (enums || bits)
-            m_withLists.append(Lists{ tag, enums, bits });
+            m_withLists.append(Lists { tag, enums, bits });
     }
 
     CodeSet written;

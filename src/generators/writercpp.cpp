@@ -33,27 +33,26 @@ void WriterCpp::beginPass(Pass pass)
     appendIndented("namespace ZAT16 {\n\n");
     appendIndented("  namespace Type {\n");
     appendIndented("    enum T {\n");
-    for (const char *line : {"      Binary         = 0,\n",
-                             "      Integer        = 1,\n",
-                             "      Bool           = 2,\n",
-                             "      String         = 3,\n",
-                             "      Date           = 4,\n",
-                             "      Time           = 5,\n",
-                             "      DateTime       = 6,\n",
-                             "      BitArray       = 7,\n",
-                             "      NetworkAddress = 9,\n"})
+    for (const char *line : { "      Binary         = 0,\n",
+                              "      Integer        = 1,\n",
+                              "      Bool           = 2,\n",
+                              "      String         = 3,\n",
+                              "      Date           = 4,\n",
+                              "      Time           = 5,\n",
+                              "      DateTime       = 6,\n",
+                              "      BitArray       = 7,\n",
+                              "      NetworkAddress = 9,\n" })
         appendIndented(line);
     // The empty lines between the groups carry no indent.
     m_text += QLatin1Char('\n');
-    for (const char *line : {"      List           = 12,\n",
-                             "      Request        = 13,\n",
-                             "      Answer         = 14,\n",
-                             "      Message        = 15,\n"})
+    for (const char *line : { "      List           = 12,\n",
+                              "      Request        = 13,\n",
+                              "      Answer         = 14,\n",
+                              "      Message        = 15,\n" })
         appendIndented(line);
     m_text += QLatin1Char('\n');
-    for (const char *line : {"      ExtPoint       = 0x80,\n",
-                             "      ExtRect        = 0x81,\n",
-                             "      ExtSize        = 0x82,\n"})
+    for (const char *line :
+         { "      ExtPoint       = 0x80,\n", "      ExtRect        = 0x81,\n", "      ExtSize        = 0x82,\n" })
         appendIndented(line);
     appendIndented("    };\n");
     appendIndented("  }\n\n");

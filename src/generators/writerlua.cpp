@@ -13,7 +13,8 @@ namespace ZAT16 {
 
 // Table rows are laid out by beginKey(), not as aligned entries.
 WriterLua::WriterLua()
-    : CodeWriter({ "\n-- Automagically generated -- do not edit\n\n", "", false, "", "", "", "", "", { BitMaskInt32 }, 1 })
+    : CodeWriter(
+        { "\n-- Automagically generated -- do not edit\n\n", "", false, "", "", "", "", "", { BitMaskInt32 }, 1 })
 {
 }
 

@@ -221,7 +221,7 @@ bool AttributeReader::read(ItemData *data, const QList<const Item *> &open)
         while (i < text.size() && text.at(i) >= u'0' && text.at(i) <= u'9') {
             const int digit = text.at(i).unicode() - u'0';
             digits = digits > (std::numeric_limits<int>::max() - digit) / 10 ? std::numeric_limits<int>::max()
-                                                                              : digits * 10 + digit;
+                                                                             : digits * 10 + digit;
             ++i;
         }
         data->display.digits = digits;

@@ -192,9 +192,10 @@ static QString declaredEncoding(const QByteArray &start)
 static bool isPlainEncoding(const QString &name)
 {
     const QString n = name.toLower();
-    return n.isEmpty() || n == QLatin1String("utf-8") || n == QLatin1String("utf8") || n.startsWith(QLatin1String("utf-16"))
-        || n.startsWith(QLatin1String("utf-32")) || n == QLatin1String("us-ascii") || n == QLatin1String("ascii")
-        || n.startsWith(QLatin1String("iso-8859-")) || n == QLatin1String("latin1") || n == QLatin1String("latin-1");
+    return n.isEmpty() || n == QLatin1String("utf-8") || n == QLatin1String("utf8")
+        || n.startsWith(QLatin1String("utf-16")) || n.startsWith(QLatin1String("utf-32"))
+        || n == QLatin1String("us-ascii") || n == QLatin1String("ascii") || n.startsWith(QLatin1String("iso-8859-"))
+        || n == QLatin1String("latin1") || n == QLatin1String("latin-1");
 }
 
 void EntityGuard::sniffEncoding(const QByteArray &start)

@@ -7,8 +7,8 @@
 #include <QThread>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <linux/falloc.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 namespace ZAT16 {

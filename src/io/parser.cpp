@@ -92,7 +92,7 @@ bool Parser::parseElements(Item *parent)
     struct Pop {
         QList<Siblings> &stack;
         ~Pop() { stack.removeLast(); }
-    } pop{m_siblings};
+    } pop { m_siblings };
 
     while (!atEnd() && !hasError()) {
         switch (readNext(KeepCommentsAndWhitespace)) {
@@ -260,7 +260,8 @@ bool Parser::hasSiblingName(const Item *parent, const QString &name)
         const qsizetype size = name.size();
         for (const Item *child : parent->children) {
             const QString &other = child->name;
-            if (other.size() == size && (other.constData() == name.constData() || (child->type == Tag && other == name)))
+            if (other.size() == size
+                && (other.constData() == name.constData() || (child->type == Tag && other == name)))
                 return true;
         }
         return false;
@@ -285,7 +286,8 @@ int Parser::strayTextLine() const
     const QStringView t = text();
     qsizetype first = 0;
     if (!isCDATA()) {
-        while (first < t.size() && (t.at(first) == u' ' || t.at(first) == u'\t' || t.at(first) == u'\n' || t.at(first) == u'\r'))
+        while (first < t.size()
+               && (t.at(first) == u' ' || t.at(first) == u'\t' || t.at(first) == u'\n' || t.at(first) == u'\r'))
             ++first;
     }
     const qsizetype after = t.size() - first;

@@ -76,7 +76,7 @@ private:
     bool hasSiblingName(const Item *parent, const QString &name);
 
     QList<Siblings> m_siblings;
-    AttributeReader m_attributes{*this};
+    AttributeReader m_attributes { *this };
     QList<const Item *> m_open; ///< the elements being read, outermost first
     int m_depth = 0; ///< nesting depth of the known elements being read
 };

@@ -26,7 +26,7 @@ void flatten(const Item *item, int depth, QList<Entry> &entries)
 {
     if (item->isNewline())
         return;
-    entries.append({item, depth});
+    entries.append({ item, depth });
     if (item->type == Tag && item->children.size() > 1) {
         QList<const Item *> children(item->children.cbegin(), item->children.cend());
         std::stable_sort(children.begin(), children.end(), Item::sortsBefore);
@@ -55,15 +55,14 @@ bool sameEntry(const Entry &a, const Entry &b)
     // The form the writer gives an entry (an element or a comment line) must come back too, or the
     // next save would write something else.
     return a.depth == b.depth && x->type == y->type && x->isComment() == y->isComment() && x->name == y->name
-        && x->hasId == y->hasId
-        && (!x->hasId || x->id == y->id) && x->comment == y->comment && dx.mode == dy.mode && dx.digits == dy.digits
-        && x->secure == y->secure;
+        && x->hasId == y->hasId && (!x->hasId || x->id == y->id) && x->comment == y->comment && dx.mode == dy.mode
+        && dx.digits == dy.digits && x->secure == y->secure;
 }
 
 // The first character of every line of `text`.
 QList<qsizetype> lineStarts(const QString &text)
 {
-    QList<qsizetype> starts{0};
+    QList<qsizetype> starts { 0 };
     for (qsizetype i = 0; i < text.size(); ++i) {
         if (text.at(i) == QLatin1Char('\n'))
             starts.append(i + 1);
@@ -150,7 +149,9 @@ QString reasonFor(const Item *item)
     // children all are blank lines would lose them, and come back as a comment line.
     if (!item->isComment()) {
         const bool onlyBlankChildren = !item->children.isEmpty()
-            && std::all_of(item->children.cbegin(), item->children.cend(), [](const Item *c) { return c->isNewline(); });
+            && std::all_of(item->children.cbegin(), item->children.cend(), [](const Item *c) {
+                   return c->isNewline();
+               });
         if (onlyBlankChildren && item->hasId == false && item->name.isEmpty() && !item->comment.isEmpty())
             return QStringLiteral("an entry with only a comment is saved as a comment line");
         return QString();
@@ -227,8 +228,7 @@ QString ReadBackCheck::check(const Item *root, const QByteArray &written)
             if (close > 0)
                 reason = reason.mid(close + 2);
         }
-        const Item *culprit
-            = itemAt(root, QString::fromUtf8(written), parser.lineNumber(), parser.columnNumber());
+        const Item *culprit = itemAt(root, QString::fromUtf8(written), parser.lineNumber(), parser.columnNumber());
         return describe(culprit) + QStringLiteral(" would not load again (") + reason + QLatin1Char(')');
     }
     const std::unique_ptr<Item> back(parser.takeRoot());

@@ -71,7 +71,7 @@ bool hasAccessControlList(const QByteArray &path)
 
 SaveSequence::Operations SaveSequence::systemOperations()
 {
-    return {::unlink, ::rename, ::link, ::write, ::fchown};
+    return { ::unlink, ::rename, ::link, ::write, ::fchown };
 }
 
 SaveSequence::Operations &SaveSequence::operations()
@@ -274,8 +274,9 @@ QString SaveSequence::errorMessage() const
         return tr("Could not copy %1 to %2: %3").arg(native(targetPath), native(backupPath), reason);
     case WriteInPlace:
         return tr("Error writing %1:\n  %2").arg(native(path), reason)
-            + (previousVersionPath.isEmpty() ? QString()
-                                             : tr("\nThe version before this save is in %1.").arg(native(previousVersionPath)));
+            + (previousVersionPath.isEmpty()
+                   ? QString()
+                   : tr("\nThe version before this save is in %1.").arg(native(previousVersionPath)));
     case Changed:
         return tr("%1 was changed by another program since it was opened").arg(native(path));
     }

@@ -75,7 +75,7 @@ bool WriterXml::writeItem(const Item *item)
         return writeItemText(item);
     // A child begins after the ">" that its parent's start tag still waits for.
     const qsizetype index = spans->size();
-    spans->append({item, m_out.position() + (m_startTagOpen ? 1 : 0), 0});
+    spans->append({ item, m_out.position() + (m_startTagOpen ? 1 : 0), 0 });
     const bool written = writeItemText(item);
     (*spans)[index].end = m_out.position();
     return written;

@@ -17,7 +17,6 @@ XmlParser::~XmlParser()
     setDevice(nullptr);
 }
 
-
 bool XmlParser::parse(const QString &path)
 {
     return parse(path, nullptr);
@@ -79,7 +78,8 @@ bool XmlParser::run(std::unique_ptr<QIODevice> input)
         QString text = QStringLiteral("Warning: ");
         if (!fileName.isEmpty())
             text += fileName + QLatin1String(":\n  ");
-        warning(text + QString::number(warningCount - maximumWarnings) + QLatin1String(" more warnings were not listed"));
+        warning(text + QString::number(warningCount - maximumWarnings)
+                + QLatin1String(" more warnings were not listed"));
     }
     return result;
 }
@@ -226,17 +226,8 @@ QString XmlParser::formatEW(const QString &kind, const QString &message) const
 QString XmlParser::tokenName(int type)
 {
     static const char *const names[] = {
-        "NoToken",
-        "Invalid",
-        "StartDocument",
-        "EndDocument",
-        "StartElement",
-        "EndElement",
-        "Characters",
-        "Comment",
-        "DTD",
-        "EntityReference",
-        "ProcessingInstruction",
+        "NoToken",    "Invalid", "StartDocument", "EndDocument",     "StartElement",          "EndElement",
+        "Characters", "Comment", "DTD",           "EntityReference", "ProcessingInstruction",
     };
     if (type >= 0 && type <= 10)
         return QString::fromLatin1(names[type]);

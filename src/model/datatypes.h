@@ -14,7 +14,8 @@ namespace ZAT16 {
 ///
 /// The texts that are translated are kept as source texts with their translation context; the
 /// place that shows one translates it in that context (tr() of the class named in the context).
-class DataTypes {
+class DataTypes
+{
 public:
     struct Entry {
         /// The data type: a DataType value, or 8, the escape nibble of the extended form, whose

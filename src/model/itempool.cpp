@@ -125,7 +125,7 @@ Block *Pool::newBlock()
     }
     ++arena->used;
     ++blocks;
-    *block = Block{ arena, nullptr, nullptr, nullptr, 0, 0, false };
+    *block = Block { arena, nullptr, nullptr, nullptr, 0, 0, false };
     return block;
 }
 
@@ -204,7 +204,8 @@ void *Pool::allocate()
 void Pool::release(void *slot)
 {
     std::lock_guard<std::mutex> lock(mutex);
-    Block *block = reinterpret_cast<Block *>(reinterpret_cast<std::uintptr_t>(slot) & ~std::uintptr_t(ItemPool::blockSize - 1));
+    Block *block
+        = reinterpret_cast<Block *>(reinterpret_cast<std::uintptr_t>(slot) & ~std::uintptr_t(ItemPool::blockSize - 1));
     Q_ASSERT(block->used > 0);
     FreeSlot *freed = static_cast<FreeSlot *>(slot);
     freed->next = block->free;

@@ -16,7 +16,8 @@ class FileChangedWidget;
 /// A file that disappears is polled once a second, because many programs save by removing the
 /// old file and writing a new one: a file that is back within three seconds is reported as
 /// changed, one that stays away as removed.
-class FileChangedWidget : public QFrame {
+class FileChangedWidget : public QFrame
+{
     Q_OBJECT
 
 public:

@@ -4,7 +4,8 @@
 
 /// A tree view that reports selection and current-row changes as simple signals carrying model
 /// indexes, and that can expand or collapse a whole subtree at once.
-class RowTreeView : public QTreeView {
+class RowTreeView : public QTreeView
+{
     Q_OBJECT
 
 public:

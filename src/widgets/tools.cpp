@@ -99,23 +99,23 @@ bool restoreWidgetGeometry(QWidget *widget, QByteArray const &geometry)
             moved = true;
         } else {
             restoreDebug(saved
-                + QString::asprintf(": Does not fit %ux%d%+d%+d, trying centered",
-                    unsigned(area.width()),
-                    area.height(),
-                    area.left(),
-                    area.top()));
+                         + QString::asprintf(": Does not fit %ux%d%+d%+d, trying centered",
+                                             unsigned(area.width()),
+                                             area.height(),
+                                             area.left(),
+                                             area.top()));
             QPoint const centered(area.left() + (area.width() - width) / 2, area.top() + (area.height() - height) / 2);
             if (area.contains(centered)) {
                 widget->move(centered);
                 moved = true;
             } else {
                 restoreDebug(saved
-                    + QString::asprintf(
-                        maximized ? ": Does not fit %ux%d%+d%+d, maximizing anyway" : ": Does not fit %ux%d%+d%+d",
-                        unsigned(area.width()),
-                        area.height(),
-                        centered.x(),
-                        centered.y()));
+                             + QString::asprintf(maximized ? ": Does not fit %ux%d%+d%+d, maximizing anyway"
+                                                           : ": Does not fit %ux%d%+d%+d",
+                                                 unsigned(area.width()),
+                                                 area.height(),
+                                                 centered.x(),
+                                                 centered.y()));
             }
         }
     }

@@ -55,18 +55,18 @@ private slots:
         QTest::addColumn<QString>("columns");
 
         QTest::newRow("complete tag") << int(Tag) << "A" << true << "" << false << 0 << "-";
-        QTest::newRow("name without code") << int(Tag) << "A" << false << "" << false << int(Marks::NameWithoutCode)
-                                           << "01";
-        QTest::newRow("code without name") << int(Bit) << "" << true << "" << false << int(Marks::CodeWithoutName)
-                                           << "01";
+        QTest::newRow("name without code")
+            << int(Tag) << "A" << false << "" << false << int(Marks::NameWithoutCode) << "01";
+        QTest::newRow("code without name")
+            << int(Bit) << "" << true << "" << false << int(Marks::CodeWithoutName) << "01";
         QTest::newRow("nameless value with a comment") << int(Enum) << "" << true << "note" << false << 0 << "-";
-        QTest::newRow("nameless bit with a comment") << int(Bit) << "" << true << "note" << false
-                                                     << int(Marks::CodeWithoutName) << "01";
+        QTest::newRow("nameless bit with a comment")
+            << int(Bit) << "" << true << "note" << false << int(Marks::CodeWithoutName) << "01";
         QTest::newRow("invalid name") << int(Tag) << "1st" << true << "" << false << int(Marks::InvalidName) << "0";
         QTest::newRow("invalid name without code")
             << int(Tag) << "Tag" << false << "" << false << int(Marks::NameWithoutCode | Marks::InvalidName) << "01";
-        QTest::newRow("incomplete parent") << int(Enum) << "" << false << "" << true << int(Marks::IncompleteParent)
-                                           << "012";
+        QTest::newRow("incomplete parent")
+            << int(Enum) << "" << false << "" << true << int(Marks::IncompleteParent) << "012";
         QTest::newRow("nameless value with a comment and entries")
             << int(Enum) << "" << true << "note" << true << int(Marks::IncompleteParent) << "012";
         // The missing code says it already; the mark still covers every column.

@@ -73,19 +73,19 @@ private slots:
         const SiblingIndex index(&list);
         QCOMPARE(index.size(), qsizetype(6));
         QCOMPARE(index.nameHolders(QStringLiteral("A")).count, 2);
-        QCOMPARE(index.nameHolders(QStringLiteral("A")).mix, mix({a, a2}));
+        QCOMPARE(index.nameHolders(QStringLiteral("A")).mix, mix({ a, a2 }));
         QCOMPARE(index.nameHolders(QStringLiteral("B")).count, 1);
-        QCOMPARE(index.nameHolders(QStringLiteral("B")).mix, mix({b}));
+        QCOMPARE(index.nameHolders(QStringLiteral("B")).mix, mix({ b }));
         QCOMPARE(index.nameHolders(QStringLiteral("C")).count, 1);
-        QCOMPARE(index.nameHolders(QStringLiteral("C")).mix, mix({codeless}));
+        QCOMPARE(index.nameHolders(QStringLiteral("C")).mix, mix({ codeless }));
         // An empty name is no key: the nameless value and the blank line are not counted.
         QCOMPARE(index.nameHolders(QString()).count, 0);
         QCOMPARE(index.idHolders(1).count, 2);
-        QCOMPARE(index.idHolders(1).mix, mix({a, b}));
+        QCOMPARE(index.idHolders(1).mix, mix({ a, b }));
         // The codeless entry's id of 2 is not counted, only a2's.
         QCOMPARE(index.idHolders(2).count, 1);
-        QCOMPARE(index.idHolders(2).mix, mix({a2}));
-        QCOMPARE(index.idHolders(7).mix, mix({nameless}));
+        QCOMPARE(index.idHolders(2).mix, mix({ a2 }));
+        QCOMPARE(index.idHolders(7).mix, mix({ nameless }));
         // The blank line's id 0 is no key.
         QCOMPARE(index.idHolders(0).count, 0);
 
@@ -139,12 +139,12 @@ private slots:
         list.insertChildBefore(1, c);
         SiblingIndex::Changed changed;
         index.insert(1, c, &changed);
-        QCOMPARE(names(changed), QStringList({QStringLiteral("A"), QStringLiteral("B")}));
+        QCOMPARE(names(changed), QStringList({ QStringLiteral("A"), QStringLiteral("B") }));
         QCOMPARE(changed.size(), 2);
         QCOMPARE(index.size(), qsizetype(3));
         QCOMPARE(index.at(1).name, QStringLiteral("A"));
         QCOMPARE(index.nameHolders(QStringLiteral("A")).count, 2);
-        QCOMPARE(index.nameHolders(QStringLiteral("A")).mix, mix({a, c}));
+        QCOMPARE(index.nameHolders(QStringLiteral("A")).mix, mix({ a, c }));
         QVERIFY(agrees(index, &list));
 
         // A third holder changes nobody's flags.
@@ -153,7 +153,7 @@ private slots:
         index.insert(3, d, &changed);
         QVERIFY(changed.isEmpty());
         QCOMPARE(index.nameHolders(QStringLiteral("A")).count, 3);
-        QCOMPARE(index.nameHolders(QStringLiteral("A")).mix, mix({a, c, d}));
+        QCOMPARE(index.nameHolders(QStringLiteral("A")).mix, mix({ a, c, d }));
         QVERIFY(agrees(index, &list));
     }
 
@@ -170,21 +170,21 @@ private slots:
         std::unique_ptr<Item> taken(list.takeChild(1));
         SiblingIndex::Changed changed;
         index.remove(1, taken.get(), &changed);
-        QCOMPARE(names(changed), QStringList({QStringLiteral("A")}));
+        QCOMPARE(names(changed), QStringList({ QStringLiteral("A") }));
         QCOMPARE(changed.at(0), a);
         QCOMPARE(index.size(), qsizetype(2));
         QCOMPARE(index.idHolders(1).count, 2);
-        QCOMPARE(index.idHolders(1).mix, mix({a, b}));
+        QCOMPARE(index.idHolders(1).mix, mix({ a, b }));
         QVERIFY(agrees(index, &list));
 
         // The last holder of a key leaves: the key is gone, nobody is reported.
         std::unique_ptr<Item> last(list.takeChild(1));
         changed.clear();
         index.remove(1, last.get(), &changed);
-        QCOMPARE(names(changed), QStringList({QStringLiteral("A")}));
+        QCOMPARE(names(changed), QStringList({ QStringLiteral("A") }));
         QCOMPARE(index.nameHolders(QStringLiteral("B")).count, 0);
         QCOMPARE(index.idHolders(1).count, 1);
-        QCOMPARE(index.idHolders(1).mix, mix({a}));
+        QCOMPARE(index.idHolders(1).mix, mix({ a }));
         QVERIFY(agrees(index, &list));
     }
 
@@ -221,12 +221,12 @@ private slots:
         c->id = 3;
         SiblingIndex::Changed changed;
         index.update(2, c, &changed);
-        QCOMPARE(names(changed), QStringList({QStringLiteral("A"), QStringLiteral("B")}));
+        QCOMPARE(names(changed), QStringList({ QStringLiteral("A"), QStringLiteral("B") }));
         QCOMPARE(index.at(2).name, QStringLiteral("A"));
         QCOMPARE(index.at(2).id, quint64(3));
-        QCOMPARE(index.nameHolders(QStringLiteral("A")).mix, mix({a, c}));
+        QCOMPARE(index.nameHolders(QStringLiteral("A")).mix, mix({ a, c }));
         QCOMPARE(index.nameHolders(QStringLiteral("C")).count, 0);
-        QCOMPARE(index.idHolders(2).mix, mix({b}));
+        QCOMPARE(index.idHolders(2).mix, mix({ b }));
         QVERIFY(agrees(index, &list));
 
         // The same sibling can lose one flag and gain the other in one change: it is reported for
@@ -237,7 +237,7 @@ private slots:
         changed.clear();
         index.update(2, c, &changed);
         QCOMPARE(changed.size(), 3);
-        QCOMPARE(names(changed), QStringList({QStringLiteral("A"), QStringLiteral("A"), QStringLiteral("B")}));
+        QCOMPARE(names(changed), QStringList({ QStringLiteral("A"), QStringLiteral("A"), QStringLiteral("B") }));
         QCOMPARE(index.idHolders(3).count, 0);
         QVERIFY(agrees(index, &list));
 
@@ -246,7 +246,7 @@ private slots:
         c->hasId = false;
         changed.clear();
         index.update(2, c, &changed);
-        QCOMPARE(names(changed), QStringList({QStringLiteral("A"), QStringLiteral("B")}));
+        QCOMPARE(names(changed), QStringList({ QStringLiteral("A"), QStringLiteral("B") }));
         QCOMPARE(index.nameHolders(QStringLiteral("B")).count, 1);
         QCOMPARE(index.idHolders(1).count, 1);
         QVERIFY(!index.at(2).hasName);

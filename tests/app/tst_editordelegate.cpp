@@ -23,7 +23,8 @@ using namespace ZAT16;
 using TestItems::makeItem;
 
 // One row showing one item, without fonts.
-class PlainModel : public QAbstractTableModel {
+class PlainModel : public QAbstractTableModel
+{
 public:
     explicit PlainModel(Item *item)
         : m_item(item)
@@ -45,7 +46,8 @@ private:
 };
 
 // A main window as far as the delegate cares: it has the popupMessage slot.
-class MessageWindow : public QWidget {
+class MessageWindow : public QWidget
+{
     Q_OBJECT
 
 public:
@@ -56,7 +58,8 @@ public slots:
 };
 
 // A window with a look-alike that is not the slot.
-class OtherWindow : public QWidget {
+class OtherWindow : public QWidget
+{
     Q_OBJECT
 
 public:
@@ -66,7 +69,8 @@ public slots:
     void popupMessage(int) { ++calls; }
 };
 
-class TestEditorDelegate : public QObject {
+class TestEditorDelegate : public QObject
+{
     Q_OBJECT
 
 private slots:

@@ -51,7 +51,8 @@ QString describe(const ItemData &d)
 
 } // namespace
 
-class TestEditorItemEditDialog : public QObject {
+class TestEditorItemEditDialog : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -116,7 +117,8 @@ private:
     QList<Applied> m_applied;
 
     void openDialog(const Item *item, bool show = true);
-    template <class T> T *field(const char *name) const
+    template<class T>
+    T *field(const char *name) const
     {
         T *w = m_dialog->findChild<T *>(QLatin1String(name));
         Q_ASSERT(w);
@@ -241,26 +243,13 @@ void TestEditorItemEditDialog::formFieldOrder()
 {
     using Ui = Ui_ZAT16EditorItemEditDialog;
     const std::size_t offsets[] = {
-        offsetof(Ui, verticalLayout),
-        offsetof(Ui, formLayout),
-        offsetof(Ui, m_lbl_name),
-        offsetof(Ui, m_le_name),
-        offsetof(Ui, m_lbl_id),
-        offsetof(Ui, m_stk_id),
-        offsetof(Ui, m_pg_numeric),
-        offsetof(Ui, horizontalLayout_2),
-        offsetof(Ui, m_le_id),
-        offsetof(Ui, m_pg_tag),
-        offsetof(Ui, horizontalLayout_3),
-        offsetof(Ui, m_te_id),
-        offsetof(Ui, m_lbl_display_mode),
-        offsetof(Ui, horizontalLayout),
-        offsetof(Ui, m_cb_display_mode),
-        offsetof(Ui, m_lbl_digits),
-        offsetof(Ui, m_sb_digits),
-        offsetof(Ui, m_lbl_secure),
-        offsetof(Ui, m_ck_secure),
-        offsetof(Ui, m_buttunz),
+        offsetof(Ui, verticalLayout),     offsetof(Ui, formLayout),         offsetof(Ui, m_lbl_name),
+        offsetof(Ui, m_le_name),          offsetof(Ui, m_lbl_id),           offsetof(Ui, m_stk_id),
+        offsetof(Ui, m_pg_numeric),       offsetof(Ui, horizontalLayout_2), offsetof(Ui, m_le_id),
+        offsetof(Ui, m_pg_tag),           offsetof(Ui, horizontalLayout_3), offsetof(Ui, m_te_id),
+        offsetof(Ui, m_lbl_display_mode), offsetof(Ui, horizontalLayout),   offsetof(Ui, m_cb_display_mode),
+        offsetof(Ui, m_lbl_digits),       offsetof(Ui, m_sb_digits),        offsetof(Ui, m_lbl_secure),
+        offsetof(Ui, m_ck_secure),        offsetof(Ui, m_buttunz),
     };
     for (std::size_t i = 0; i < std::size(offsets); ++i)
         QCOMPARE(offsets[i], i * sizeof(void *));

@@ -13,7 +13,8 @@
 
 using namespace ZAT16;
 
-class TestEditorTagEdit : public QObject {
+class TestEditorTagEdit : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -118,7 +119,7 @@ void TestEditorTagEdit::rowTexts()
     const QImage expected(icon);
     QVERIFY2(!expected.isNull(), qPrintable(icon));
     QCOMPARE(decoration.pixmap(expected.size()).toImage().convertToFormat(QImage::Format_ARGB32),
-        expected.convertToFormat(QImage::Format_ARGB32));
+             expected.convertToFormat(QImage::Format_ARGB32));
 }
 
 void TestEditorTagEdit::rowDataTypes_data()

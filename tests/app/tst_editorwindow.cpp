@@ -2,24 +2,22 @@
 // unsaved-changes question, reloading and the file change banner. Offscreen; modal boxes are
 // answered from timers.
 
-#include "testfiles.h"
 #include "editormodel.h"
 #include "editorwindow.h"
 #include "filechangedwidget.h"
 #include "item.h"
 #include "modal.h"
 #include "savesequence.h"
+#include "testfiles.h"
 #include "ui_editorwindow.h"
 #include "writerxml.h"
 
+#include <QAbstractButton>
 #include <QAbstractItemModelTester>
 #include <QClipboard>
-#include <QMimeData>
-#include <QProcess>
-#include <QDir>
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QDockWidget>
-#include <QAbstractButton>
 #include <QFile>
 #include <QFileDialog>
 #include <QHeaderView>
@@ -27,6 +25,8 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
+#include <QProcess>
 #include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
@@ -175,7 +175,8 @@ ssize_t writeWhileAnotherProgramWrites(int fd, const void *data, size_t size)
 QStringList temporaries(const QString &path)
 {
     const QFileInfo info(path);
-    return info.dir().entryList({info.fileName() + QStringLiteral(".tmp*")}, QDir::Files | QDir::System | QDir::Hidden);
+    return info.dir().entryList({ info.fileName() + QStringLiteral(".tmp*") },
+                                QDir::Files | QDir::System | QDir::Hidden);
 }
 
 } // namespace
@@ -207,10 +208,13 @@ private:
     bool savesWithoutQuestion()
     {
         bool asked = false;
-        TestModal::onNextModal([&](QWidget *w) {
-            asked = true;
-            w->close();
-        }, nullptr, 300);
+        TestModal::onNextModal(
+            [&](QWidget *w) {
+                asked = true;
+                w->close();
+            },
+            nullptr,
+            300);
         const bool saved = m_window->onSave();
         return saved && !asked;
     }
@@ -297,36 +301,94 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("shortcut");
         QTest::addColumn<bool>("hasIcon");
-        QTest::newRow("open") << "m_act_open" << "Open" << "Ctrl+O" << true;
-        QTest::newRow("save") << "m_act_save" << "Save" << "Ctrl+S" << true;
-        QTest::newRow("save as") << "m_act_save_as" << "Save as..." << "" << true;
-        QTest::newRow("close") << "m_act_close" << "Close" << "Ctrl+Q" << true;
-        QTest::newRow("insert before") << "m_act_insert_before" << "Insert before" << "Ins" << true;
-        QTest::newRow("insert after") << "m_act_insert_after" << "Insert after" << "Shift+Ins" << true;
-        QTest::newRow("add bits") << "m_act_add_bits" << "Add bits" << "Ctrl+B" << true;
-        QTest::newRow("add enums") << "m_act_add_enums" << "Add enums" << "Ctrl+E" << true;
-        QTest::newRow("cut") << "m_act_cut" << "Cut" << "Ctrl+X" << true;
-        QTest::newRow("copy") << "m_act_copy" << "Copy" << "Ctrl+C" << true;
-        QTest::newRow("paste") << "m_act_paste" << "Paste" << "Ctrl+V" << true;
-        QTest::newRow("delete") << "m_act_delete" << "Delete" << "Del" << true;
-        QTest::newRow("clear all") << "m_act_new" << "Clear all" << "" << true;
-        QTest::newRow("view header") << "m_act_view_header" << "View generated header" << "" << true;
-        QTest::newRow("view lua") << "m_act_view_lua" << "View generated Lua" << "" << true;
-        QTest::newRow("view cpp") << "m_act_view_cpp" << "View generated C++ Include File" << "" << false;
-        QTest::newRow("view cpp lut") << "m_act_view_cpp_lut" << "View generated C++ Lookup Table" << "" << false;
-        QTest::newRow("view cs") << "m_act_view_cs" << "View generated C#" << "" << false;
-        QTest::newRow("code font") << "m_act_fixed_font" << "Chose Code Font" << "" << true;
-        QTest::newRow("comment font") << "m_act_comment_font" << "Chose Comment Font" << "" << true;
-        QTest::newRow("undo") << "m_act_undo" << "Undo" << "Ctrl+Z" << false;
-        QTest::newRow("redo") << "m_act_redo" << "Redo" << "Ctrl+Y" << false;
-        QTest::newRow("undo history") << "m_act_undo_history" << "Undo history" << "" << false;
+        QTest::newRow("open") << "m_act_open"
+                              << "Open"
+                              << "Ctrl+O" << true;
+        QTest::newRow("save") << "m_act_save"
+                              << "Save"
+                              << "Ctrl+S" << true;
+        QTest::newRow("save as") << "m_act_save_as"
+                                 << "Save as..."
+                                 << "" << true;
+        QTest::newRow("close") << "m_act_close"
+                               << "Close"
+                               << "Ctrl+Q" << true;
+        QTest::newRow("insert before") << "m_act_insert_before"
+                                       << "Insert before"
+                                       << "Ins" << true;
+        QTest::newRow("insert after") << "m_act_insert_after"
+                                      << "Insert after"
+                                      << "Shift+Ins" << true;
+        QTest::newRow("add bits") << "m_act_add_bits"
+                                  << "Add bits"
+                                  << "Ctrl+B" << true;
+        QTest::newRow("add enums") << "m_act_add_enums"
+                                   << "Add enums"
+                                   << "Ctrl+E" << true;
+        QTest::newRow("cut") << "m_act_cut"
+                             << "Cut"
+                             << "Ctrl+X" << true;
+        QTest::newRow("copy") << "m_act_copy"
+                              << "Copy"
+                              << "Ctrl+C" << true;
+        QTest::newRow("paste") << "m_act_paste"
+                               << "Paste"
+                               << "Ctrl+V" << true;
+        QTest::newRow("delete") << "m_act_delete"
+                                << "Delete"
+                                << "Del" << true;
+        QTest::newRow("clear all") << "m_act_new"
+                                   << "Clear all"
+                                   << "" << true;
+        QTest::newRow("view header") << "m_act_view_header"
+                                     << "View generated header"
+                                     << "" << true;
+        QTest::newRow("view lua") << "m_act_view_lua"
+                                  << "View generated Lua"
+                                  << "" << true;
+        QTest::newRow("view cpp") << "m_act_view_cpp"
+                                  << "View generated C++ Include File"
+                                  << "" << false;
+        QTest::newRow("view cpp lut") << "m_act_view_cpp_lut"
+                                      << "View generated C++ Lookup Table"
+                                      << "" << false;
+        QTest::newRow("view cs") << "m_act_view_cs"
+                                 << "View generated C#"
+                                 << "" << false;
+        QTest::newRow("code font") << "m_act_fixed_font"
+                                   << "Chose Code Font"
+                                   << "" << true;
+        QTest::newRow("comment font") << "m_act_comment_font"
+                                      << "Chose Comment Font"
+                                      << "" << true;
+        QTest::newRow("undo") << "m_act_undo"
+                              << "Undo"
+                              << "Ctrl+Z" << false;
+        QTest::newRow("redo") << "m_act_redo"
+                              << "Redo"
+                              << "Ctrl+Y" << false;
+        QTest::newRow("undo history") << "m_act_undo_history"
+                                      << "Undo history"
+                                      << "" << false;
         // Added to the window's own actions: find, problems, comparison.
-        QTest::newRow("find") << "m_act_find" << "Find..." << "Ctrl+F" << false;
-        QTest::newRow("find next") << "m_act_find_next" << "Find next" << "F3" << false;
-        QTest::newRow("find previous") << "m_act_find_previous" << "Find previous" << "Shift+F3" << false;
-        QTest::newRow("next problem") << "m_act_next_problem" << "Next problem" << "F8" << false;
-        QTest::newRow("previous problem") << "m_act_previous_problem" << "Previous problem" << "Shift+F8" << false;
-        QTest::newRow("compare") << "m_act_compare" << "Compare with file..." << "" << false;
+        QTest::newRow("find") << "m_act_find"
+                              << "Find..."
+                              << "Ctrl+F" << false;
+        QTest::newRow("find next") << "m_act_find_next"
+                                   << "Find next"
+                                   << "F3" << false;
+        QTest::newRow("find previous") << "m_act_find_previous"
+                                       << "Find previous"
+                                       << "Shift+F3" << false;
+        QTest::newRow("next problem") << "m_act_next_problem"
+                                      << "Next problem"
+                                      << "F8" << false;
+        QTest::newRow("previous problem") << "m_act_previous_problem"
+                                          << "Previous problem"
+                                          << "Shift+F8" << false;
+        QTest::newRow("compare") << "m_act_compare"
+                                 << "Compare with file..."
+                                 << "" << false;
     }
 
     void actions()
@@ -364,32 +426,50 @@ private slots:
         // Each menu holds its own actions first, then the later additions (find, problems,
         // comparison) after a separator.
         QCOMPARE(menuTexts(ui()->m_menu_file),
-                 QStringList({"Open", "|", "Save", "Save as...", "|", "Close", "|", "Compare with file..."}));
+                 QStringList({ "Open", "|", "Save", "Save as...", "|", "Close", "|", "Compare with file..." }));
         // The stack's undo and redo actions come first; with nothing to undo Qt calls them so.
         QCOMPARE(menuTexts(ui()->m_menu_edit),
-                 QStringList({"Undo", "Redo", "|", "Insert before", "Insert after", "|", "Add bits", "Add enums", "|",
-                              "Cut", "Copy", "Paste", "Delete", "|", "Clear all", "|", "Find...", "Find next",
-                              "Find previous"}));
+                 QStringList({ "Undo",
+                               "Redo",
+                               "|",
+                               "Insert before",
+                               "Insert after",
+                               "|",
+                               "Add bits",
+                               "Add enums",
+                               "|",
+                               "Cut",
+                               "Copy",
+                               "Paste",
+                               "Delete",
+                               "|",
+                               "Clear all",
+                               "|",
+                               "Find...",
+                               "Find next",
+                               "Find previous" }));
         QCOMPARE(menuTexts(ui()->m_menu_view),
-                 QStringList({"View generated header",
-                              "View generated Lua",
-                              "View generated C++ Include File",
-                              "View generated C++ Lookup Table",
-                              "View generated C#",
-                              "|",
-                              "Undo History",
-                              "|",
-                              "Chose Code Font",
-                              "Chose Comment Font",
-                              "|",
-                              "Problems",
-                              "Next problem",
-                              "Previous problem"}));
+                 QStringList({ "View generated header",
+                               "View generated Lua",
+                               "View generated C++ Include File",
+                               "View generated C++ Lookup Table",
+                               "View generated C#",
+                               "|",
+                               "Undo History",
+                               "|",
+                               "Chose Code Font",
+                               "Chose Comment Font",
+                               "|",
+                               "Problems",
+                               "Next problem",
+                               "Previous problem" }));
         const QList<QAction *> edit = ui()->m_menu_edit->actions();
         QCOMPARE(edit.at(0)->shortcut(), QKeySequence(QStringLiteral("Ctrl+Z")));
         QCOMPARE(edit.at(1)->shortcut(), QKeySequence(QStringLiteral("Ctrl+Y")));
-        QCOMPARE(edit.at(0)->icon().pixmap(16).toImage(), QIcon(QStringLiteral(":/icons/i16_undo.png")).pixmap(16).toImage());
-        QCOMPARE(edit.at(1)->icon().pixmap(16).toImage(), QIcon(QStringLiteral(":/icons/i16_redo.png")).pixmap(16).toImage());
+        QCOMPARE(edit.at(0)->icon().pixmap(16).toImage(),
+                 QIcon(QStringLiteral(":/icons/i16_undo.png")).pixmap(16).toImage());
+        QCOMPARE(edit.at(1)->icon().pixmap(16).toImage(),
+                 QIcon(QStringLiteral(":/icons/i16_redo.png")).pixmap(16).toImage());
         QCOMPARE(ui()->m_menu_view->actions().at(6)->icon().pixmap(16).toImage(),
                  QIcon(QStringLiteral(":/icons/i16_undo_history.png")).pixmap(16).toImage());
 
@@ -403,12 +483,12 @@ private slots:
     {
         EditorWindow fresh;
         fresh.initialize(QString(), QString());
-        for (QAction *action : {fresh.ui()->m_act_delete,
-                                fresh.ui()->m_act_add_enums,
-                                fresh.ui()->m_act_add_bits,
-                                fresh.ui()->m_act_cut,
-                                fresh.ui()->m_act_copy,
-                                fresh.ui()->m_act_paste})
+        for (QAction *action : { fresh.ui()->m_act_delete,
+                                 fresh.ui()->m_act_add_enums,
+                                 fresh.ui()->m_act_add_bits,
+                                 fresh.ui()->m_act_cut,
+                                 fresh.ui()->m_act_copy,
+                                 fresh.ui()->m_act_paste })
             QVERIFY2(!action->isEnabled(), qPrintable(action->objectName()));
     }
 
@@ -625,9 +705,15 @@ private slots:
         const QModelIndex blank = model()->index(3, 0);
         QVERIFY(model()->index2item(comment)->isComment());
         QVERIFY(model()->index2item(blank)->isNewline());
-        for (const QModelIndex &index : {enums, comment, blank}) {
+        for (const QModelIndex &index : { enums, comment, blank }) {
             bool opened = false;
-            TestModal::onNextModal([&](QWidget *w) { opened = true; w->close(); }, nullptr, 300);
+            TestModal::onNextModal(
+                [&](QWidget *w) {
+                    opened = true;
+                    w->close();
+                },
+                nullptr,
+                300);
             m_window->onDoubleClicked(index);
             QTest::qWait(400);
             QVERIFY(!opened);
@@ -751,7 +837,9 @@ private slots:
             box->button(QMessageBox::Close)->click();
         });
         QVERIFY(!m_window->loadDefinitionFile(bad));
-        QCOMPARE(text, QStringLiteral("Error: ") + bad + QStringLiteral(", Line 2, Column 30:\n  (EndElement) Tag out of range"));
+        QCOMPARE(text,
+                 QStringLiteral("Error: ") + bad
+                     + QStringLiteral(", Line 2, Column 30:\n  (EndElement) Tag out of range"));
     }
 
     // --- saving ---
@@ -784,7 +872,7 @@ private slots:
         QCOMPARE(readFile(m_path + QStringLiteral(".bak")), first);
         QDir dir(m_dir->path());
         QCOMPARE(dir.entryList(QDir::Files, QDir::Name),
-                 QStringList({QStringLiteral("defs.zatdef"), QStringLiteral("defs.zatdef.bak")}));
+                 QStringList({ QStringLiteral("defs.zatdef"), QStringLiteral("defs.zatdef.bak") }));
     }
 
     void saveFailsWhenTheDiskIsFull()
@@ -796,7 +884,8 @@ private slots:
         TestModal::answerMessageBox(QMessageBox::Ok, &text);
         QVERIFY(!m_window->onSave());
         // The file and the system's reason, in the box and in the Messages dock.
-        const QString expected = QStringLiteral("Error writing ") + m_path + QStringLiteral(":\n  No space left on device");
+        const QString expected
+            = QStringLiteral("Error writing ") + m_path + QStringLiteral(":\n  No space left on device");
         QCOMPARE(text, expected);
         QVERIFY(m_window->messages()->toPlainText().endsWith(expected));
         QCOMPARE(readFile(m_path), defs);
@@ -855,8 +944,8 @@ private slots:
         TestModal::answerMessageBox(QMessageBox::Ok, &text);
         QVERIFY(!m_window->onSave());
         QCOMPARE(text,
-                 QStringLiteral("Could not copy ") + m_path + QStringLiteral(" to ") + m_path
-                     + QStringLiteral(".bak: ") + QString::fromLocal8Bit(std::strerror(EXDEV)));
+                 QStringLiteral("Could not copy ") + m_path + QStringLiteral(" to ") + m_path + QStringLiteral(".bak: ")
+                     + QString::fromLocal8Bit(std::strerror(EXDEV)));
         QCOMPARE(readFile(m_path), saved);
         QCOMPARE(readFile(m_path + QStringLiteral(".bak")), defs);
         QCOMPARE(temporaries(m_path), QStringList());
@@ -869,7 +958,8 @@ private slots:
         QString text;
         TestModal::answerMessageBox(QMessageBox::Ok, &text);
         QVERIFY(!m_window->onSave());
-        QVERIFY2(text.startsWith(QStringLiteral("Could not rename ") + m_path + QStringLiteral(".tmp")), qPrintable(text));
+        QVERIFY2(text.startsWith(QStringLiteral("Could not rename ") + m_path + QStringLiteral(".tmp")),
+                 qPrintable(text));
         QVERIFY(text.endsWith(QStringLiteral(" to ") + m_path + QStringLiteral(": ")
                               + QString::fromLocal8Bit(std::strerror(EACCES))));
         // The old file became the backup by a link, so its name still holds it.
@@ -912,7 +1002,8 @@ private slots:
         QVERIFY(QFileInfo(link).isSymLink());
         QVERIFY(readFile(target).contains("PowerOn"));
         QCOMPARE(readFile(target + QStringLiteral(".bak")), defs);
-        QCOMPARE(QFileInfo(target).permissions(), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
+        QCOMPARE(QFileInfo(target).permissions(),
+                 QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
     }
 
     // Without a file name, Save asks where to save instead of writing anything anywhere.
@@ -957,7 +1048,7 @@ private slots:
         if (QStandardPaths::findExecutable(QStringLiteral("xmllint")).isEmpty())
             QSKIP("xmllint is not installed");
         QProcess lint;
-        lint.start(QStringLiteral("xmllint"), {QStringLiteral("--noout"), m_path});
+        lint.start(QStringLiteral("xmllint"), { QStringLiteral("--noout"), m_path });
         QVERIFY(lint.waitForFinished());
         QCOMPARE(lint.exitCode(), 0);
     }
@@ -1038,10 +1129,13 @@ private slots:
         bool dialogShown = false;
         TestModal::answerMessageBox(QMessageBox::Save, nullptr, [&]() {
             TestModal::answerMessageBox(QMessageBox::Ok, nullptr, [&]() {
-                TestModal::onNextModal([&](QWidget *w) {
-                    dialogShown = true;
-                    w->close();
-                }, nullptr, 500);
+                TestModal::onNextModal(
+                    [&](QWidget *w) {
+                        dialogShown = true;
+                        w->close();
+                    },
+                    nullptr,
+                    500);
             });
         });
         m_window->onOpen();
@@ -1080,7 +1174,8 @@ private slots:
             QVERIFY(dialog);
             caption = dialog->windowTitle();
             QCOMPARE(dialog->nameFilters(),
-                     QStringList({QStringLiteral("ZAT16 Definition Files (*.zatdef)"), QStringLiteral("All Files (*)")}));
+                     QStringList(
+                         { QStringLiteral("ZAT16 Definition Files (*.zatdef)"), QStringLiteral("All Files (*)") }));
             chooseFile(dialog, other);
             static_cast<QDialog *>(dialog)->accept();
         });
@@ -1151,7 +1246,9 @@ private slots:
                                    "</zat16>\n";
         QVERIFY(writeFile(m_path, changed));
         QTRY_VERIFY(ui()->m_wdg_file_changed->isVisible());
-        QVERIFY(ui()->m_wdg_file_changed->findChild<QLabel *>(QStringLiteral("m_lbl_message"))->text().contains(QStringLiteral("defs.zatdef")));
+        QVERIFY(ui()->m_wdg_file_changed->findChild<QLabel *>(QStringLiteral("m_lbl_message"))
+                    ->text()
+                    .contains(QStringLiteral("defs.zatdef")));
         QSignalSpy opened(m_window, &EditorWindow::opened);
         ui()->m_wdg_file_changed->findChild<QPushButton *>(QStringLiteral("m_pb_reload"))->click();
         QCOMPARE(opened.count(), 1);
@@ -1214,7 +1311,8 @@ private slots:
         QCOMPARE(m_window->onSave(), saved);
         QCOMPARE(text, m_path + QStringLiteral(" was changed by another program since it was opened"));
         buttons.sort();
-        QCOMPARE(buttons, QStringList({QStringLiteral("Cancel"), QStringLiteral("Overwrite"), QStringLiteral("Reload")}));
+        QCOMPARE(buttons,
+                 QStringList({ QStringLiteral("Cancel"), QStringLiteral("Overwrite"), QStringLiteral("Reload") }));
         QCOMPARE(defaultButton, QStringLiteral("Cancel"));
         if (saved) {
             QVERIFY(readFile(m_path).contains("PowerOn"));
@@ -1299,7 +1397,8 @@ private slots:
     // first, with No as the default.
     void incompleteReadIsShownAndSaveAsks()
     {
-        const QByteArray stray = "<zat16>\n  <tag name=\"A\" id=\"0x1001\"/>\n  x\n  <tag name=\"B\" id=\"0x1002\"/>\n</zat16>\n";
+        const QByteArray stray
+            = "<zat16>\n  <tag name=\"A\" id=\"0x1001\"/>\n  x\n  <tag name=\"B\" id=\"0x1002\"/>\n</zat16>\n";
         QVERIFY(writeFile(m_path, stray));
         delete m_window;
         m_window = new EditorWindow;
@@ -1351,7 +1450,8 @@ private slots:
         window.initialize(missing, QString());
         QCOMPARE(title, QStringLiteral("[ZAT16 tag editor]"));
         QCOMPARE(text,
-                 QStringLiteral("Error: Failed to open input file ") + missing + QStringLiteral(": No such file or directory"));
+                 QStringLiteral("Error: Failed to open input file ") + missing
+                     + QStringLiteral(": No such file or directory"));
     }
 
     // What is not a file is refused when opened, also the file that is reopened at start.
@@ -1359,7 +1459,8 @@ private slots:
     {
         QTest::addColumn<QString>("kind");
         QTest::addColumn<QString>("reason");
-        QTest::newRow("named pipe") << "pipe" << "Is a named pipe";
+        QTest::newRow("named pipe") << "pipe"
+                                    << "Is a named pipe";
         QTest::newRow("folder") << "folder" << QString::fromLocal8Bit(std::strerror(EISDIR));
     }
 
@@ -1393,7 +1494,8 @@ private slots:
         m_window = new EditorWindow;
         m_window->initialize(m_path, QString());
         const QString text = m_window->messages()->toPlainText();
-        QVERIFY2(text.endsWith(QStringLiteral("Warning: ") + m_path + QStringLiteral(":\n  499 more warnings were not listed\n")),
+        QVERIFY2(text.endsWith(QStringLiteral("Warning: ") + m_path
+                               + QStringLiteral(":\n  499 more warnings were not listed\n")),
                  qPrintable(text.right(200).replace(QLatin1Char('\n'), QLatin1Char('|'))));
         QCOMPARE(text.count(QStringLiteral("Double tag name Same")), 499);
     }
@@ -1409,7 +1511,7 @@ private slots:
         QTest::newRow("garbage bytes") << QVariant(garbage);
         QTest::newRow("short bytes") << QVariant(QByteArray("\x01\x02"));
         QTest::newRow("a number") << QVariant(42);
-        QTest::newRow("a list") << QVariant(QStringList({QStringLiteral("a"), QStringLiteral("b")}));
+        QTest::newRow("a list") << QVariant(QStringList({ QStringLiteral("a"), QStringLiteral("b") }));
         QTest::newRow("text with control characters") << QVariant(QString::fromLatin1(garbage.left(40)));
     }
 
@@ -1418,15 +1520,18 @@ private slots:
         QFETCH(QVariant, value);
         {
             QSettings settings;
-            for (const char *key : {"State", "Geometry", "TreeHeader", "FixedFont", "CommentFont", "LastOpenPath",
-                                    "LastSaveAsPath"})
+            for (const char *key :
+                 { "State", "Geometry", "TreeHeader", "FixedFont", "CommentFont", "LastOpenPath", "LastSaveAsPath" })
                 settings.setValue(QStringLiteral("ZAT16Editor/") + QLatin1String(key), value);
         }
         bool boxShown = false;
-        TestModal::onNextModal([&](QWidget *w) {
-            boxShown = true;
-            w->close();
-        }, nullptr, 500);
+        TestModal::onNextModal(
+            [&](QWidget *w) {
+                boxShown = true;
+                w->close();
+            },
+            nullptr,
+            500);
         EditorWindow window;
         window.initialize(QString(), QString());
         window.show();

@@ -115,20 +115,34 @@ private slots:
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("first");
-        QTest::newRow("part of a name") << "stand" << "Standby";
-        QTest::newRow("name in another case") << "FLAGS" << "Flags";
-        QTest::newRow("part of a comment") << "manual" << "Fault";
-        QTest::newRow("comment in another case") << "LOW POWER" << "Standby";
-        QTest::newRow("comment line") << "comment line" << "a comment line about POWER";
-        QTest::newRow("code with 0x") << "0x1002" << "Mode";
-        QTest::newRow("code without 0x") << "1002" << "Mode";
-        QTest::newRow("code in lower case") << "0x1a03" << "Level";
-        QTest::newRow("part of a code as shown") << "1a" << "Standby";
-        QTest::newRow("code with 0x on a value shown in hexadecimal") << "0x1A" << "Standby";
-        QTest::newRow("code with 0x on a value shown in decimal") << "0xC" << "Fault";
-        QTest::newRow("code in decimal as shown") << "12" << "Fault";
-        QTest::newRow("part of a tag code after 0x") << "0x7" << "Flags";
-        QTest::newRow("no match") << "nowhere" << "(none)";
+        QTest::newRow("part of a name") << "stand"
+                                        << "Standby";
+        QTest::newRow("name in another case") << "FLAGS"
+                                              << "Flags";
+        QTest::newRow("part of a comment") << "manual"
+                                           << "Fault";
+        QTest::newRow("comment in another case") << "LOW POWER"
+                                                 << "Standby";
+        QTest::newRow("comment line") << "comment line"
+                                      << "a comment line about POWER";
+        QTest::newRow("code with 0x") << "0x1002"
+                                      << "Mode";
+        QTest::newRow("code without 0x") << "1002"
+                                         << "Mode";
+        QTest::newRow("code in lower case") << "0x1a03"
+                                            << "Level";
+        QTest::newRow("part of a code as shown") << "1a"
+                                                 << "Standby";
+        QTest::newRow("code with 0x on a value shown in hexadecimal") << "0x1A"
+                                                                      << "Standby";
+        QTest::newRow("code with 0x on a value shown in decimal") << "0xC"
+                                                                  << "Fault";
+        QTest::newRow("code in decimal as shown") << "12"
+                                                  << "Fault";
+        QTest::newRow("part of a tag code after 0x") << "0x7"
+                                                     << "Flags";
+        QTest::newRow("no match") << "nowhere"
+                                  << "(none)";
     }
 
     // Typing in the field selects the first match of the whole tree.
@@ -151,8 +165,8 @@ private slots:
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QStringList>("all");
-        QTest::newRow("power") << "power" << QStringList{"Power", "Standby", "a comment line about POWER"};
-        QTest::newRow("0x0") << "0x0" << QStringList{"Power", "Mode", "Off", "Flags", "Ready", "Level"};
+        QTest::newRow("power") << "power" << QStringList { "Power", "Standby", "a comment line about POWER" };
+        QTest::newRow("0x0") << "0x0" << QStringList { "Power", "Mode", "Off", "Flags", "Ready", "Level" };
         QTest::newRow("empty text") << "" << QStringList();
     }
 
@@ -199,7 +213,7 @@ private slots:
             m_window->ui()->m_act_find_next->trigger();
             seen << current();
         }
-        QCOMPARE(seen, QStringList({"Standby", "a comment line about POWER", "Power", "Standby"}));
+        QCOMPARE(seen, QStringList({ "Standby", "a comment line about POWER", "Power", "Standby" }));
     }
 
     void previousWrapsAround()
@@ -211,7 +225,7 @@ private slots:
             m_window->ui()->m_act_find_previous->trigger();
             seen << current();
         }
-        QCOMPARE(seen, QStringList({"a comment line about POWER", "Standby", "Power", "a comment line about POWER"}));
+        QCOMPARE(seen, QStringList({ "a comment line about POWER", "Standby", "Power", "a comment line about POWER" }));
     }
 
     // F3 goes on from the entry the user selected, not from the last match.

@@ -51,7 +51,8 @@ bool spanIs(const QTextDocument &document, int block, int from, int to, const QS
 
 } // namespace
 
-class TestHighlighters : public QObject {
+class TestHighlighters : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -71,60 +72,14 @@ private slots:
 };
 
 static const char *const cWords[] = {
-    "char",
-    "class",
-    "const",
-    "double",
-    "enum",
-    "explicit",
-    "friend",
-    "inline",
-    "int",
-    "long",
-    "namespace",
-    "operator",
-    "private",
-    "protected",
-    "public",
-    "short",
-    "signals",
-    "signed",
-    "slots",
-    "static",
-    "struct",
-    "template",
-    "typedef",
-    "typename",
-    "union",
-    "unsigned",
-    "virtual",
-    "void",
-    "volatile",
+    "char",      "class",    "const",   "double",    "enum",   "explicit", "friend",  "inline", "int",      "long",
+    "namespace", "operator", "private", "protected", "public", "short",    "signals", "signed", "slots",    "static",
+    "struct",    "template", "typedef", "typename",  "union",  "unsigned", "virtual", "void",   "volatile",
 };
 
 static const char *const luaWords[] = {
-    "and",
-    "break",
-    "continue",
-    "do",
-    "else",
-    "elseif",
-    "end",
-    "false",
-    "for",
-    "function",
-    "if",
-    "in",
-    "local",
-    "nil",
-    "not",
-    "or",
-    "repeat",
-    "return",
-    "then",
-    "true",
-    "until",
-    "while",
+    "and", "break", "continue", "do",  "else", "elseif", "end",    "false", "for",  "function", "if",
+    "in",  "local", "nil",      "not", "or",   "repeat", "return", "then",  "true", "until",    "while",
 };
 
 void TestHighlighters::cKeywords_data()

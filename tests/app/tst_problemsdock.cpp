@@ -168,7 +168,7 @@ private slots:
         QVERIFY(model()->setData(model()->index(2, 1), QStringLiteral("0x1003"), Qt::EditRole));
         QVERIFY(model()->removeRow(5));
         QVERIFY(model()->removeRow(3));
-        QTRY_COMPARE(rows(list()), QStringList({loaded.at(0), loaded.at(1), loaded.at(4)}));
+        QTRY_COMPARE(rows(list()), QStringList({ loaded.at(0), loaded.at(1), loaded.at(4) }));
         m_window->ui()->m_act_new->trigger();
         QTRY_COMPARE(rows(list()), QStringList());
         while (m_window->undoStack()->canUndo())
@@ -263,13 +263,13 @@ private slots:
             seen << current();
         }
         QCOMPARE(seen,
-                 QStringList({"Enum Off (0) of Tag Mode (0x1002)",
-                              "Enum On (0) of Tag Mode (0x1002)",
-                              "Tag Draft",
-                              "Tag (0x1004)",
-                              "Tag end (0x1005)",
-                              "Tag in row 6",
-                              "Enum Off (0) of Tag Mode (0x1002)"}));
+                 QStringList({ "Enum Off (0) of Tag Mode (0x1002)",
+                               "Enum On (0) of Tag Mode (0x1002)",
+                               "Tag Draft",
+                               "Tag (0x1004)",
+                               "Tag end (0x1005)",
+                               "Tag in row 6",
+                               "Enum Off (0) of Tag Mode (0x1002)" }));
         QVERIFY(dock()->isVisible());
         QCOMPARE(list()->currentRow(), 0);
         QVERIFY(view()->isExpanded(model()->index(1, 0)));
@@ -283,7 +283,7 @@ private slots:
             m_window->ui()->m_act_previous_problem->trigger();
             seen << current();
         }
-        QCOMPARE(seen, QStringList({"Tag in row 6", "Tag end (0x1005)", "Tag (0x1004)"}));
+        QCOMPARE(seen, QStringList({ "Tag in row 6", "Tag end (0x1005)", "Tag (0x1004)" }));
         QCOMPARE(list()->currentRow(), 3);
     }
 

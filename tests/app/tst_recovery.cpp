@@ -2,12 +2,12 @@
 // file, offered at the next start, and gone once they are saved or dropped. The kill and the
 // SIGTERM happen to this executable run again with --child, an editor with edits of its own.
 
-#include "testfiles.h"
 #include "editormodel.h"
 #include "editorwindow.h"
 #include "item.h"
 #include "modal.h"
 #include "recovery.h"
+#include "testfiles.h"
 #include "ui_editorwindow.h"
 #include "writerxml.h"
 
@@ -86,7 +86,7 @@ QStringList folderEntries()
 
 QStringList recoveryFiles()
 {
-    return QDir(recoveryFolder()).entryList({QStringLiteral("*.recovery")}, QDir::Files | QDir::Hidden, QDir::Name);
+    return QDir(recoveryFolder()).entryList({ QStringLiteral("*.recovery") }, QDir::Files | QDir::Hidden, QDir::Name);
 }
 
 QByteArray encode(const Item *root)
@@ -164,7 +164,8 @@ bool startChild(QProcess &process, const char *how, const QString &path, QByteAr
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     process.setProcessEnvironment(environment);
-    process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--child"), QString::fromLatin1(how), path});
+    process.start(QCoreApplication::applicationFilePath(),
+                  { QStringLiteral("--child"), QString::fromLatin1(how), path });
     if (!process.waitForStarted())
         return false;
     while (!process.canReadLine()) {
@@ -186,11 +187,11 @@ void chooseFile(QFileDialog *dialog, const QString &path)
 } // namespace
 
 // Helpers that check as they go; a failure there ends the calling test too.
-#define CHECKED(call)                                                                             \
-    do {                                                                                          \
-        call;                                                                                     \
-        if (QTest::currentTestFailed())                                                           \
-            return;                                                                               \
+#define CHECKED(call)                                                                                                  \
+    do {                                                                                                               \
+        call;                                                                                                          \
+        if (QTest::currentTestFailed())                                                                                \
+            return;                                                                                                    \
     } while (false)
 
 class TestRecovery : public QObject
@@ -367,7 +368,7 @@ private slots:
         QByteArray again = edited;
         again.replace("PowerOn", "PowerOff");
         QTRY_COMPARE(readRecovery(name).text, again);
-        QCOMPARE(recoveryFiles(), QStringList({name}));
+        QCOMPARE(recoveryFiles(), QStringList({ name }));
     }
 
     void saveRemovesIt()
@@ -480,15 +481,18 @@ private slots:
         TestModal::onNextModalOf<QMessageBox>([&](QWidget *w) {
             auto *box = qobject_cast<QMessageBox *>(w);
             texts << box->text();
-            TestModal::onNextModal([&](QWidget *again) {
-                texts << qobject_cast<QMessageBox *>(again)->text();
-                again->close();
-            }, box, 500);
+            TestModal::onNextModal(
+                [&](QWidget *again) {
+                    texts << qobject_cast<QMessageBox *>(again)->text();
+                    again->close();
+                },
+                box,
+                500);
             box->button(QMessageBox::Yes)->click();
         });
         EditorWindow *window = startWindow(m_path);
         QTest::qWait(600);
-        QCOMPARE(texts, QStringList({question(m_path, file.written)}));
+        QCOMPARE(texts, QStringList({ question(m_path, file.written) }));
         QCOMPARE(window->fileName(), m_path);
         QCOMPARE(window->windowTitle(), title);
         QCOMPARE(encode(window->model()->root()), edited);
@@ -519,8 +523,8 @@ private slots:
         const QByteArray unsaved = encode(first->model()->root());
         QTRY_COMPARE(recoveryFiles().size(), 1);
         const QString name = recoveryFiles().constFirst();
-        QVERIFY2(QRegularExpression(QStringLiteral("^unnamed-%1-\\d{8}T\\d{9}\\.recovery$")
-                                        .arg(QCoreApplication::applicationPid()))
+        QVERIFY2(QRegularExpression(
+                     QStringLiteral("^unnamed-%1-\\d{8}T\\d{9}\\.recovery$").arg(QCoreApplication::applicationPid()))
                      .match(name)
                      .hasMatch(),
                  qPrintable(name));
@@ -533,7 +537,7 @@ private slots:
         bool asked = true;
         startWindow(m_path, &asked);
         QVERIFY(!asked);
-        QCOMPARE(recoveryFiles(), QStringList({name}));
+        QCOMPARE(recoveryFiles(), QStringList({ name }));
 
         QString text;
         TestModal::answerMessageBox(QMessageBox::Yes, &text);
@@ -542,7 +546,7 @@ private slots:
         QCOMPARE(encode(window->model()->root()), unsaved);
         QVERIFY(window->fileName().isEmpty());
         QCOMPARE(window->windowTitle(), QStringLiteral("* [ZAT16 tag editor]"));
-        QCOMPARE(recoveryFiles(), QStringList({name}));
+        QCOMPARE(recoveryFiles(), QStringList({ name }));
 
         // Saved under a name, the document's next changes are kept under that name.
         const QString target = m_dir->filePath(QStringLiteral("named.zatdef"));
@@ -573,7 +577,7 @@ private slots:
         for (const QString &name : recoveryFiles())
             documents << readRecovery(name).document;
         documents.sort();
-        QStringList expected({m_path, otherPath});
+        QStringList expected({ m_path, otherPath });
         expected.sort();
         QCOMPARE(documents, expected);
     }
@@ -594,13 +598,13 @@ private slots:
         QTRY_COMPARE(recoveryFiles().size(), 2);
         QString secondName = name;
         secondName.replace(QStringLiteral(".recovery"), QStringLiteral(".1.recovery"));
-        QCOMPARE(recoveryFiles(), QStringList({secondName, name}));
+        QCOMPARE(recoveryFiles(), QStringList({ secondName, name }));
         QTRY_COMPARE(readRecovery(secondName).document, m_path);
 
         first->show();
         TestModal::answerMessageBox(QMessageBox::Discard);
         QVERIFY(first->close());
-        QCOMPARE(recoveryFiles(), QStringList({secondName}));
+        QCOMPARE(recoveryFiles(), QStringList({ secondName }));
     }
 
     // Open gives the changes that follow the name of the file opened.
@@ -638,7 +642,7 @@ private slots:
         QCOMPARE(encode(window->model()->root()), defs);
         QVERIFY(window->messages()->toPlainText().endsWith(
             QStringLiteral("The recovery file %1 cannot be read: the text stops at line 3").arg(path)));
-        QCOMPARE(folderEntries(), QStringList({name}));
+        QCOMPARE(folderEntries(), QStringList({ name }));
     }
 
     // Writing never interrupts: a failure is one line in Messages, however often it is tried.
@@ -653,8 +657,9 @@ private slots:
             asked = true;
             w->close();
         });
-        const QString line = QStringLiteral("Unsaved changes cannot be kept for recovery: the folder %1 cannot be created")
-                                 .arg(recoveryFolder());
+        const QString line
+            = QStringLiteral("Unsaved changes cannot be kept for recovery: the folder %1 cannot be created")
+                  .arg(recoveryFolder());
         QTRY_VERIFY(window->messages()->toPlainText().contains(line));
         QTest::qWait(300);
         QCOMPARE(window->messages()->toPlainText().count(line), 1);

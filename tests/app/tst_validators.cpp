@@ -110,7 +110,8 @@ QStringList someTexts(const QString &alphabet, int length, int count)
 
 } // namespace
 
-class TestValidators : public QObject {
+class TestValidators : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -267,10 +268,10 @@ void TestValidators::tagValidatorReadsAsQString_data()
         QTest::addRow("%s: 5 to 12 of hexadecimal digits and x", item) << item << longer;
         QTest::addRow("%s: long", item) << item
                                         << QStringList { QString(64, QLatin1Char('1')),
-                                               QString(65, QLatin1Char('1')),
-                                               QStringLiteral("0x") + QString(62, QLatin1Char('f')),
-                                               QString(64, QLatin1Char('x')),
-                                               QString(65, QLatin1Char('g')) };
+                                                         QString(65, QLatin1Char('1')),
+                                                         QStringLiteral("0x") + QString(62, QLatin1Char('f')),
+                                                         QString(64, QLatin1Char('x')),
+                                                         QString(65, QLatin1Char('g')) };
     }
 }
 
@@ -289,12 +290,12 @@ void TestValidators::tagValidatorReadsAsQString()
         int pos = input.size();
         const QValidator::State state = validator.validate(input, pos);
         QVERIFY2(state == expected && emitted(spy) == expectedMessage && spy.size() <= 1,
-            qPrintable(QStringLiteral("\"%1\": %2 \"%3\", expected %4 \"%5\"")
-                           .arg(text)
-                           .arg(int(state))
-                           .arg(emitted(spy))
-                           .arg(int(expected))
-                           .arg(expectedMessage)));
+                 qPrintable(QStringLiteral("\"%1\": %2 \"%3\", expected %4 \"%5\"")
+                                .arg(text)
+                                .arg(int(state))
+                                .arg(emitted(spy))
+                                .arg(int(expected))
+                                .arg(expectedMessage)));
         QCOMPARE(input, text);
     }
 }

@@ -2,11 +2,11 @@
 // a temporary file and a rename, "Copy all" puts it on the clipboard) and the File menu's
 // "Compare with file...", which shows the compatibility report in such a viewer.
 
-#include "testfiles.h"
 #include "editormodel.h"
 #include "editorwindow.h"
-#include "opendialog.h"
 #include "modal.h"
+#include "opendialog.h"
+#include "testfiles.h"
 #include "ui_editorwindow.h"
 #include "writercpp.h"
 #include "writercpplut.h"
@@ -150,11 +150,16 @@ private slots:
     {
         QTest::addColumn<QString>("action");
         QTest::addColumn<QString>("file");
-        QTest::newRow("header") << "m_act_view_header" << "tags.h";
-        QTest::newRow("lua") << "m_act_view_lua" << "tags.lua";
-        QTest::newRow("c++") << "m_act_view_cpp" << "enums.hpp";
-        QTest::newRow("c++ lookup tables") << "m_act_view_cpp_lut" << "lookup.hpp";
-        QTest::newRow("c#") << "m_act_view_cs" << "Tags.cs";
+        QTest::newRow("header") << "m_act_view_header"
+                                << "tags.h";
+        QTest::newRow("lua") << "m_act_view_lua"
+                             << "tags.lua";
+        QTest::newRow("c++") << "m_act_view_cpp"
+                             << "enums.hpp";
+        QTest::newRow("c++ lookup tables") << "m_act_view_cpp_lut"
+                                           << "lookup.hpp";
+        QTest::newRow("c#") << "m_act_view_cs"
+                            << "Tags.cs";
     }
 
     void saveWritesExactlyTheText()
@@ -163,11 +168,11 @@ private slots:
         QFETCH(QString, file);
         const Item *root = m_window->model()->root();
         const QHash<QString, QByteArray> expected = {
-            {QStringLiteral("m_act_view_header"), generate<WriterHeader>(root)},
-            {QStringLiteral("m_act_view_lua"), generate<WriterLua>(root)},
-            {QStringLiteral("m_act_view_cpp"), generate<WriterCpp>(root)},
-            {QStringLiteral("m_act_view_cpp_lut"), generate<WriterCppLut>(root)},
-            {QStringLiteral("m_act_view_cs"), generate<WriterCs>(root)},
+            { QStringLiteral("m_act_view_header"), generate<WriterHeader>(root) },
+            { QStringLiteral("m_act_view_lua"), generate<WriterLua>(root) },
+            { QStringLiteral("m_act_view_cpp"), generate<WriterCpp>(root) },
+            { QStringLiteral("m_act_view_cpp_lut"), generate<WriterCppLut>(root) },
+            { QStringLiteral("m_act_view_cs"), generate<WriterCs>(root) },
         };
         QVERIFY(!expected.value(action).isEmpty());
 
@@ -181,7 +186,7 @@ private slots:
         QVERIFY(!QFile::exists(target + QStringLiteral(".tmp")));
         QVERIFY(!QFile::exists(target + QStringLiteral(".bak")));
         QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files | QDir::Hidden, QDir::Name),
-                 QStringList({file, QStringLiteral("weather.zatdef")}));
+                 QStringList({ file, QStringLiteral("weather.zatdef") }));
         QCOMPARE(QSettings().value(QStringLiteral("ZAT16Editor/LastViewerSavePath")).toString(), target);
         // The viewer stays open.
         QVERIFY(viewer->isVisible());
@@ -202,7 +207,7 @@ private slots:
         QDialog *viewer = openViewer(m_window->ui()->m_act_view_lua);
         QVERIFY(viewer);
         saveAs(viewer, QString());
-        QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files | QDir::Hidden), QStringList({"weather.zatdef"}));
+        QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files | QDir::Hidden), QStringList({ "weather.zatdef" }));
         QVERIFY(QSettings().value(QStringLiteral("ZAT16Editor/LastViewerSavePath")).isNull());
     }
 
@@ -231,8 +236,8 @@ private slots:
             static_cast<QDialog *>(dialog)->accept();
         });
         viewer->findChild<QPushButton *>(QStringLiteral("saveAsButton"))->click();
-        const QString expected
-            = QStringLiteral("Could not create a temporary file beside ") + target + QStringLiteral(": No such file or directory");
+        const QString expected = QStringLiteral("Could not create a temporary file beside ") + target
+            + QStringLiteral(": No such file or directory");
         QCOMPARE(boxText, expected);
         QVERIFY(m_window->messages()->toPlainText().contains(boxText));
         QVERIFY(!QFile::exists(target));

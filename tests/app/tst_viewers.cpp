@@ -3,9 +3,9 @@
 
 #include "editormodel.h"
 #include "editorwindow.h"
-#include "opendialog.h"
 #include "highlighterc.h"
 #include "highlighterlua.h"
+#include "opendialog.h"
 #include "ui_editorwindow.h"
 #include "writercpp.h"
 #include "writercpplut.h"
@@ -77,11 +77,21 @@ private slots:
         QTest::addColumn<QString>("action");
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("highlighter");
-        QTest::newRow("header") << "m_act_view_header" << "ZAT16 generated header" << "HighlighterC";
-        QTest::newRow("lua") << "m_act_view_lua" << "ZAT16 generated Lua" << "HighlighterLua";
-        QTest::newRow("c++") << "m_act_view_cpp" << "ZAT16 generated C++" << "";
-        QTest::newRow("c++ lookup tables") << "m_act_view_cpp_lut" << "ZAT16 generated C++ Lookup Tables" << "";
-        QTest::newRow("c#") << "m_act_view_cs" << "ZAT16 generated C#" << "";
+        QTest::newRow("header") << "m_act_view_header"
+                                << "ZAT16 generated header"
+                                << "HighlighterC";
+        QTest::newRow("lua") << "m_act_view_lua"
+                             << "ZAT16 generated Lua"
+                             << "HighlighterLua";
+        QTest::newRow("c++") << "m_act_view_cpp"
+                             << "ZAT16 generated C++"
+                             << "";
+        QTest::newRow("c++ lookup tables") << "m_act_view_cpp_lut"
+                                           << "ZAT16 generated C++ Lookup Tables"
+                                           << "";
+        QTest::newRow("c#") << "m_act_view_cs"
+                            << "ZAT16 generated C#"
+                            << "";
     }
 
     void viewers()
@@ -91,11 +101,11 @@ private slots:
         QFETCH(QString, highlighter);
         const Item *root = m_window->model()->root();
         const QHash<QString, QString> expected = {
-            {QStringLiteral("m_act_view_header"), generate<WriterHeader>(root)},
-            {QStringLiteral("m_act_view_lua"), generate<WriterLua>(root)},
-            {QStringLiteral("m_act_view_cpp"), generate<WriterCpp>(root)},
-            {QStringLiteral("m_act_view_cpp_lut"), generate<WriterCppLut>(root)},
-            {QStringLiteral("m_act_view_cs"), generate<WriterCs>(root)},
+            { QStringLiteral("m_act_view_header"), generate<WriterHeader>(root) },
+            { QStringLiteral("m_act_view_lua"), generate<WriterLua>(root) },
+            { QStringLiteral("m_act_view_cpp"), generate<WriterCpp>(root) },
+            { QStringLiteral("m_act_view_cpp_lut"), generate<WriterCppLut>(root) },
+            { QStringLiteral("m_act_view_cs"), generate<WriterCs>(root) },
         };
 
         QDialog *viewer = openViewer(m_window->findChild<QAction *>(action));

@@ -108,11 +108,11 @@ QByteArray storedBytes(const QString &key)
 } // namespace
 
 // storeChangedLayout() checks as it goes; a failure there ends the calling test too.
-#define STORE_CHANGED_LAYOUT()                                                                    \
-    do {                                                                                          \
-        storeChangedLayout();                                                                     \
-        if (QTest::currentTestFailed())                                                           \
-            return;                                                                               \
+#define STORE_CHANGED_LAYOUT()                                                                                         \
+    do {                                                                                                               \
+        storeChangedLayout();                                                                                          \
+        if (QTest::currentTestFailed())                                                                                \
+            return;                                                                                                    \
     } while (false)
 
 class TestWindowLayout : public QObject
@@ -154,10 +154,7 @@ private slots:
         QCOMPARE(runStart("show"), changedLayout);
     }
 
-    void noStoredLayoutLeavesDefaults()
-    {
-        QCOMPARE(runStart("show"), defaultLayout);
-    }
+    void noStoredLayoutLeavesDefaults() { QCOMPARE(runStart("show"), defaultLayout); }
 
     void missingCheckRestoresNothing()
     {

@@ -17,9 +17,9 @@ using ZatgenRun::Run;
 QStringList canonicalFiles()
 {
     QStringList files;
-    for (const QString &dir : {QStringLiteral(ZAT16_EXAMPLES), QStringLiteral(ZAT16_TEST_DATA "/io/roundtrip")}) {
+    for (const QString &dir : { QStringLiteral(ZAT16_EXAMPLES), QStringLiteral(ZAT16_TEST_DATA "/io/roundtrip") }) {
         const QDir d(dir);
-        for (const QString &name : d.entryList({QStringLiteral("*.zatdef")}, QDir::Files, QDir::Name))
+        for (const QString &name : d.entryList({ QStringLiteral("*.zatdef") }, QDir::Files, QDir::Name))
             files << d.filePath(name);
     }
     return files;
@@ -43,26 +43,33 @@ private slots:
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QByteArray>("firstLine");
         QTest::newRow("no input") << QStringList() << QByteArray("zatgen: no input file given");
-        QTest::newRow("two inputs") << QStringList{QStringLiteral("a.zatdef"), QStringLiteral("b.zatdef")}
+        QTest::newRow("two inputs") << QStringList { QStringLiteral("a.zatdef"), QStringLiteral("b.zatdef") }
                                     << QByteArray("zatgen: only one input file is allowed");
-        QTest::newRow("unknown option") << QStringList{QStringLiteral("--frobnicate"), QStringLiteral("a.zatdef")}
+        QTest::newRow("unknown option") << QStringList { QStringLiteral("--frobnicate"), QStringLiteral("a.zatdef") }
                                         << QByteArray("zatgen: Unknown option 'frobnicate'.");
-        QTest::newRow("missing option value") << QStringList{QStringLiteral("a.zatdef"), QStringLiteral("--xml")}
+        QTest::newRow("missing option value") << QStringList { QStringLiteral("a.zatdef"), QStringLiteral("--xml") }
                                               << QByteArray("zatgen: Missing value after '--xml'.");
         QTest::newRow("compare without the old file")
-            << QStringList{QStringLiteral("a.zatdef"), QStringLiteral("--compare")}
+            << QStringList { QStringLiteral("a.zatdef"), QStringLiteral("--compare") }
             << QByteArray("zatgen: Missing value after '--compare'.");
         QTest::newRow("compare with an output")
-            << QStringList{QStringLiteral("--compare"), QStringLiteral("old.zatdef"), QStringLiteral("--xml"),
-                           QStringLiteral("-"), QStringLiteral("a.zatdef")}
+            << QStringList { QStringLiteral("--compare"),
+                             QStringLiteral("old.zatdef"),
+                             QStringLiteral("--xml"),
+                             QStringLiteral("-"),
+                             QStringLiteral("a.zatdef") }
             << QByteArray("zatgen: --compare cannot be combined with --check, --check-outputs or an output");
         QTest::newRow("compare with check")
-            << QStringList{QStringLiteral("--check"), QStringLiteral("--compare"), QStringLiteral("old.zatdef"),
-                           QStringLiteral("a.zatdef")}
+            << QStringList { QStringLiteral("--check"),
+                             QStringLiteral("--compare"),
+                             QStringLiteral("old.zatdef"),
+                             QStringLiteral("a.zatdef") }
             << QByteArray("zatgen: --compare cannot be combined with --check, --check-outputs or an output");
         QTest::newRow("compare with check-outputs")
-            << QStringList{QStringLiteral("--check-outputs"), QStringLiteral("--compare"), QStringLiteral("old.zatdef"),
-                           QStringLiteral("a.zatdef")}
+            << QStringList { QStringLiteral("--check-outputs"),
+                             QStringLiteral("--compare"),
+                             QStringLiteral("old.zatdef"),
+                             QStringLiteral("a.zatdef") }
             << QByteArray("zatgen: --compare cannot be combined with --check, --check-outputs or an output");
     }
 
@@ -78,7 +85,7 @@ private slots:
 
     void helpAndVersion()
     {
-        Run run = ZatgenRun::run({QStringLiteral("--help")});
+        Run run = ZatgenRun::run({ QStringLiteral("--help") });
         QCOMPARE(run.status, 0);
         QVERIFY(run.out.startsWith("Usage: "));
         QVERIFY(run.out.contains("--xml <path>"));
@@ -86,16 +93,17 @@ private slots:
         QVERIFY(run.out.contains("--check"));
         QVERIFY(run.out.contains("--compare <old>"));
 
-        run = ZatgenRun::run({QStringLiteral("--version")});
+        run = ZatgenRun::run({ QStringLiteral("--version") });
         QCOMPARE(run.status, 0);
         QCOMPARE(run.out, QByteArray("zatgen " ZAT16_VERSION_TEXT "\n"));
     }
 
     void missingFile()
     {
-        const Run run = ZatgenRun::run({QStringLiteral("no-such-file.zatdef")}, m_dir.path());
+        const Run run = ZatgenRun::run({ QStringLiteral("no-such-file.zatdef") }, m_dir.path());
         QCOMPARE(run.status, 1);
-        QCOMPARE(run.err, QByteArray("Error: Failed to open input file no-such-file.zatdef: No such file or directory\n"));
+        QCOMPARE(run.err,
+                 QByteArray("Error: Failed to open input file no-such-file.zatdef: No such file or directory\n"));
     }
 
     // Columns count the characters read on the line: the reader stands after the "/>".
@@ -104,9 +112,12 @@ private slots:
         const QString path = m_dir.filePath(QStringLiteral("range.zatdef"));
         QVERIFY(writeFile(path, "<zat16>\n  <tag name=\"A\" id=\"0x10000\"/>\n</zat16>\n"));
         const QString out = m_dir.filePath(QStringLiteral("range-out.zatdef"));
-        const Run run = ZatgenRun::run({QStringLiteral("--xml"), out, path});
+        const Run run = ZatgenRun::run({ QStringLiteral("--xml"), out, path });
         QCOMPARE(run.status, 1);
-        QCOMPARE(run.err, QString(QStringLiteral("Error: ") + path + QStringLiteral(", Line 2, Column 30:\n  (EndElement) Tag out of range\n")).toUtf8());
+        QCOMPARE(run.err,
+                 QString(QStringLiteral("Error: ") + path
+                         + QStringLiteral(", Line 2, Column 30:\n  (EndElement) Tag out of range\n"))
+                     .toUtf8());
         QVERIFY(!QFile::exists(out));
     }
 
@@ -119,27 +130,29 @@ private slots:
                           "  <tag name=\"B\" id=\"4097\"/>\n"
                           "  <frob/>\n"
                           "</zat16>\n"));
-        const QByteArray expected = QString(QStringLiteral("Warning: ") + path
-                                            + QStringLiteral(", Line 3, Column 27:\n  Double tag code 0x1001\n"
-                                                             "Warning: ")
-                                            + path + QStringLiteral(", Line 4, Column 9:\n  Unexpected element <frob>.\n"))
-                                        .toUtf8();
+        const QByteArray expected
+            = QString(QStringLiteral("Warning: ") + path
+                      + QStringLiteral(", Line 3, Column 27:\n  Double tag code 0x1001\n"
+                                       "Warning: ")
+                      + path + QStringLiteral(", Line 4, Column 9:\n  Unexpected element <frob>.\n"))
+                  .toUtf8();
 
         // --check lists the problems of the tree after the warnings of reading.
-        const QByteArray problems = QString(path + QStringLiteral(": problem: Tag A (0x1001): code collision with a sibling\n")
-                                            + path + QStringLiteral(": problem: Tag B (0x1001): code collision with a sibling\n"))
-                                        .toUtf8();
-        Run run = ZatgenRun::run({QStringLiteral("--check"), path});
+        const QByteArray problems
+            = QString(path + QStringLiteral(": problem: Tag A (0x1001): code collision with a sibling\n") + path
+                      + QStringLiteral(": problem: Tag B (0x1001): code collision with a sibling\n"))
+                  .toUtf8();
+        Run run = ZatgenRun::run({ QStringLiteral("--check"), path });
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, expected + problems);
         QVERIFY(run.out.isEmpty());
 
-        run = ZatgenRun::run({QStringLiteral("--werror"), QStringLiteral("--xml"), QStringLiteral("-"), path});
+        run = ZatgenRun::run({ QStringLiteral("--werror"), QStringLiteral("--xml"), QStringLiteral("-"), path });
         QCOMPARE(run.status, 1);
         QCOMPARE(run.err, expected);
         QVERIFY(run.out.isEmpty());
 
-        run = ZatgenRun::run({QStringLiteral("--xml"), QStringLiteral("-"), path});
+        run = ZatgenRun::run({ QStringLiteral("--xml"), QStringLiteral("-"), path });
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, expected);
         QCOMPARE(run.out,
@@ -165,13 +178,14 @@ private slots:
                           "  </tag>\n"
                           "  <tag name=\"B\" id=\"0161751\" display=\"4u\"/>\n"
                           "</zat16>\n"));
-        const QByteArray expected = QString(QStringLiteral("Warning: ") + path
-                                            + QStringLiteral(", Line 2, Column 38:\n  Attribute \"unit\" is not kept\n"
-                                                             "Warning: ")
-                                            + path + QStringLiteral(", Line 3, Column 17:\n  Comment inside <tag> is not kept\n"))
-                                        .toUtf8();
+        const QByteArray expected
+            = QString(QStringLiteral("Warning: ") + path
+                      + QStringLiteral(", Line 2, Column 38:\n  Attribute \"unit\" is not kept\n"
+                                       "Warning: ")
+                      + path + QStringLiteral(", Line 3, Column 17:\n  Comment inside <tag> is not kept\n"))
+                  .toUtf8();
 
-        Run run = ZatgenRun::run({QStringLiteral("--xml"), QStringLiteral("-"), path});
+        Run run = ZatgenRun::run({ QStringLiteral("--xml"), QStringLiteral("-"), path });
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, expected);
         QCOMPARE(run.out,
@@ -185,7 +199,7 @@ private slots:
                             "  <tag name=\"B\" id=\"0xE3E9\" display=\"4u\"/>\n"
                             "</zat16>\n"));
 
-        run = ZatgenRun::run({QStringLiteral("--werror"), QStringLiteral("--xml"), QStringLiteral("-"), path});
+        run = ZatgenRun::run({ QStringLiteral("--werror"), QStringLiteral("--xml"), QStringLiteral("-"), path });
         QCOMPARE(run.status, 1);
         QCOMPARE(run.err, expected);
         QVERIFY(run.out.isEmpty());
@@ -194,10 +208,10 @@ private slots:
     void checkWritesNothing()
     {
         const QString out = m_dir.filePath(QStringLiteral("check-out.zatdef"));
-        const Run run = ZatgenRun::run({QStringLiteral("--check"),
-                                QStringLiteral("--xml"),
-                                out,
-                                QStringLiteral(ZAT16_EXAMPLES "/battery-charger.zatdef")});
+        const Run run = ZatgenRun::run({ QStringLiteral("--check"),
+                                         QStringLiteral("--xml"),
+                                         out,
+                                         QStringLiteral(ZAT16_EXAMPLES "/battery-charger.zatdef") });
         QCOMPARE(run.status, 0);
         QVERIFY(run.err.isEmpty());
         QVERIFY(!QFile::exists(out));
@@ -206,8 +220,8 @@ private slots:
     void unwritableOutput()
     {
         const QString out = m_dir.filePath(QStringLiteral("missing-dir/out.zatdef"));
-        const Run run
-            = ZatgenRun::run({QStringLiteral("--xml"), out, QStringLiteral(ZAT16_EXAMPLES "/battery-charger.zatdef")});
+        const Run run = ZatgenRun::run(
+            { QStringLiteral("--xml"), out, QStringLiteral(ZAT16_EXAMPLES "/battery-charger.zatdef") });
         QCOMPARE(run.status, 3);
         QCOMPARE(run.err,
                  QString(QStringLiteral("Could not create a temporary file beside ") + out
@@ -219,7 +233,7 @@ private slots:
     {
         const QString in = QStringLiteral(ZAT16_EXAMPLES "/weather-station.zatdef");
         const QString out = m_dir.filePath(QStringLiteral("copy.zatdef"));
-        const Run run = ZatgenRun::run({QStringLiteral("--xml"), out, in});
+        const Run run = ZatgenRun::run({ QStringLiteral("--xml"), out, in });
         QCOMPARE(run.status, 0);
         QVERIFY(run.err.isEmpty());
         QVERIFY(run.out.isEmpty());
@@ -240,7 +254,7 @@ private slots:
         QFETCH(QString, path);
         const QByteArray original = readFile(path);
         QVERIFY(!original.isEmpty());
-        const Run run = ZatgenRun::run({QStringLiteral("--xml"), QStringLiteral("-"), path});
+        const Run run = ZatgenRun::run({ QStringLiteral("--xml"), QStringLiteral("-"), path });
         QCOMPARE(run.status, 0);
         QCOMPARE(run.out, original);
     }
@@ -265,30 +279,31 @@ private slots:
                           "  <tag name=\"end\" id=\"0x1005\"/>\n"
                           "</zat16>\n"));
         const QByteArray warnings = QString(QStringLiteral("Warning: ") + path
-                                            + QStringLiteral(", Line 7, Column 32:\n  Double number 0\nWarning: ") + path
-                                            + QStringLiteral(", Line 11, Column 52:\n  Double tag name \n"))
+                                            + QStringLiteral(", Line 7, Column 32:\n  Double number 0\nWarning: ")
+                                            + path + QStringLiteral(", Line 11, Column 52:\n  Double tag name \n"))
                                         .toUtf8();
         const QByteArray problems
-            = QString(path + QStringLiteral(": problem: Tag Mode: name without code\n") + path
-                      + QStringLiteral(": problem: Tag (0x1002): code without name\n") + path
-                      + QStringLiteral(": problem: Enum Low (0) of Tag Level (0x1003): code collision with a sibling\n")
-                      + path
-                      + QStringLiteral(": problem: Enum High (0) of Tag Level (0x1003): code collision with a sibling\n")
-                      + path + QStringLiteral(": problem: Tag in row 4: has entries but no name and no code\n") + path
-                      + QStringLiteral(": warning: Tag end (0x1005): name is a keyword of Lua\n"))
+            = QString(
+                  path + QStringLiteral(": problem: Tag Mode: name without code\n") + path
+                  + QStringLiteral(": problem: Tag (0x1002): code without name\n") + path
+                  + QStringLiteral(": problem: Enum Low (0) of Tag Level (0x1003): code collision with a sibling\n")
+                  + path
+                  + QStringLiteral(": problem: Enum High (0) of Tag Level (0x1003): code collision with a sibling\n")
+                  + path + QStringLiteral(": problem: Tag in row 4: has entries but no name and no code\n") + path
+                  + QStringLiteral(": warning: Tag end (0x1005): name is a keyword of Lua\n"))
                   .toUtf8();
 
-        Run run = ZatgenRun::run({QStringLiteral("--check"), path});
+        Run run = ZatgenRun::run({ QStringLiteral("--check"), path });
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, warnings + problems);
         QVERIFY(run.out.isEmpty());
 
-        run = ZatgenRun::run({QStringLiteral("--check"), QStringLiteral("--werror"), path});
+        run = ZatgenRun::run({ QStringLiteral("--check"), QStringLiteral("--werror"), path });
         QCOMPARE(run.status, 1);
         QCOMPARE(run.err, warnings + problems);
 
         // Without --check the problems are not looked for.
-        run = ZatgenRun::run({QStringLiteral("--xml"), QStringLiteral("-"), path});
+        run = ZatgenRun::run({ QStringLiteral("--xml"), QStringLiteral("-"), path });
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, warnings);
     }
@@ -297,17 +312,20 @@ private slots:
     {
         const QString path = m_dir.filePath(QStringLiteral("keyword.zatdef"));
         QVERIFY(writeFile(path, "<zat16>\n  <tag name=\"class\" id=\"0x1001\"/>\n</zat16>\n"));
-        Run run = ZatgenRun::run({QStringLiteral("--check"), path});
+        Run run = ZatgenRun::run({ QStringLiteral("--check"), path });
         QCOMPARE(run.status, 0);
-        QCOMPARE(run.err, QString(path + QStringLiteral(": warning: Tag class (0x1001): name is a keyword of C++ and C#\n")).toUtf8());
-        run = ZatgenRun::run({QStringLiteral("--check"), QStringLiteral("--werror"), path});
+        QCOMPARE(run.err,
+                 QString(path + QStringLiteral(": warning: Tag class (0x1001): name is a keyword of C++ and C#\n"))
+                     .toUtf8());
+        run = ZatgenRun::run({ QStringLiteral("--check"), QStringLiteral("--werror"), path });
         QCOMPARE(run.status, 1);
     }
 
     void checkCleanFileWithWerror()
     {
-        const Run run = ZatgenRun::run({QStringLiteral("--check"), QStringLiteral("--werror"),
-                                QStringLiteral(ZAT16_EXAMPLES "/weather-station.zatdef")});
+        const Run run = ZatgenRun::run({ QStringLiteral("--check"),
+                                         QStringLiteral("--werror"),
+                                         QStringLiteral(ZAT16_EXAMPLES "/weather-station.zatdef") });
         QCOMPARE(run.status, 0);
         QVERIFY(run.err.isEmpty());
         QVERIFY(run.out.isEmpty());
@@ -324,7 +342,8 @@ private slots:
                           "  <tag name=\"Humidity\" id=\"0x1003\"/>\n"
                           "  <tag name=\"Speed\" id=\"0x1006\"/>\n"
                           "  <tag name=\"Mode\" id=\"0x1002\">\n"
-                          "    <enums><enum name=\"Off\" id=\"0\"/><enum name=\"On\" id=\"1\"/><enum name=\"Eco\" id=\"2\"/></enums>\n"
+                          "    <enums><enum name=\"Off\" id=\"0\"/><enum name=\"On\" id=\"1\"/><enum name=\"Eco\" "
+                          "id=\"2\"/></enums>\n"
                           "  </tag>\n"
                           "  <tag name=\"Status\" id=\"0x7001\">\n"
                           "    <bits><bit name=\"Ready\" id=\"0\"/><bit name=\"Fault\" id=\"4\"/></bits>\n"
@@ -336,14 +355,15 @@ private slots:
                           "  <tag name=\"Dewpoint\" id=\"0x1003\"/>\n"
                           "  <tag name=\"Speed\" id=\"0x3006\"/>\n"
                           "  <tag name=\"Mode\" id=\"0x1002\">\n"
-                          "    <enums><enum name=\"Off\" id=\"0\"/><enum name=\"On\" id=\"3\"/><enum name=\"Boost\" id=\"4\"/></enums>\n"
+                          "    <enums><enum name=\"Off\" id=\"0\"/><enum name=\"On\" id=\"3\"/><enum name=\"Boost\" "
+                          "id=\"4\"/></enums>\n"
                           "  </tag>\n"
                           "  <tag name=\"Status\" id=\"0x7001\">\n"
                           "    <bits><bit name=\"Ready\" id=\"1\"/><bit name=\"Low\" id=\"5\"/></bits>\n"
                           "  </tag>\n"
                           "  <tag name=\"Volume\" id=\"0x1010\"/>\n"
                           "</zat16>\n"));
-        const Run run = ZatgenRun::run({QStringLiteral("--compare"), oldPath, newPath});
+        const Run run = ZatgenRun::run({ QStringLiteral("--compare"), oldPath, newPath });
         QCOMPARE(run.status, 5);
         QVERIFY(run.err.isEmpty());
         QCOMPARE(run.out,
@@ -366,7 +386,7 @@ private slots:
                      .toUtf8());
 
         // The input may also come first.
-        const Run again = ZatgenRun::run({newPath, QStringLiteral("--compare"), oldPath});
+        const Run again = ZatgenRun::run({ newPath, QStringLiteral("--compare"), oldPath });
         QCOMPARE(again.status, 5);
         QCOMPARE(again.out, run.out);
     }
@@ -379,7 +399,7 @@ private slots:
         QVERIFY(writeFile(newPath,
                           "<zat16>\n  <tag name=\"Power\" id=\"0x2001\" comment=\"on or off\"/>\n"
                           "  <tag name=\"Level\" id=\"0x1001\"/>\n</zat16>\n"));
-        const Run run = ZatgenRun::run({QStringLiteral("--compare"), oldPath, newPath});
+        const Run run = ZatgenRun::run({ QStringLiteral("--compare"), oldPath, newPath });
         QCOMPARE(run.status, 0);
         QVERIFY(run.err.isEmpty());
         QCOMPARE(run.out,
@@ -393,23 +413,25 @@ private slots:
         const QString good = QStringLiteral(ZAT16_EXAMPLES "/battery-charger.zatdef");
         const QString bad = m_dir.filePath(QStringLiteral("bad.zatdef"));
         QVERIFY(writeFile(bad, "<zat16>\n  <tag name=\"A\" id=\"0x10000\"/>\n</zat16>\n"));
-        const QByteArray error
-            = QString(QStringLiteral("Error: ") + bad + QStringLiteral(", Line 2, Column 30:\n  (EndElement) Tag out of range\n"))
-                  .toUtf8();
+        const QByteArray error = QString(QStringLiteral("Error: ") + bad
+                                         + QStringLiteral(", Line 2, Column 30:\n  (EndElement) Tag out of range\n"))
+                                     .toUtf8();
 
-        Run run = ZatgenRun::run({QStringLiteral("--compare"), bad, good});
+        Run run = ZatgenRun::run({ QStringLiteral("--compare"), bad, good });
         QCOMPARE(run.status, 1);
         QCOMPARE(run.err, error);
         QVERIFY(run.out.isEmpty());
 
-        run = ZatgenRun::run({QStringLiteral("--compare"), good, bad});
+        run = ZatgenRun::run({ QStringLiteral("--compare"), good, bad });
         QCOMPARE(run.status, 1);
         QCOMPARE(run.err, error);
         QVERIFY(run.out.isEmpty());
 
-        run = ZatgenRun::run({QStringLiteral("--compare"), QStringLiteral("no-such-file.zatdef"), good}, m_dir.path());
+        run = ZatgenRun::run({ QStringLiteral("--compare"), QStringLiteral("no-such-file.zatdef"), good },
+                             m_dir.path());
         QCOMPARE(run.status, 1);
-        QCOMPARE(run.err, QByteArray("Error: Failed to open input file no-such-file.zatdef: No such file or directory\n"));
+        QCOMPARE(run.err,
+                 QByteArray("Error: Failed to open input file no-such-file.zatdef: No such file or directory\n"));
         QVERIFY(run.out.isEmpty());
     }
 
@@ -418,15 +440,15 @@ private slots:
         const QString oldPath = m_dir.filePath(QStringLiteral("warned.zatdef"));
         QVERIFY(writeFile(oldPath, "<zat16>\n  <tag name=\"A\" id=\"0x1001\"/>\n  <frob/>\n</zat16>\n"));
         const QString good = QStringLiteral(ZAT16_EXAMPLES "/battery-charger.zatdef");
-        const QByteArray warning
-            = QString(QStringLiteral("Warning: ") + oldPath + QStringLiteral(", Line 3, Column 9:\n  Unexpected element <frob>.\n"))
-                  .toUtf8();
-        Run run = ZatgenRun::run({QStringLiteral("--werror"), QStringLiteral("--compare"), oldPath, good});
+        const QByteArray warning = QString(QStringLiteral("Warning: ") + oldPath
+                                           + QStringLiteral(", Line 3, Column 9:\n  Unexpected element <frob>.\n"))
+                                       .toUtf8();
+        Run run = ZatgenRun::run({ QStringLiteral("--werror"), QStringLiteral("--compare"), oldPath, good });
         QCOMPARE(run.status, 1);
         QCOMPARE(run.err, warning);
         QVERIFY(run.out.isEmpty());
 
-        run = ZatgenRun::run({QStringLiteral("--compare"), oldPath, good});
+        run = ZatgenRun::run({ QStringLiteral("--compare"), oldPath, good });
         QCOMPARE(run.status, 5);
         QCOMPARE(run.err, warning);
         QVERIFY(run.out.startsWith("Old: "));
@@ -435,7 +457,7 @@ private slots:
     void compareWithItself()
     {
         const QString path = QStringLiteral(ZAT16_EXAMPLES "/weather-station.zatdef");
-        const Run run = ZatgenRun::run({QStringLiteral("--compare"), path, path});
+        const Run run = ZatgenRun::run({ QStringLiteral("--compare"), path, path });
         QCOMPARE(run.status, 0);
         QCOMPARE(run.out,
                  QString(QStringLiteral("Old: ") + path + QStringLiteral("\nNew: ") + path

@@ -38,11 +38,15 @@ struct Output {
 };
 
 const QList<Output> outputs = {
-    {QStringLiteral("--header"), QStringLiteral("tags.h"), QStringLiteral(ZAT16_TEST_DATA "/generators/worked.h")},
-    {QStringLiteral("--lua"), QStringLiteral("tags.lua"), QStringLiteral(ZAT16_TEST_DATA "/generators/worked.lua")},
-    {QStringLiteral("--cpp"), QStringLiteral("enums.hpp"), QStringLiteral(ZAT16_TEST_DATA "/generators/worked_enums.hpp")},
-    {QStringLiteral("--cpp-lut"), QStringLiteral("lookup.hpp"), QStringLiteral(ZAT16_TEST_DATA "/generators/worked_lookup.hpp")},
-    {QStringLiteral("--cs"), QStringLiteral("Tags.cs"), QStringLiteral(ZAT16_TEST_DATA "/generators/worked.cs")},
+    { QStringLiteral("--header"), QStringLiteral("tags.h"), QStringLiteral(ZAT16_TEST_DATA "/generators/worked.h") },
+    { QStringLiteral("--lua"), QStringLiteral("tags.lua"), QStringLiteral(ZAT16_TEST_DATA "/generators/worked.lua") },
+    { QStringLiteral("--cpp"),
+      QStringLiteral("enums.hpp"),
+      QStringLiteral(ZAT16_TEST_DATA "/generators/worked_enums.hpp") },
+    { QStringLiteral("--cpp-lut"),
+      QStringLiteral("lookup.hpp"),
+      QStringLiteral(ZAT16_TEST_DATA "/generators/worked_lookup.hpp") },
+    { QStringLiteral("--cs"), QStringLiteral("Tags.cs"), QStringLiteral(ZAT16_TEST_DATA "/generators/worked.cs") },
 };
 
 QStringList allOutputs(const QDir &dir)
@@ -62,10 +66,14 @@ class TestZatgenOutputs : public QObject
 private slots:
     void help()
     {
-        const Run run = ZatgenRun::run({QStringLiteral("--help")});
+        const Run run = ZatgenRun::run({ QStringLiteral("--help") });
         QCOMPARE(run.status, 0);
-        for (const char *option : {"--header <path>", "--lua <path>", "--cpp <path>", "--cpp-lut <path>", "--cs <path>",
-                                   "--check-outputs"})
+        for (const char *option : { "--header <path>",
+                                    "--lua <path>",
+                                    "--cpp <path>",
+                                    "--cpp-lut <path>",
+                                    "--cs <path>",
+                                    "--check-outputs" })
             QVERIFY2(run.out.contains(option), option);
     }
 
@@ -81,7 +89,7 @@ private slots:
     {
         QFETCH(QString, option);
         QFETCH(QString, golden);
-        const Run run = ZatgenRun::run({option, QStringLiteral("-"), input});
+        const Run run = ZatgenRun::run({ option, QStringLiteral("-"), input });
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, QByteArray());
         QCOMPARE(run.out, readFile(golden));
@@ -91,8 +99,8 @@ private slots:
     {
         QTemporaryDir dir;
         QVERIFY(dir.isValid());
-        const Run run = ZatgenRun::run(allOutputs(QDir(dir.path())) << QStringLiteral("--header")
-                                                                    << dir.filePath(QStringLiteral("again.h")));
+        const Run run = ZatgenRun::run(allOutputs(QDir(dir.path()))
+                                       << QStringLiteral("--header") << dir.filePath(QStringLiteral("again.h")));
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, QByteArray());
         QCOMPARE(run.out, QByteArray());
@@ -145,7 +153,7 @@ private slots:
             QVERIFY(setModified(d.filePath(output.file), old));
 
         // All up to date: status 0, nothing said, nothing touched.
-        Run run = ZatgenRun::run(QStringList{QStringLiteral("--check-outputs")} + allOutputs(d));
+        Run run = ZatgenRun::run(QStringList { QStringLiteral("--check-outputs") } + allOutputs(d));
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, QByteArray());
         QCOMPARE(run.out, QByteArray());
@@ -158,10 +166,11 @@ private slots:
         QVERIFY(writeFile(changed, "/* edited */\n"));
         QVERIFY(setModified(changed, old));
         QVERIFY(QFile::remove(missing));
-        run = ZatgenRun::run(QStringList{QStringLiteral("--check-outputs")} + allOutputs(d));
+        run = ZatgenRun::run(QStringList { QStringLiteral("--check-outputs") } + allOutputs(d));
         QCOMPARE(run.status, 4);
         QCOMPARE(run.out, QByteArray());
-        QCOMPARE(QString::fromLocal8Bit(run.err), QStringLiteral("zatgen: out of date: %1\nzatgen: out of date: %2\n").arg(changed, missing));
+        QCOMPARE(QString::fromLocal8Bit(run.err),
+                 QStringLiteral("zatgen: out of date: %1\nzatgen: out of date: %2\n").arg(changed, missing));
         QCOMPARE(readFile(changed), QByteArray("/* edited */\n"));
         QCOMPARE(modified(changed), old);
         QVERIFY(!QFileInfo::exists(missing));
@@ -173,15 +182,15 @@ private slots:
 
         // A run without the option brings both up to date again.
         QCOMPARE(ZatgenRun::run(allOutputs(d)).status, 0);
-        run = ZatgenRun::run(QStringList{QStringLiteral("--check-outputs")} + allOutputs(d));
+        run = ZatgenRun::run(QStringList { QStringLiteral("--check-outputs") } + allOutputs(d));
         QCOMPARE(run.status, 0);
         QCOMPARE(run.err, QByteArray());
     }
 
     void checkOutputsWritesNothingToStandardOutput()
     {
-        const Run run
-            = ZatgenRun::run({QStringLiteral("--check-outputs"), QStringLiteral("--lua"), QStringLiteral("-"), input});
+        const Run run = ZatgenRun::run(
+            { QStringLiteral("--check-outputs"), QStringLiteral("--lua"), QStringLiteral("-"), input });
         QCOMPARE(run.status, 0);
         QCOMPARE(run.out, QByteArray());
         QCOMPARE(run.err, QByteArray());
@@ -191,7 +200,7 @@ private slots:
     {
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("missing/tags.h"));
-        const Run run = ZatgenRun::run({QStringLiteral("--header"), path, input});
+        const Run run = ZatgenRun::run({ QStringLiteral("--header"), path, input });
         QCOMPARE(run.status, 3);
         QCOMPARE(QString::fromLocal8Bit(run.err),
                  QStringLiteral("Could not create a temporary file beside %1: No such file or directory\n").arg(path));

@@ -10,10 +10,10 @@ namespace TestItems {
 
 /// A new item with the given fields and no children; the caller owns it.
 inline ZAT16::Item *makeItem(ZAT16::ItemType type,
-    const QString &name = QString(),
-    bool hasId = false,
-    quint64 id = 0,
-    const QString &comment = QString())
+                             const QString &name = QString(),
+                             bool hasId = false,
+                             quint64 id = 0,
+                             const QString &comment = QString())
 {
     auto *item = new ZAT16::Item;
     item->type = type;

@@ -64,7 +64,8 @@ inline void onNextModal(std::function<void(QWidget *)> action, QWidget *previous
 }
 
 /// Clicks `button` of the next message box and hands its text to `text` (when given).
-inline void answerMessageBox(QMessageBox::StandardButton button, QString *text = nullptr,
+inline void answerMessageBox(QMessageBox::StandardButton button,
+                             QString *text = nullptr,
                              std::function<void()> then = nullptr)
 {
     onNextModalOf<QMessageBox>([=](QWidget *modal) {

@@ -68,10 +68,10 @@ private:
     QString text(bool forComment)
     {
         static const QString pieces[] = {
-            QStringLiteral("plain"), QStringLiteral(" "), QStringLiteral("\""), QStringLiteral("'"),
-            QStringLiteral("&"), QStringLiteral("<"), QStringLiteral(">"), QStringLiteral("\t"),
-            QStringLiteral("\n"), QStringLiteral("\r"), QStringLiteral("ünï"), QStringLiteral("日本"),
-            QStringLiteral("😀"), QStringLiteral("&amp;"), QStringLiteral("]]>"), QStringLiteral("-"),
+            QStringLiteral("plain"), QStringLiteral(" "),     QStringLiteral("\""),  QStringLiteral("'"),
+            QStringLiteral("&"),     QStringLiteral("<"),     QStringLiteral(">"),   QStringLiteral("\t"),
+            QStringLiteral("\n"),    QStringLiteral("\r"),    QStringLiteral("ünï"), QStringLiteral("日本"),
+            QStringLiteral("😀"),     QStringLiteral("&amp;"), QStringLiteral("]]>"), QStringLiteral("-"),
         };
         QString t;
         const int length = 1 + bounded(8);

@@ -21,16 +21,15 @@ enum LineEnds {
 inline QByteArray unifiedDiff(const QByteArray &expected, const QByteArray &actual, LineEnds lineEnds = PlainLineEnds)
 {
     QTemporaryDir dir;
-    auto shown = [lineEnds](QByteArray bytes) {
-        return lineEnds == MarkedLineEnds ? bytes.replace("\n", "$\n") : bytes;
-    };
+    auto shown
+        = [lineEnds](QByteArray bytes) { return lineEnds == MarkedLineEnds ? bytes.replace("\n", "$\n") : bytes; };
     const QString expectedPath = dir.filePath(QStringLiteral("expected"));
     const QString actualPath = dir.filePath(QStringLiteral("actual"));
     if (!dir.isValid() || !TestFiles::writeFile(expectedPath, shown(expected))
         || !TestFiles::writeFile(actualPath, shown(actual)))
         return "(no diff: temporary files could not be written)\n--- expected\n" + expected + "\n--- actual\n" + actual;
     QProcess diff;
-    diff.start(QStringLiteral("diff"), {QStringLiteral("-u"), expectedPath, actualPath});
+    diff.start(QStringLiteral("diff"), { QStringLiteral("-u"), expectedPath, actualPath });
     if (!diff.waitForFinished(30000))
         return "(diff did not run)\n--- expected\n" + expected + "\n--- actual\n" + actual;
     return diff.readAllStandardOutput();

@@ -34,7 +34,9 @@ inline Run finish(QProcess &process, int timeoutMs)
 
 /// Runs zatgen with `arguments`; `childSetup`, when given, runs in the child before zatgen
 /// starts (to set resource limits, say).
-inline Run run(const QStringList &arguments, const QString &workingDirectory = QString(), int timeoutMs = 60000,
+inline Run run(const QStringList &arguments,
+               const QString &workingDirectory = QString(),
+               int timeoutMs = 60000,
                const std::function<void()> &childSetup = nullptr)
 {
     QProcess process;
@@ -55,7 +57,7 @@ inline Run shell(const QString &script, const QString &workingDirectory, int tim
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("ZATGEN"), QStringLiteral(ZATGEN_PATH));
     process.setProcessEnvironment(environment);
-    process.start(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), script});
+    process.start(QStringLiteral("/bin/sh"), { QStringLiteral("-c"), script });
     return finish(process, timeoutMs);
 }
 

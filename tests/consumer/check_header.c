@@ -12,11 +12,11 @@ static void expect(const char *name, long long actual, long long expected)
     ++checks;
     if (actual != expected) {
         printf("FAIL: %s is %lld (0x%llX), expected %lld (0x%llX)\n",
-            name,
-            actual,
-            (unsigned long long)actual,
-            expected,
-            (unsigned long long)expected);
+               name,
+               actual,
+               (unsigned long long)actual,
+               expected,
+               (unsigned long long)expected);
         ++failures;
     }
 }

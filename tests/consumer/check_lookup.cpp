@@ -28,11 +28,11 @@ void expect(const char *what, long long actual, long long expected)
     ++checks;
     if (actual != expected) {
         std::printf("FAIL: %s is %lld (0x%llX), expected %lld (0x%llX)\n",
-            what,
-            actual,
-            static_cast<unsigned long long>(actual),
-            expected,
-            static_cast<unsigned long long>(expected));
+                    what,
+                    actual,
+                    static_cast<unsigned long long>(actual),
+                    expected,
+                    static_cast<unsigned long long>(expected));
         ++failures;
     }
 }

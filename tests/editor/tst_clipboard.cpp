@@ -110,7 +110,8 @@ QString pastesBack(const std::function<Item *()> &makeTree, const QList<int> &pa
         // A value or bit goes into the first list of its kind in the tag; onto its own row when
         // that is its list, at the end of the first list otherwise.
         const Item *parent = item->parent;
-        const Item *first = (parent->type == Enums || parent->type == Bits) && parent->parent && parent->parent->type == Tag
+        const Item *first
+            = (parent->type == Enums || parent->type == Bits) && parent->parent && parent->parent->type == Tag
             ? parent->parent->findInTagByItemType(parent->type)
             : parent;
         const bool ownRow = first == parent;
@@ -119,9 +120,12 @@ QString pastesBack(const std::function<Item *()> &makeTree, const QList<int> &pa
             return QStringLiteral("pasted at another place");
         // In another list the numbers show in that list's display: the fields must be the same.
         if (!ownRow)
-            return dumpTree(result) == dumpTree(item) ? QString() : QStringLiteral("pasted otherwise into the first list");
+            return dumpTree(result) == dumpTree(item) ? QString()
+                                                      : QStringLiteral("pasted otherwise into the first list");
         const QByteArray back = entryText(result);
-        return back == original ? QString() : QStringLiteral("pasted %1 instead of %2").arg(QString::fromUtf8(back), QString::fromUtf8(original));
+        return back == original
+            ? QString()
+            : QStringLiteral("pasted %1 instead of %2").arg(QString::fromUtf8(back), QString::fromUtf8(original));
     }
     if (result != target || target->children.size() != targetSize + children.size())
         return QStringLiteral("the list did not get its children again");
@@ -248,10 +252,10 @@ void TestClipboard::copyTexts_data()
                          << (declaration + "\n<bit name=\"Manual\" id=\"1\"/>\n");
     QTest::newRow("list") << QList<int> { 3, 0 } << 0 << QStringLiteral(" ")
                           << (declaration
-                                 + "\n<enums display=\"4x\">\n"
-                                   "  <enum name=\"A\" id=\"0x0010\"/>\n"
-                                   "  <enum name=\"B\" id=\"0x0011\"/>\n"
-                                   "</enums>\n");
+                              + "\n<enums display=\"4x\">\n"
+                                "  <enum name=\"A\" id=\"0x0010\"/>\n"
+                                "  <enum name=\"B\" id=\"0x0011\"/>\n"
+                                "</enums>\n");
 }
 
 void TestClipboard::copyTexts()
@@ -279,7 +283,8 @@ void TestClipboard::copyItemWithComment()
     std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 1 })));
     QVERIFY(mime);
     QCOMPARE(mime->text(), QStringLiteral("Speed 0x1001"));
-    QCOMPARE(mime->data(QStringLiteral("text/xml")), declaration + "\n<tag name=\"Speed\" id=\"0x1001\" comment=\"fast\"/>\n");
+    QCOMPARE(mime->data(QStringLiteral("text/xml")),
+             declaration + "\n<tag name=\"Speed\" id=\"0x1001\" comment=\"fast\"/>\n");
     const QModelIndex pasted = f.model.paste(f.index({ 2 }), mime.get());
     QVERIFY(pasted.isValid());
     QCOMPARE(pasted.row(), 2);
@@ -595,7 +600,7 @@ void TestClipboard::pasteCommentAsDocumentType()
     Fixture f(document("  <tag name=\"Typed\" id=\"0x1001\" comment=\"&lt;!DOCTYPE tag&gt;\"/>\n"));
     std::unique_ptr<QMimeData> mime(f.model.copy(f.index({ 0 })));
     QCOMPARE(mime->data(QStringLiteral("text/xml")),
-        declaration + "\n<tag name=\"Typed\" id=\"0x1001\" comment=\"&lt;!DOCTYPE tag&gt;\"/>\n");
+             declaration + "\n<tag name=\"Typed\" id=\"0x1001\" comment=\"&lt;!DOCTYPE tag&gt;\"/>\n");
     const QModelIndex pasted = f.model.paste(f.index({ 0 }), mime.get());
     QVERIFY(pasted.isValid());
     QCOMPARE(pasted.row(), 0);

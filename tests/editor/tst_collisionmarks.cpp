@@ -58,8 +58,9 @@ public:
         connect(model, &QAbstractItemModel::modelReset, this, &ColourRecorder::recordAll);
         // The model moves no rows and changes no layout; a recorder that does not know how a
         // view would take such a signal says so rather than guess.
-        connect(model, &QAbstractItemModel::layoutChanged, this,
-            [this] { unhandled = QStringLiteral("layoutChanged"); });
+        connect(model, &QAbstractItemModel::layoutChanged, this, [this] {
+            unhandled = QStringLiteral("layoutChanged");
+        });
         connect(model, &QAbstractItemModel::rowsMoved, this, [this] { unhandled = QStringLiteral("rowsMoved"); });
         recordAll();
     }
@@ -157,7 +158,8 @@ private:
                                    .arg(here, item(index)->name)
                                    .arg(slot / 2)
                                    .arg(slot % 2 == 0 ? QStringLiteral("background") : QStringLiteral("foreground"),
-                                       colourText(it.value()[slot]), colourText(now));
+                                        colourText(it.value()[slot]),
+                                        colourText(now));
                     return;
                 }
             }
@@ -322,8 +324,7 @@ void TestCollisionMarks::itemDataMarksTwoSiblings()
     QSignalSpy spy(&f.model, &QAbstractItemModel::dataChanged);
 
     QVERIFY(f.model.setItemData(f.index({ 2 }), data));
-    QCOMPARE(signalText(spy),
-        QStringLiteral("dataChanged 2,0-2,3 A\ndataChanged 0,0-0,3 A\ndataChanged 1,0-1,3 B"));
+    QCOMPARE(signalText(spy), QStringLiteral("dataChanged 2,0-2,3 A\ndataChanged 0,0-0,3 A\ndataChanged 1,0-1,3 B"));
     QCOMPARE(background(f, { 0 }, 0), QVariant(markBackground));
     QVERIFY(!background(f, { 0 }, 1).isValid());
     QCOMPARE(background(f, { 1 }, 1), QVariant(markBackground));
@@ -331,8 +332,7 @@ void TestCollisionMarks::itemDataMarksTwoSiblings()
 
     spy.clear();
     f.stack.undo();
-    QCOMPARE(signalText(spy),
-        QStringLiteral("dataChanged 2,0-2,3 C\ndataChanged 0,0-0,3 A\ndataChanged 1,0-1,3 B"));
+    QCOMPARE(signalText(spy), QStringLiteral("dataChanged 2,0-2,3 C\ndataChanged 0,0-0,3 A\ndataChanged 1,0-1,3 B"));
     QVERIFY(!background(f, { 0 }, 0).isValid());
     QVERIFY(!background(f, { 1 }, 1).isValid());
 }
@@ -567,8 +567,8 @@ void TestCollisionMarks::viewFollowsRandomEdits()
             }
         }
         ++done[what];
-        const QString problem = recorder.unhandled.isEmpty() ? recorder.compare()
-                                                             : QStringLiteral("unhandled ") + recorder.unhandled;
+        const QString problem
+            = recorder.unhandled.isEmpty() ? recorder.compare() : QStringLiteral("unhandled ") + recorder.unhandled;
         if (!problem.isEmpty())
             QFAIL(qPrintable(QStringLiteral("seed %1, operation %2 (%3): %4").arg(seed).arg(step).arg(what, problem)));
     }

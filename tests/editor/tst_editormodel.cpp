@@ -465,24 +465,15 @@ void TestEditorModel::decoration()
 void TestEditorModel::decorationIconsAreDistinct()
 {
     const QStringList paths = {
-        QStringLiteral(":/icons/i16_data.png"),
-        QStringLiteral(":/icons/i16_int.png"),
-        QStringLiteral(":/icons/i16_bool.png"),
-        QStringLiteral(":/icons/i16_string.png"),
-        QStringLiteral(":/icons/i16_date.png"),
-        QStringLiteral(":/icons/i16_time.png"),
-        QStringLiteral(":/icons/i16_datetime.png"),
-        QStringLiteral(":/icons/i16_list_bullets.png"),
-        QStringLiteral(":/icons/i16_network.png"),
-        QStringLiteral(":/icons/i16_list.png"),
-        QStringLiteral(":/icons/i16_question.png"),
-        QStringLiteral(":/icons/i16_answer.png"),
-        QStringLiteral(":/icons/i16_message.png"),
-        QStringLiteral(":/icons/i16_point.png"),
-        QStringLiteral(":/icons/i16_rect.png"),
-        QStringLiteral(":/icons/i16_size.png"),
-        QStringLiteral(":/icons/i16_folder.png"),
-        QStringLiteral(":/icons/i16_tiny_bullet.png"),
+        QStringLiteral(":/icons/i16_data.png"),     QStringLiteral(":/icons/i16_int.png"),
+        QStringLiteral(":/icons/i16_bool.png"),     QStringLiteral(":/icons/i16_string.png"),
+        QStringLiteral(":/icons/i16_date.png"),     QStringLiteral(":/icons/i16_time.png"),
+        QStringLiteral(":/icons/i16_datetime.png"), QStringLiteral(":/icons/i16_list_bullets.png"),
+        QStringLiteral(":/icons/i16_network.png"),  QStringLiteral(":/icons/i16_list.png"),
+        QStringLiteral(":/icons/i16_question.png"), QStringLiteral(":/icons/i16_answer.png"),
+        QStringLiteral(":/icons/i16_message.png"),  QStringLiteral(":/icons/i16_point.png"),
+        QStringLiteral(":/icons/i16_rect.png"),     QStringLiteral(":/icons/i16_size.png"),
+        QStringLiteral(":/icons/i16_folder.png"),   QStringLiteral(":/icons/i16_tiny_bullet.png"),
         QStringLiteral(":/icons/i16_empty.png"),
     };
     for (int i = 0; i < paths.size(); ++i) {
@@ -768,7 +759,7 @@ void TestEditorModel::commentLineColourOnEveryRow()
             QCOMPARE(f.model.data(index, Qt::ForegroundRole).value<QColor>(), QColor(0, 0, 0));
             // The row handed to highlightData does not matter either.
             QCOMPARE(f.model.highlightData(f.at({ row }), row * 7 + 1, column, Qt::BackgroundRole).value<QColor>(),
-                QColor(222, 255, 222));
+                     QColor(222, 255, 222));
         }
     }
 }
@@ -889,7 +880,7 @@ void TestEditorModel::flagsOfUnusualIndexes()
     QCOMPARE(int(model.flags(QModelIndex())), int(Qt::NoItemFlags));
     QCOMPARE(int(model.flags(model.createIndex(0, 0, root))), int(Qt::ItemIsDropEnabled));
     QCOMPARE(int(model.flags(model.createIndex(0, 0, nullptr))),
-        int(Qt::ItemIsSelectable | Qt::ItemIsDropEnabled | Qt::ItemIsEnabled));
+             int(Qt::ItemIsSelectable | Qt::ItemIsDropEnabled | Qt::ItemIsEnabled));
     Item odd;
     odd.type = ItemType(7);
     QCOMPARE(int(model.flags(model.createIndex(0, 0, &odd))), int(Qt::NoItemFlags));
@@ -1792,7 +1783,8 @@ void TestEditorModel::collisionCountsFollowEdits()
         body += "  <tag name=\"T" + QByteArray::number(i % 25) + "\" id=\"0x" + QByteArray::number(0x1000 + i % 30, 16)
             + "\">\n    <enums>\n";
         for (int k = 0; k < 6; ++k)
-            body += "      <enum name=\"" + names.at(1 + k % 3).toLatin1() + "\" id=\"" + QByteArray::number(k % 4) + "\"/>\n";
+            body += "      <enum name=\"" + names.at(1 + k % 3).toLatin1() + "\" id=\"" + QByteArray::number(k % 4)
+                + "\"/>\n";
         body += "    </enums>\n  </tag>\n";
     }
     Fixture f(document(body));

@@ -305,7 +305,7 @@ void RandomWalk::step()
             const bool merged
                 = f.stack.count() > before && f.stack.text(f.stack.count() - 1) == QLatin1String("Merge data");
             count(QStringLiteral("paste ") + TreeText::typeName(m_clipboardKind)
-                + (merged ? QStringLiteral(" merged") : QString()));
+                  + (merged ? QStringLiteral(" merged") : QString()));
         }
     } else if (op < 86) {
         QMimeData mime;
@@ -381,7 +381,8 @@ void TestEditorRandom::randomEdits_data()
     QTest::newRow("editing file, seed 1") << QStringLiteral(ZAT16_TEST_DATA "/editor/editing.zatdef") << 1u << 2500;
     QTest::newRow("editing file, seed 4242")
         << QStringLiteral(ZAT16_TEST_DATA "/editor/editing.zatdef") << 4242u << 2500;
-    QTest::newRow("weather station, seed 99") << QStringLiteral(ZAT16_EXAMPLES "/weather-station.zatdef") << 99u << 2500;
+    QTest::newRow("weather station, seed 99")
+        << QStringLiteral(ZAT16_EXAMPLES "/weather-station.zatdef") << 99u << 2500;
 }
 
 void TestEditorRandom::randomEdits()
@@ -448,7 +449,7 @@ void TestEditorRandom::randomEdits()
         summary << QStringLiteral("%1: %2").arg(it.key()).arg(it.value());
     for (const QString &what : expected)
         QVERIFY2(walk.counts.value(what) > 0,
-            qPrintable(what + QStringLiteral(" never happened; ") + summary.join(QStringLiteral(", "))));
+                 qPrintable(what + QStringLiteral(" never happened; ") + summary.join(QStringLiteral(", "))));
     qInfo("%d commands; %s", f.stack.count(), qPrintable(summary.join(QStringLiteral(", "))));
 
     // The walk may end with undone commands on the stack: "final" is the state it ended in,

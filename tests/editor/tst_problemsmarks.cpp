@@ -132,7 +132,8 @@ private slots:
                 listed.insert(problem.item);
         }
         for (const Item *item : red)
-            QVERIFY2(listed.contains(item), qPrintable(QStringLiteral("marked, not listed: ") + Problems::describe(item)));
+            QVERIFY2(listed.contains(item),
+                     qPrintable(QStringLiteral("marked, not listed: ") + Problems::describe(item)));
         for (const Item *item : listed)
             QVERIFY2(red.contains(item), qPrintable(QStringLiteral("listed, not marked: ") + Problems::describe(item)));
         m_marked += red.size();

@@ -107,7 +107,8 @@ int replay(int argc, char **argv)
 
 } // namespace
 
-class TestFuzzRegressions : public QObject {
+class TestFuzzRegressions : public QObject
+{
     Q_OBJECT
 
 private slots:

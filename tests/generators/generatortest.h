@@ -66,14 +66,14 @@ inline QByteArray blanks(int count)
 }
 
 /// Fails the calling test with a readable diff when the bytes differ.
-#define COMPARE_OUTPUT(actual, expected)                                                                       \
-    do {                                                                                                       \
-        const QByteArray actual_ = (actual);                                                                   \
-        const QByteArray expected_ = (expected);                                                               \
-        if (actual_ != expected_)                                                                              \
-            QFAIL(("output differs from the expected text (\"$\" marks line ends):\n"                          \
-                   + TestDiff::unifiedDiff(expected_, actual_, TestDiff::MarkedLineEnds))                      \
-                      .constData());                                                                           \
+#define COMPARE_OUTPUT(actual, expected)                                                                               \
+    do {                                                                                                               \
+        const QByteArray actual_ = (actual);                                                                           \
+        const QByteArray expected_ = (expected);                                                                       \
+        if (actual_ != expected_)                                                                                      \
+            QFAIL(("output differs from the expected text (\"$\" marks line ends):\n"                                  \
+                   + TestDiff::unifiedDiff(expected_, actual_, TestDiff::MarkedLineEnds))                              \
+                      .constData());                                                                                   \
     } while (false)
 
 } // namespace GeneratorTest

@@ -64,8 +64,8 @@ QList<Listed> listedTags(const Item *root)
         const int row = root->findBut(unsigned(answer), nullptr);
         if (written.contains(tag->id) || written.contains(answer) || row < 0)
             continue;
-        listed.append({tag, true});
-        listed.append({root->child(row), true});
+        listed.append({ tag, true });
+        listed.append({ root->child(row), true });
         written << tag->id << answer;
     }
     for (int pass = 0; pass < 2; ++pass) {
@@ -74,7 +74,7 @@ QList<Listed> listedTags(const Item *root)
                 continue;
             const bool nested = ((tag->id >> 12) & 0xF) >= 12;
             if (nested == (pass == 0)) {
-                listed.append({tag, nested});
+                listed.append({ tag, nested });
                 written << tag->id;
             }
         }
@@ -142,35 +142,35 @@ struct Macro {
 QList<Macro> expectedMacros(const Item *root)
 {
     QList<Macro> macros = {
-        {QStringLiteral("ZAT16DT_Binary"), 0},    {QStringLiteral("ZAT16DT_Integer"), 1},
-        {QStringLiteral("ZAT16DT_Bool"), 2},      {QStringLiteral("ZAT16DT_String"), 3},
-        {QStringLiteral("ZAT16DT_Date"), 4},      {QStringLiteral("ZAT16DT_Time"), 5},
-        {QStringLiteral("ZAT16DT_DateTime"), 6},  {QStringLiteral("ZAT16DT_BitArray"), 7},
-        {QStringLiteral("ZAT16DT_NetworkAddress"), 9},
-        {QStringLiteral("ZAT16DT_List"), 12},     {QStringLiteral("ZAT16DT_Request"), 13},
-        {QStringLiteral("ZAT16DT_Answer"), 14},   {QStringLiteral("ZAT16DT_Message"), 15},
-        {QStringLiteral("ZAT16DT_ExtPoint"), 0x80}, {QStringLiteral("ZAT16DT_ExtRect"), 0x81},
-        {QStringLiteral("ZAT16DT_ExtSize"), 0x82},
+        { QStringLiteral("ZAT16DT_Binary"), 0 },         { QStringLiteral("ZAT16DT_Integer"), 1 },
+        { QStringLiteral("ZAT16DT_Bool"), 2 },           { QStringLiteral("ZAT16DT_String"), 3 },
+        { QStringLiteral("ZAT16DT_Date"), 4 },           { QStringLiteral("ZAT16DT_Time"), 5 },
+        { QStringLiteral("ZAT16DT_DateTime"), 6 },       { QStringLiteral("ZAT16DT_BitArray"), 7 },
+        { QStringLiteral("ZAT16DT_NetworkAddress"), 9 }, { QStringLiteral("ZAT16DT_List"), 12 },
+        { QStringLiteral("ZAT16DT_Request"), 13 },       { QStringLiteral("ZAT16DT_Answer"), 14 },
+        { QStringLiteral("ZAT16DT_Message"), 15 },       { QStringLiteral("ZAT16DT_ExtPoint"), 0x80 },
+        { QStringLiteral("ZAT16DT_ExtRect"), 0x81 },     { QStringLiteral("ZAT16DT_ExtSize"), 0x82 },
     };
     for (const Listed &listed : listedTags(root))
-        macros.append({(listed.nested ? QStringLiteral("MSG_") : QStringLiteral("TAG_")) + listed.tag->name, listed.tag->id});
+        macros.append(
+            { (listed.nested ? QStringLiteral("MSG_") : QStringLiteral("TAG_")) + listed.tag->name, listed.tag->id });
     for (const Item *tag : validTags(root)) {
         const Item *enums = listOf(tag, Enums);
         if (!enums)
             continue;
         for (const Item *value : validChildren(enums, Enum)) {
             if (!value->name.isEmpty())
-                macros.append({QStringLiteral("ENU_") + tag->name + QLatin1Char('_') + value->name, value->id});
+                macros.append({ QStringLiteral("ENU_") + tag->name + QLatin1Char('_') + value->name, value->id });
         }
         if (const int count = runLength(enums))
-            macros.append({QStringLiteral("CNT_") + tag->name, quint64(count)});
+            macros.append({ QStringLiteral("CNT_") + tag->name, quint64(count) });
     }
     for (const Item *tag : validTags(root)) {
         const QList<const Item *> bits = validChildren(listOf(tag, Bits), Bit);
         for (const Item *bit : bits)
-            macros.append({QStringLiteral("BIT_") + tag->name + QLatin1Char('_') + bit->name, bit->id});
+            macros.append({ QStringLiteral("BIT_") + tag->name + QLatin1Char('_') + bit->name, bit->id });
         for (const Item *bit : bits)
-            macros.append({QStringLiteral("MSK_") + tag->name + QLatin1Char('_') + bit->name, mask64(bit->id)});
+            macros.append({ QStringLiteral("MSK_") + tag->name + QLatin1Char('_') + bit->name, mask64(bit->id) });
     }
     return macros;
 }
@@ -279,7 +279,7 @@ private:
         QTest::addColumn<QString>("path");
         QTest::newRow("worked example") << QStringLiteral(ZAT16_TEST_DATA "/generators/worked.zatdef");
         const QDir examples(QStringLiteral(ZAT16_EXAMPLES));
-        for (const QString &name : examples.entryList({QStringLiteral("*.zatdef")}, QDir::Files, QDir::Name))
+        for (const QString &name : examples.entryList({ QStringLiteral("*.zatdef") }, QDir::Files, QDir::Name))
             QTest::newRow(qPrintable(name)) << examples.filePath(name);
     }
 
@@ -299,7 +299,7 @@ private slots:
 
         // Every macro the header defines is one that is expected, and the other way round.
         const QList<Macro> macros = expectedMacros(root.get());
-        QStringList expectedNames{QStringLiteral("ZAT16_TAGS_H")};
+        QStringList expectedNames { QStringLiteral("ZAT16_TAGS_H") };
         for (const Macro &macro : macros)
             expectedNames << macro.name;
         QStringList definedNames;
@@ -308,24 +308,31 @@ private slots:
             definedNames << it.next().captured(1);
         QCOMPARE(definedNames, expectedNames);
 
-        QString program = QStringLiteral("#include <stdio.h>\n#include \"zat16_tags.h\"\n\n"
-                                          "static int failures;\n\n"
-                                          "static void check(const char *name, unsigned long long actual, unsigned long long expected)\n"
-                                          "{\n"
-                                          "    if (actual != expected) {\n"
-                                          "        printf(\"%s is %llu, expected %llu\\n\", name, actual, expected);\n"
-                                          "        ++failures;\n"
-                                          "    }\n"
-                                          "}\n\n"
-                                          "int main(void)\n{\n");
+        QString program = QStringLiteral(
+            "#include <stdio.h>\n#include \"zat16_tags.h\"\n\n"
+            "static int failures;\n\n"
+            "static void check(const char *name, unsigned long long actual, unsigned long long expected)\n"
+            "{\n"
+            "    if (actual != expected) {\n"
+            "        printf(\"%s is %llu, expected %llu\\n\", name, actual, expected);\n"
+            "        ++failures;\n"
+            "    }\n"
+            "}\n\n"
+            "int main(void)\n{\n");
         for (const Macro &macro : macros)
-            program += QStringLiteral("    check(\"%1\", (unsigned long long)(%1), %2);\n").arg(macro.name, ullLiteral(macro.value));
-        program += QStringLiteral("    printf(\"%d macros checked\\n\", %1);\n    return failures != 0;\n}\n").arg(macros.size());
+            program += QStringLiteral("    check(\"%1\", (unsigned long long)(%1), %2);\n")
+                           .arg(macro.name, ullLiteral(macro.value));
+        program += QStringLiteral("    printf(\"%d macros checked\\n\", %1);\n    return failures != 0;\n}\n")
+                       .arg(macros.size());
         QVERIFY(GeneratorTest::writeFile(dir.filePath(QStringLiteral("check.c")), program.toUtf8()));
 
         const Run compile = runProgram(QStringLiteral("cc"),
-                                       {QStringLiteral("-std=c99"), QStringLiteral("-Wall"), QStringLiteral("-Werror"),
-                                        QStringLiteral("check.c"), QStringLiteral("-o"), QStringLiteral("check")},
+                                       { QStringLiteral("-std=c99"),
+                                         QStringLiteral("-Wall"),
+                                         QStringLiteral("-Werror"),
+                                         QStringLiteral("check.c"),
+                                         QStringLiteral("-o"),
+                                         QStringLiteral("check") },
                                        dir.path());
         QVERIFY2(compile.status == 0, compile.output.constData());
         const Run check = runProgram(dir.filePath(QStringLiteral("check")), {}, dir.path());
@@ -380,7 +387,8 @@ private slots:
             }
         }
         script += QStringLiteral("local tables = 0\nfor _ in pairs(zat16) do tables = tables + 1 end\n"
-                                 "if tables ~= %1 then print(\"zat16 has \" .. tables .. \" tables, expected %1\") failures = failures + 1 end\n"
+                                 "if tables ~= %1 then print(\"zat16 has \" .. tables .. \" tables, expected %1\") "
+                                 "failures = failures + 1 end\n"
                                  "print(entries .. \" entries checked\")\n"
                                  "os.exit(failures == 0 and 0 or 1)\n")
                       .arg(tableCount);
@@ -389,7 +397,7 @@ private slots:
         int entryCount = 0;
         for (const auto &table : tables)
             entryCount += table.size();
-        const Run run = runProgram(QStringLiteral("lua5.4"), {QStringLiteral("check.lua")}, dir.path());
+        const Run run = runProgram(QStringLiteral("lua5.4"), { QStringLiteral("check.lua") }, dir.path());
         QVERIFY2(run.status == 0, run.output.constData());
         QCOMPARE(run.output, QByteArray::number(entryCount) + " entries checked\n");
     }
@@ -407,8 +415,10 @@ private slots:
         QVERIFY(GeneratorTest::writeFile(dir.filePath(QStringLiteral("Zat16.cs")),
                                          GeneratorTest::generate<WriterCs>(root.get())));
         const Run compile = runProgram(QStringLiteral("mcs"),
-                                       {QStringLiteral("-target:library"), QStringLiteral("-warnaserror+"),
-                                        QStringLiteral("-out:Zat16.dll"), QStringLiteral("Zat16.cs")},
+                                       { QStringLiteral("-target:library"),
+                                         QStringLiteral("-warnaserror+"),
+                                         QStringLiteral("-out:Zat16.dll"),
+                                         QStringLiteral("Zat16.cs") },
                                        dir.path());
         QVERIFY2(compile.status == 0, compile.output.constData());
         QVERIFY(QFileInfo::exists(dir.filePath(QStringLiteral("Zat16.dll"))));
@@ -434,17 +444,20 @@ private slots:
                            .arg(name, ullLiteral(value));
             ++checks;
         };
-        const QList<std::pair<QString, int>> types = {
-            {QStringLiteral("Binary"), 0}, {QStringLiteral("Integer"), 1}, {QStringLiteral("Bool"), 2},
-            {QStringLiteral("String"), 3}, {QStringLiteral("Date"), 4}, {QStringLiteral("Time"), 5},
-            {QStringLiteral("DateTime"), 6}, {QStringLiteral("BitArray"), 7}, {QStringLiteral("NetworkAddress"), 9},
-            {QStringLiteral("List"), 12}, {QStringLiteral("Request"), 13}, {QStringLiteral("Answer"), 14},
-            {QStringLiteral("Message"), 15}, {QStringLiteral("ExtPoint"), 0x80}, {QStringLiteral("ExtRect"), 0x81},
-            {QStringLiteral("ExtSize"), 0x82}};
+        const QList<std::pair<QString, int>> types
+            = { { QStringLiteral("Binary"), 0 },         { QStringLiteral("Integer"), 1 },
+                { QStringLiteral("Bool"), 2 },           { QStringLiteral("String"), 3 },
+                { QStringLiteral("Date"), 4 },           { QStringLiteral("Time"), 5 },
+                { QStringLiteral("DateTime"), 6 },       { QStringLiteral("BitArray"), 7 },
+                { QStringLiteral("NetworkAddress"), 9 }, { QStringLiteral("List"), 12 },
+                { QStringLiteral("Request"), 13 },       { QStringLiteral("Answer"), 14 },
+                { QStringLiteral("Message"), 15 },       { QStringLiteral("ExtPoint"), 0x80 },
+                { QStringLiteral("ExtRect"), 0x81 },     { QStringLiteral("ExtSize"), 0x82 } };
         for (const auto &type : types)
             expect(QStringLiteral("Type::") + type.first, quint64(type.second));
         for (const Listed &listed : listedTags(root.get()))
-            expect((listed.nested ? QStringLiteral("Cmd::") : QStringLiteral("Tag::")) + listed.tag->name, listed.tag->id);
+            expect((listed.nested ? QStringLiteral("Cmd::") : QStringLiteral("Tag::")) + listed.tag->name,
+                   listed.tag->id);
         for (const Item *tag : validTags(root.get())) {
             const Item *enums = listOf(tag, Enums);
             const QList<const Item *> values = validChildren(enums, Enum);
@@ -463,14 +476,18 @@ private slots:
         QVERIFY(GeneratorTest::writeFile(dir.filePath(QStringLiteral("check.cpp")), program.toUtf8()));
 
         const Run compile = runProgram(QStringLiteral("c++"),
-                                       {QStringLiteral("-std=c++17"), QStringLiteral("-Wall"), QStringLiteral("-Werror"),
-                                        QStringLiteral("-fsyntax-only"), QStringLiteral("check.cpp")},
+                                       { QStringLiteral("-std=c++17"),
+                                         QStringLiteral("-Wall"),
+                                         QStringLiteral("-Werror"),
+                                         QStringLiteral("-fsyntax-only"),
+                                         QStringLiteral("check.cpp") },
                                        dir.path());
         const QStringList both = tagsWithBothGroups(root.get());
         if (!both.isEmpty()) {
-            QEXPECT_FAIL("", qPrintable(QStringLiteral("a tag with enumeration values and bits gets two namespaces "
-                                                       "with an enum T each (tags: %1)")
-                                            .arg(both.join(QStringLiteral(", ")))),
+            QEXPECT_FAIL("",
+                         qPrintable(QStringLiteral("a tag with enumeration values and bits gets two namespaces "
+                                                   "with an enum T each (tags: %1)")
+                                        .arg(both.join(QStringLiteral(", ")))),
                          Abort);
         }
         QVERIFY2(compile.status == 0, compile.output.constData());
@@ -496,10 +513,12 @@ private slots:
             "struct TagLookupTable {\n    unsigned code;\n    const NameLookupTable *table;\n};\n\n"
             "#include \"zat16_lookup.hpp\"\n\n"
             "static int failures;\n\n"
-            "static void row(const NameLookupTable *table, const char *tableName, int index, const char *name, long long value)\n"
+            "static void row(const NameLookupTable *table, const char *tableName, int index, const char *name, long "
+            "long value)\n"
             "{\n"
             "    const NameLookupTable &r = table[index];\n"
-            "    if (!name ? (r.name != nullptr || r.value != 0) : (!r.name || std::strcmp(r.name, name) != 0 || r.value != value)) {\n"
+            "    if (!name ? (r.name != nullptr || r.value != 0) : (!r.name || std::strcmp(r.name, name) != 0 || "
+            "r.value != value)) {\n"
             "        std::printf(\"%s[%d] is { %s, %lld }\\n\", tableName, index, r.name ? r.name : \"0\", r.value);\n"
             "        ++failures;\n"
             "    }\n"
@@ -528,19 +547,19 @@ private slots:
         };
         QList<std::pair<QString, quint64>> topLevel;
         for (const Listed &listed : listedTags(root.get()))
-            topLevel.append({listed.tag->name, listed.tag->id});
+            topLevel.append({ listed.tag->name, listed.tag->id });
         rows(QStringLiteral("ToplevelTags"), 0, topLevel);
         for (const Item *tag : validTags(root.get())) {
             QList<std::pair<QString, quint64>> entries;
             for (const Item *value : validChildren(listOf(tag, Enums), Enum))
-                entries.append({value->name, value->id});
+                entries.append({ value->name, value->id });
             if (!entries.isEmpty())
                 rows(tag->name, 1, entries);
         }
         for (const Item *tag : validTags(root.get())) {
             QList<std::pair<QString, quint64>> entries;
             for (const Item *bit : validChildren(listOf(tag, Bits), Bit))
-                entries.append({bit->name, bit->id});
+                entries.append({ bit->name, bit->id });
             if (!entries.isEmpty())
                 rows(tag->name, 2, entries);
         }
@@ -555,12 +574,17 @@ private slots:
                 program += QStringLiteral("    tag(%1, %2u, nameLookup%3);\n").arg(index++).arg(tag->id).arg(tag->name);
         }
         program += QStringLiteral("    tag(%1, 0, nullptr);\n").arg(index);
-        program += QStringLiteral("    std::printf(\"%1 rows checked\\n\");\n    return failures != 0;\n}\n").arg(checks + index + 1);
+        program += QStringLiteral("    std::printf(\"%1 rows checked\\n\");\n    return failures != 0;\n}\n")
+                       .arg(checks + index + 1);
         QVERIFY(GeneratorTest::writeFile(dir.filePath(QStringLiteral("check.cpp")), program.toUtf8()));
 
         const Run compile = runProgram(QStringLiteral("c++"),
-                                       {QStringLiteral("-std=c++17"), QStringLiteral("-Wall"), QStringLiteral("-Werror"),
-                                        QStringLiteral("check.cpp"), QStringLiteral("-o"), QStringLiteral("check")},
+                                       { QStringLiteral("-std=c++17"),
+                                         QStringLiteral("-Wall"),
+                                         QStringLiteral("-Werror"),
+                                         QStringLiteral("check.cpp"),
+                                         QStringLiteral("-o"),
+                                         QStringLiteral("check") },
                                        dir.path());
         QVERIFY2(compile.status == 0, compile.output.constData());
         const Run check = runProgram(dir.filePath(QStringLiteral("check")), {}, dir.path());

@@ -44,43 +44,38 @@ private slots:
             <tag name="InfoReply" id="0xE101"/>
             <tag name="Mode" id="0x1002"/>
             <tag name="Flags" id="0x7001"/>)")
-                                        << QStringLiteral("pairs: GetInfo InfoReply | nested:  | plain: Power Mode Flags");
+                                        << QStringLiteral(
+                                               "pairs: GetInfo InfoReply | nested:  | plain: Power Mode Flags");
         QTest::newRow("empty tree") << QByteArray() << QStringLiteral("pairs:  | nested:  | plain: ");
         QTest::newRow("answer before its request") << QByteArray(R"(
             <tag name="Reply" id="0xE005"/>
-            <tag name="Ask" id="0xD005"/>)")
-                                                   << QStringLiteral("pairs: Ask Reply | nested:  | plain: ");
+            <tag name="Ask" id="0xD005"/>)") << QStringLiteral("pairs: Ask Reply | nested:  | plain: ");
         QTest::newRow("request without answer, list, message, lone answer") << QByteArray(R"(
             <tag name="Plain" id="0x1001"/>
             <tag name="Ask" id="0xD001"/>
             <tag name="List" id="0xC001"/>
             <tag name="Lone" id="0xE077"/>
-            <tag name="Note" id="0xF001"/>)")
-                                                                            << QStringLiteral("pairs:  | nested: Ask List Lone Note | plain: Plain");
+            <tag name="Note" id="0xF001"/>)") << QStringLiteral("pairs:  | nested: Ask List Lone Note | plain: Plain");
         QTest::newRow("duplicate codes: first in pass order wins") << QByteArray(R"(
             <tag name="A" id="0x1001"/>
             <tag name="Ask" id="0xD001"/>
             <tag name="B" id="0x1001"/>
             <tag name="Again" id="0xD001"/>
             <tag name="Reply" id="0xE001"/>
-            <tag name="Reply2" id="0xE001"/>)")
-                                                                   << QStringLiteral("pairs: Ask Reply | nested:  | plain: A");
+            <tag name="Reply2" id="0xE001"/>)") << QStringLiteral("pairs: Ask Reply | nested:  | plain: A");
         QTest::newRow("answer is the first child with the code, even without a name") << QByteArray(R"(
             <tag id="0xE002"/>
             <tag name="Ask" id="0xD002"/>
-            <tag name="Reply" id="0xE002"/>)")
-                                                                                      << QStringLiteral("pairs: Ask 0xE002 | nested:  | plain: ");
+            <tag name="Reply" id="0xE002"/>)") << QStringLiteral("pairs: Ask 0xE002 | nested:  | plain: ");
         QTest::newRow("invalid tags are left out") << QByteArray(R"(
             <tag name="NoCode"/>
             <tag id="0x1005"/>
             <!-- a comment -->
 
-            <tag name="Good" id="0x1006"/>)")
-                                                   << QStringLiteral("pairs:  | nested:  | plain: Good");
+            <tag name="Good" id="0x1006"/>)") << QStringLiteral("pairs:  | nested:  | plain: Good");
         QTest::newRow("extended types are plain") << QByteArray(R"(
             <tag name="Point" id="0x8001"/>
-            <tag name="Size" id="0x8201"/>)")
-                                                  << QStringLiteral("pairs:  | nested:  | plain: Point Size");
+            <tag name="Size" id="0x8201"/>)") << QStringLiteral("pairs:  | nested:  | plain: Point Size");
     }
 
     void listing()
@@ -92,10 +87,7 @@ private slots:
         QCOMPARE(render(root.get()), expected);
     }
 
-    void nullRoot()
-    {
-        QCOMPARE(render(nullptr), QStringLiteral("pairs:  | nested:  | plain: "));
-    }
+    void nullRoot() { QCOMPARE(render(nullptr), QStringLiteral("pairs:  | nested:  | plain: ")); }
 
     // Each request looks up its answer in a hash, not by walking the root: many requests with
     // answers at the very end stay fast.

@@ -95,7 +95,7 @@ private slots:
         QVERIFY(!writer.device);
         QCOMPARE(GeneratorTest::readFile(path), QByteArray("generated text \xc3\xa4\n"));
         // Straight to the destination: no temporary or backup file beside it.
-        QCOMPARE(entries(dir.path()), QStringList{QStringLiteral("out.txt")});
+        QCOMPARE(entries(dir.path()), QStringList { QStringLiteral("out.txt") });
     }
 
     void writeReturnsTheWritersResult()
@@ -168,7 +168,8 @@ private slots:
         writer.errorWhileWriting = QStringLiteral("Disk full");
         writer.result = false;
         QVERIFY(!writer.write(&root, path));
-        QCOMPARE(writer.formatErrorWhileWriting, QStringLiteral("Error writing ") + path + QStringLiteral(":\n  Disk full"));
+        QCOMPARE(writer.formatErrorWhileWriting,
+                 QStringLiteral("Error writing ") + path + QStringLiteral(":\n  Disk full"));
         // The file name is cleared when the write ends, so afterwards the error stands alone.
         QCOMPARE(writer.formatError(), QStringLiteral("Disk full"));
     }
@@ -221,7 +222,8 @@ private slots:
         QVERIFY(QFile::link(QStringLiteral("/dev/full"), path));
         RecordingWriter writer;
         QVERIFY(!writer.write(nullptr, path));
-        QCOMPARE(writer.formatError(), QStringLiteral("Error writing ") + path + QStringLiteral(":\n  No space left on device"));
+        QCOMPARE(writer.formatError(),
+                 QStringLiteral("Error writing ") + path + QStringLiteral(":\n  No space left on device"));
     }
 
     void failedWriterGetsAMessage()

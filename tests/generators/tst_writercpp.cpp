@@ -113,23 +113,24 @@ private slots:
 
     void enumsNotARun()
     {
-        COMPARE_OUTPUT(cpp(R"(<tag name="M" id="0x1001"><enums display="x"><enum name="A" id="2"/><enum name="B" id="5"/></enums></tag>)"),
-                       guard + headWithoutCommands
-                           + "  namespace Tag {\n"
-                             "    enum T {\n"
-                             "      M                                                = 0x1001,\n"
-                             "    };\n"
-                             "  }\n"
-                             "\n"
-                             "  namespace M {\n"
-                             "    enum T {\n"
-                             "      A                                                = 0x2,\n"
-                             "      B                                                = 0x5,\n"
-                             "    };\n"
-                             "  };\n"
-                             "}\n"
-                             "\n"
-                             "#endif\n");
+        COMPARE_OUTPUT(
+            cpp(R"(<tag name="M" id="0x1001"><enums display="x"><enum name="A" id="2"/><enum name="B" id="5"/></enums></tag>)"),
+            guard + headWithoutCommands
+                + "  namespace Tag {\n"
+                  "    enum T {\n"
+                  "      M                                                = 0x1001,\n"
+                  "    };\n"
+                  "  }\n"
+                  "\n"
+                  "  namespace M {\n"
+                  "    enum T {\n"
+                  "      A                                                = 0x2,\n"
+                  "      B                                                = 0x5,\n"
+                  "    };\n"
+                  "  };\n"
+                  "}\n"
+                  "\n"
+                  "#endif\n");
     }
 
     void listsWithoutValidEntriesWriteNothing()

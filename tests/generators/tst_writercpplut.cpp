@@ -55,41 +55,42 @@ const QByteArray smallTree = R"(<tag name="Ask" id="0xD001"/>
                                 <tag name="F" id="0x7001"><bits><bit name="A" id="0"/></bits></tag>)";
 
 // smallTree with the name suffix "_e", without the guard and "#endif".
-const QByteArray smallTreeWithSuffix = "namespace ZAT16 {\n"
-                                       "\n"
-                                       "  static const NameLookupTable nameLookupToplevelTags[] = {\n"
-                                       "    { \"ToplevelTags\", 0 }, // Name and type of the lookup table\n"
-                                       "    { \"Ask_e\",                                         0xD001 }, // Request\n"
-                                       "    { \"Reply_e\",                                       0xE001 }, // Answer\n"
-                                       "\n"
-                                       "    { \"Mode_e\",                                        0x1001 }, // Integer\n"
-                                       "    { \"F_e\",                                           0x7001 }, // BitArray\n"
-                                       "    { 0, 0 },\n"
-                                       "  };\n"
-                                       "\n"
-                                       "  static const NameLookupTable nameLookupMode[] = {\n"
-                                       "    { \"Mode\", 1 }, // Name and type of the lookup table\n"
-                                       "    { \"Off_e\",                                         0 },\n"
-                                       "    { \"On_e\",                                          1 },\n"
-                                       "    { 0, 0 },\n"
-                                       "  };\n"
-                                       "\n"
-                                       "  static const NameLookupTable nameLookupF[] = {\n"
-                                       "    { \"F\", 2 }, // Name and type of the lookup table\n"
-                                       "    { \"A_e\",                                           0 },\n"
-                                       "    { 0, 0 },\n"
-                                       "  };\n"
-                                       "\n"
-                                       "  static const TagLookupTable tagLookup[] = {\n"
-                                       "    {    ~0U, nameLookupToplevelTags                     },\n"
-                                       "    { 0x1001, nameLookupMode                             },\n"
-                                       "    { 0x7001, nameLookupF                                },\n"
-                                       "    { 0x7001, nameLookupF                                },\n"
-                                       "    { 0, 0 },\n"
-                                       "  };\n"
-                                       "\n"
-                                       "}\n"
-                                       "\n";
+const QByteArray smallTreeWithSuffix
+    = "namespace ZAT16 {\n"
+      "\n"
+      "  static const NameLookupTable nameLookupToplevelTags[] = {\n"
+      "    { \"ToplevelTags\", 0 }, // Name and type of the lookup table\n"
+      "    { \"Ask_e\",                                         0xD001 }, // Request\n"
+      "    { \"Reply_e\",                                       0xE001 }, // Answer\n"
+      "\n"
+      "    { \"Mode_e\",                                        0x1001 }, // Integer\n"
+      "    { \"F_e\",                                           0x7001 }, // BitArray\n"
+      "    { 0, 0 },\n"
+      "  };\n"
+      "\n"
+      "  static const NameLookupTable nameLookupMode[] = {\n"
+      "    { \"Mode\", 1 }, // Name and type of the lookup table\n"
+      "    { \"Off_e\",                                         0 },\n"
+      "    { \"On_e\",                                          1 },\n"
+      "    { 0, 0 },\n"
+      "  };\n"
+      "\n"
+      "  static const NameLookupTable nameLookupF[] = {\n"
+      "    { \"F\", 2 }, // Name and type of the lookup table\n"
+      "    { \"A_e\",                                           0 },\n"
+      "    { 0, 0 },\n"
+      "  };\n"
+      "\n"
+      "  static const TagLookupTable tagLookup[] = {\n"
+      "    {    ~0U, nameLookupToplevelTags                     },\n"
+      "    { 0x1001, nameLookupMode                             },\n"
+      "    { 0x7001, nameLookupF                                },\n"
+      "    { 0x7001, nameLookupF                                },\n"
+      "    { 0, 0 },\n"
+      "  };\n"
+      "\n"
+      "}\n"
+      "\n";
 
 } // namespace
 
@@ -186,28 +187,29 @@ private slots:
 
     void enumsInTheirFormatAndNamelessValues()
     {
-        COMPARE_OUTPUT(lut(R"(<tag name="M" id="0x1001"><enums display="x"><enum name="A" id="2"/><enum id="5"/></enums></tag>)"),
-                       guard + topLevelHeader
-                           + "    { \"M\",                                             0x1001 }, // Integer\n"
-                             "    { 0, 0 },\n"
-                             "  };\n"
-                             "\n"
-                             "  static const NameLookupTable nameLookupM[] = {\n"
-                             "    { \"M\", 1 }, // Name and type of the lookup table\n"
-                             "    { \"A\",                                             0x2 },\n"
-                             "    { \"\",                                              0x5 },\n"
-                             "    { 0, 0 },\n"
-                             "  };\n"
-                             "\n"
-                             "  static const TagLookupTable tagLookup[] = {\n"
-                             "    {    ~0U, nameLookupToplevelTags                     },\n"
-                             "    { 0x1001, nameLookupM                                },\n"
-                             "    { 0, 0 },\n"
-                             "  };\n"
-                             "\n"
-                             "}\n"
-                             "\n"
-                             "#endif\n");
+        COMPARE_OUTPUT(
+            lut(R"(<tag name="M" id="0x1001"><enums display="x"><enum name="A" id="2"/><enum id="5"/></enums></tag>)"),
+            guard + topLevelHeader
+                + "    { \"M\",                                             0x1001 }, // Integer\n"
+                  "    { 0, 0 },\n"
+                  "  };\n"
+                  "\n"
+                  "  static const NameLookupTable nameLookupM[] = {\n"
+                  "    { \"M\", 1 }, // Name and type of the lookup table\n"
+                  "    { \"A\",                                             0x2 },\n"
+                  "    { \"\",                                              0x5 },\n"
+                  "    { 0, 0 },\n"
+                  "  };\n"
+                  "\n"
+                  "  static const TagLookupTable tagLookup[] = {\n"
+                  "    {    ~0U, nameLookupToplevelTags                     },\n"
+                  "    { 0x1001, nameLookupM                                },\n"
+                  "    { 0, 0 },\n"
+                  "  };\n"
+                  "\n"
+                  "}\n"
+                  "\n"
+                  "#endif\n");
     }
 
     void longName()
@@ -227,8 +229,8 @@ private slots:
         QTest::addColumn<QString>("prologue");
         QTest::addColumn<QString>("epilogue");
         QTest::addColumn<QByteArray>("expected");
-        QTest::newRow("prologue only: ends with the namespace") << QStringLiteral("#pragma once\n") << QString()
-                                                                << "#pragma once\n" + smallTreeWithSuffix;
+        QTest::newRow("prologue only: ends with the namespace")
+            << QStringLiteral("#pragma once\n") << QString() << "#pragma once\n" + smallTreeWithSuffix;
         QTest::newRow("epilogue only") << QString() << QStringLiteral("// end\n") << smallTreeWithSuffix + "// end\n";
         QTest::newRow("both") << QStringLiteral("#pragma once\n") << QStringLiteral("// end\n")
                               << "#pragma once\n" + smallTreeWithSuffix + "// end\n";
@@ -253,8 +255,9 @@ private slots:
     {
         Item root;
         root.type = Root;
-        const QByteArray output = GeneratorTest::generate<WriterCppLut>(
-            &root, [](WriterCppLut &writer) { writer.prologue = QStringLiteral("#pragma once\n"); });
+        const QByteArray output = GeneratorTest::generate<WriterCppLut>(&root, [](WriterCppLut &writer) {
+            writer.prologue = QStringLiteral("#pragma once\n");
+        });
         COMPARE_OUTPUT(output, "#pragma once\n" + emptyBody);
         QVERIFY(output.endsWith("}\n\n"));
         QVERIFY(!output.contains("#endif"));

@@ -10,14 +10,15 @@ using GeneratorTest::blanks;
 
 namespace {
 
-const QByteArray opening =
-    "#ifndef ZAT16_TAGS_H  /* Automagically generated -- do not edit */\n#define ZAT16_TAGS_H\n\n#define "
-    "ZAT16DT_Binary           0\n#define ZAT16DT_Integer          1\n#define ZAT16DT_Bool             2\n#define "
-    "ZAT16DT_String           3\n#define ZAT16DT_Date             4\n#define ZAT16DT_Time             5\n#define "
-    "ZAT16DT_DateTime         6\n#define ZAT16DT_BitArray         7\n#define ZAT16DT_NetworkAddress   9\n\n#define "
-    "ZAT16DT_List             12\n#define ZAT16DT_Request          13\n#define ZAT16DT_Answer           14\n#define "
-    "ZAT16DT_Message          15\n\n#define ZAT16DT_ExtPoint         0x80\n#define ZAT16DT_ExtRect          0x81\n#define "
-    "ZAT16DT_ExtSize          0x82\n\n";
+const QByteArray opening
+    = "#ifndef ZAT16_TAGS_H  /* Automagically generated -- do not edit */\n#define ZAT16_TAGS_H\n\n#define "
+      "ZAT16DT_Binary           0\n#define ZAT16DT_Integer          1\n#define ZAT16DT_Bool             2\n#define "
+      "ZAT16DT_String           3\n#define ZAT16DT_Date             4\n#define ZAT16DT_Time             5\n#define "
+      "ZAT16DT_DateTime         6\n#define ZAT16DT_BitArray         7\n#define ZAT16DT_NetworkAddress   9\n\n#define "
+      "ZAT16DT_List             12\n#define ZAT16DT_Request          13\n#define ZAT16DT_Answer           14\n#define "
+      "ZAT16DT_Message          15\n\n#define ZAT16DT_ExtPoint         0x80\n#define ZAT16DT_ExtRect          "
+      "0x81\n#define "
+      "ZAT16DT_ExtSize          0x82\n\n";
 
 QByteArray header(const QByteArray &tags)
 {
@@ -133,17 +134,28 @@ private slots:
         QTest::addColumn<int>("highest");
         QTest::addColumn<QString>("lowMask");
         QTest::addColumn<QString>("highMask");
-        QTest::newRow("bit 7: two digits") << 7 << "0x01" << "0x80";
-        QTest::newRow("bit 8: three digits") << 8 << "0x001" << "0x100";
-        QTest::newRow("bit 11: three digits") << 11 << "0x001" << "0x800";
-        QTest::newRow("bit 15: four digits") << 15 << "0x0001" << "0x8000";
-        QTest::newRow("bit 19: five digits") << 19 << "0x00001" << "0x80000";
-        QTest::newRow("bit 23: six digits") << 23 << "0x000001" << "0x800000";
-        QTest::newRow("bit 24: eight digits") << 24 << "0x00000001" << "0x01000000";
-        QTest::newRow("bit 31: eight digits") << 31 << "0x00000001" << "0x80000000";
-        QTest::newRow("bit 32: zero mask") << 32 << "0x00000001" << "0x00000000";
-        QTest::newRow("bit 63: zero mask") << 63 << "0x00000001" << "0x00000000";
-        QTest::newRow("bit 64: wraps to bit 0") << 64 << "0x00000001" << "0x00000001";
+        QTest::newRow("bit 7: two digits") << 7 << "0x01"
+                                           << "0x80";
+        QTest::newRow("bit 8: three digits") << 8 << "0x001"
+                                             << "0x100";
+        QTest::newRow("bit 11: three digits") << 11 << "0x001"
+                                              << "0x800";
+        QTest::newRow("bit 15: four digits") << 15 << "0x0001"
+                                             << "0x8000";
+        QTest::newRow("bit 19: five digits") << 19 << "0x00001"
+                                             << "0x80000";
+        QTest::newRow("bit 23: six digits") << 23 << "0x000001"
+                                            << "0x800000";
+        QTest::newRow("bit 24: eight digits") << 24 << "0x00000001"
+                                              << "0x01000000";
+        QTest::newRow("bit 31: eight digits") << 31 << "0x00000001"
+                                              << "0x80000000";
+        QTest::newRow("bit 32: zero mask") << 32 << "0x00000001"
+                                           << "0x00000000";
+        QTest::newRow("bit 63: zero mask") << 63 << "0x00000001"
+                                           << "0x00000000";
+        QTest::newRow("bit 64: wraps to bit 0") << 64 << "0x00000001"
+                                                << "0x00000001";
     }
 
     void maskWidth()

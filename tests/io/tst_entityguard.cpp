@@ -106,10 +106,10 @@ void TestEntityGuard::declarationAnywhere_data()
         int unitSize;
         bool bigEndian;
     } encodings[] = { { "8-bit", 1, false },
-        { "UTF-16LE", 2, false },
-        { "UTF-16BE", 2, true },
-        { "UTF-32LE", 4, false },
-        { "UTF-32BE", 4, true } };
+                      { "UTF-16LE", 2, false },
+                      { "UTF-16BE", 2, true },
+                      { "UTF-32LE", 4, false },
+                      { "UTF-32BE", 4, true } };
     for (const auto &encoding : encodings) {
         QTest::addRow("entity, %s", encoding.name)
             << QByteArray("<!ENTITY") << QByteArray("<!ENTIT")
@@ -136,7 +136,8 @@ void TestEntityGuard::declarationAnywhere()
     const QByteArray before = encoded("<a><!-- " + cutShort + " --><b/>", unitSize, bigEndian);
     for (int chunk : chunks) {
         for (int offset = 0; offset < 80; ++offset) {
-            const QByteArray input = QByteArray(offset, ' ') + before + pattern + encoded(" a \"b\">", unitSize, bigEndian);
+            const QByteArray input
+                = QByteArray(offset, ' ') + before + pattern + encoded(" a \"b\">", unitSize, bigEndian);
             const ReadResult result = readThrough(input, chunk);
             const QByteArray where = QByteArray::number(chunk) + "/" + QByteArray::number(offset);
             QVERIFY2(result.tripped, where.constData());

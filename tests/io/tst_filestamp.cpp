@@ -1,8 +1,8 @@
 // What a file was when it was read or written, and whether it still is.
 
-#include "testfiles.h"
 #include "filestamp.h"
 #include "parser.h"
+#include "testfiles.h"
 
 #include <QtTest>
 
@@ -66,7 +66,8 @@ private slots:
         QVERIFY(!before.sameContent(FileStamp::ofFile(m_dir.filePath(QStringLiteral("gone")))));
         QVERIFY(!before.sameContent(FileStamp()));
         QVERIFY(!FileStamp().sameContent(FileStamp()));
-        QVERIFY(FileStamp::ofFile(m_dir.filePath(QStringLiteral("x"))).sameContent(FileStamp::ofFile(m_dir.filePath(QStringLiteral("y")))));
+        QVERIFY(FileStamp::ofFile(m_dir.filePath(QStringLiteral("x")))
+                    .sameContent(FileStamp::ofFile(m_dir.filePath(QStringLiteral("y")))));
     }
 
     // The stamp of a parse is taken from the file that was read, even when its name has been

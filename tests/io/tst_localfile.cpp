@@ -28,10 +28,12 @@ private slots:
     {
         QTest::addColumn<QByteArray>("name");
         QTest::newRow("ASCII") << QByteArray("defs.zatdef");
-        QTest::newRow("UTF-8") << QByteArray("d\xC3\xA9""fs-\xE2\x82\xAC-\xF0\x9F\x98\x80.h");
+        QTest::newRow("UTF-8") << QByteArray("d\xC3\xA9"
+                                             "fs-\xE2\x82\xAC-\xF0\x9F\x98\x80.h");
         QTest::newRow("a lone byte") << QByteArray("out\xFE.h");
         QTest::newRow("a cut sequence") << QByteArray("\xE2\x82");
-        QTest::newRow("an overlong slash") << QByteArray("a\xC0\xAF" "b");
+        QTest::newRow("an overlong slash") << QByteArray("a\xC0\xAF"
+                                                         "b");
         QTest::newRow("an encoded surrogate") << QByteArray("\xED\xA0\x80");
         QTest::newRow("beyond U+10FFFF") << QByteArray("\xF4\x90\x80\x80");
         QByteArray all;
@@ -49,7 +51,8 @@ private slots:
     // Valid UTF-8 reads as Qt reads it; each byte that is not stands for itself.
     void decodingLikeQt()
     {
-        const QByteArray utf8("d\xC3\xA9""fs-\xF0\x9F\x98\x80");
+        const QByteArray utf8("d\xC3\xA9"
+                              "fs-\xF0\x9F\x98\x80");
         QCOMPARE(LocalFile::decodeName(utf8), QFile::decodeName(utf8));
         QCOMPARE(LocalFile::encodeName(QFile::decodeName(utf8)), QFile::encodeName(QFile::decodeName(utf8)));
         QCOMPARE(LocalFile::decodeName("out\xFE.h"), QStringLiteral("out") + QChar(0xDCFE) + QStringLiteral(".h"));

@@ -84,7 +84,8 @@ QByteArray inEnums(const QByteArray &line)
 
 // A parser whose grammar is a script of the test, so that the internal steps can be driven
 // directly.
-class DrivenParser : public Parser {
+class DrivenParser : public Parser
+{
 public:
     std::function<bool(DrivenParser &)> script;
 
@@ -117,7 +118,8 @@ bool readUntil(XmlParser &p, QXmlStreamReader::TokenType type)
         QCOMPARE(result.ok, expectedOk);                                                                               \
     } while (false)
 
-class TestParser : public QObject {
+class TestParser : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -232,21 +234,21 @@ void TestParser::fullFile()
                             "</zat16>\n";
     const Result result = parseText(data);
     CHECK_RESULT(result,
-        true,
-        "",
-        warningAt(12, 17, QStringLiteral("Comment inside <tag> is not kept")),
-        "Root Device comment=\"\n<!DOCTYPE zat16>\" display=3/0\n"
-        "  Tag <!-- general tags -->\n"
-        "  Tag Power id=0x2001 comment=\"on or off\" secure\n"
-        "    Bits\n"
-        "      Bit Low id=0x0\n"
-        "    Enums display=3/2\n"
-        "      Enum Off id=0x0\n"
-        "      Enum blank\n"
-        "      Enum <!-- the usual one -->\n"
-        "      Enum On id=0x1\n"
-        "  Tag blank\n"
-        "  Tag Mode id=0x1001\n");
+                 true,
+                 "",
+                 warningAt(12, 17, QStringLiteral("Comment inside <tag> is not kept")),
+                 "Root Device comment=\"\n<!DOCTYPE zat16>\" display=3/0\n"
+                 "  Tag <!-- general tags -->\n"
+                 "  Tag Power id=0x2001 comment=\"on or off\" secure\n"
+                 "    Bits\n"
+                 "      Bit Low id=0x0\n"
+                 "    Enums display=3/2\n"
+                 "      Enum Off id=0x0\n"
+                 "      Enum blank\n"
+                 "      Enum <!-- the usual one -->\n"
+                 "      Enum On id=0x1\n"
+                 "  Tag blank\n"
+                 "  Tag Mode id=0x1001\n");
 }
 
 void TestParser::constructionAndClear()
@@ -440,10 +442,10 @@ void TestParser::invalidId()
     const QByteArray valueLine = "<enum name=\"V\" id=\"" + id + "\"/>";
     const Result value = parseText(inEnums(valueLine));
     CHECK_RESULT(value,
-        false,
-        errorAt(4, 6 + QString::fromUtf8(valueLine).size(), QStringLiteral("(StartElement) Invalid ID")),
-        "",
-        "");
+                 false,
+                 errorAt(4, 6 + QString::fromUtf8(valueLine).size(), QStringLiteral("(StartElement) Invalid ID")),
+                 "",
+                 "");
 }
 
 void TestParser::identifierErrors_data()
@@ -526,10 +528,10 @@ void TestParser::readerErrorSurvives()
                                     "  <foo><a></b></foo>\n"
                                     "</zat16>\n");
     CHECK_RESULT(result,
-        false,
-        errorAt(2, 14, QStringLiteral("Opening and ending tag mismatch.")),
-        warningAt(2, 7, QStringLiteral("Unexpected element <foo>.")),
-        "");
+                 false,
+                 errorAt(2, 14, QStringLiteral("Opening and ending tag mismatch.")),
+                 warningAt(2, 7, QStringLiteral("Unexpected element <foo>.")),
+                 "");
 }
 
 void TestParser::strayTextStopsWithWarning()
@@ -542,10 +544,10 @@ void TestParser::strayTextStopsWithWarning()
                                           "  <tag name=\"B\" id=\"0x1002\"/>\n"
                                           "</zat16>\n");
     CHECK_RESULT(inRootResult,
-        true,
-        "",
-        warningAt(4, 3, QStringLiteral("Unexpected characters encountered")),
-        "Root\n  Tag A id=0x1001\n");
+                 true,
+                 "",
+                 warningAt(4, 3, QStringLiteral("Unexpected characters encountered")),
+                 "Root\n  Tag A id=0x1001\n");
 
     const Result inTag = parseText("<zat16>\n"
                                    "  <tag name=\"A\" id=\"0x1001\"/>\n"
@@ -553,10 +555,10 @@ void TestParser::strayTextStopsWithWarning()
                                    "  <tag name=\"C\" id=\"0x1003\"/>\n"
                                    "</zat16>\n");
     CHECK_RESULT(inTag,
-        true,
-        "",
-        warningAt(3, 30, QStringLiteral("Unexpected characters encountered")),
-        "Root\n  Tag A id=0x1001\n");
+                 true,
+                 "",
+                 warningAt(3, 30, QStringLiteral("Unexpected characters encountered")),
+                 "Root\n  Tag A id=0x1001\n");
 }
 
 void TestParser::unexpectedElement()
@@ -577,11 +579,11 @@ void TestParser::unexpectedElementCaseSensitive()
                                     "  <TAG/>\n"
                                     "</zat16>\n");
     CHECK_RESULT(result,
-        true,
-        "",
-        warningAt(2, 17, QStringLiteral("Unexpected element <Tag>."))
-            + warningAt(3, 8, QStringLiteral("Unexpected element <TAG>.")),
-        "Root\n");
+                 true,
+                 "",
+                 warningAt(2, 17, QStringLiteral("Unexpected element <Tag>."))
+                     + warningAt(3, 8, QStringLiteral("Unexpected element <TAG>.")),
+                 "Root\n");
 }
 
 void TestParser::elementNotExpected_data()
@@ -651,7 +653,8 @@ void TestParser::doubleNumberAndName()
                                     "    <enums name=\"L\"/>\n"
                                     "  </tag>\n"
                                     "</zat16>\n");
-    CHECK_RESULT(result,
+    CHECK_RESULT(
+        result,
         true,
         "",
         warningAt(5, 31, QStringLiteral("Double number 0x5")) + warningAt(6, 29, QStringLiteral("Double name X"))
@@ -698,25 +701,25 @@ void TestParser::doubleInOtherListsIsFine()
                                     "  </tag>\n"
                                     "</zat16>\n");
     CHECK_RESULT(result,
-        true,
-        "",
-        "",
-        "Root\n"
-        "  Tag A id=0x1001\n"
-        "    Bits\n"
-        "      Bit X id=0x1\n"
-        "      Bit A id=0x1001\n"
-        "    Enums\n"
-        "      Enum X id=0x1\n"
-        "      Enum id=0x2\n"
-        "      Enum <!-- no name -->\n"
-        "      Enum id=0x3\n"
-        "    Enums\n"
-        "      Enum X id=0x1\n"
-        "    Enums\n"
-        "  Tag B id=0x1002\n"
-        "    Enums\n"
-        "      Enum X id=0x1\n");
+                 true,
+                 "",
+                 "",
+                 "Root\n"
+                 "  Tag A id=0x1001\n"
+                 "    Bits\n"
+                 "      Bit X id=0x1\n"
+                 "      Bit A id=0x1001\n"
+                 "    Enums\n"
+                 "      Enum X id=0x1\n"
+                 "      Enum id=0x2\n"
+                 "      Enum <!-- no name -->\n"
+                 "      Enum id=0x3\n"
+                 "    Enums\n"
+                 "      Enum X id=0x1\n"
+                 "    Enums\n"
+                 "  Tag B id=0x1002\n"
+                 "    Enums\n"
+                 "      Enum X id=0x1\n");
 }
 
 void TestParser::doubleNumberLooksAtLow32Bits()
@@ -728,16 +731,16 @@ void TestParser::doubleNumberLooksAtLow32Bits()
                                             "      <enum name=\"C\" id=\"-1\"/>\n"
                                             "      <enum name=\"D\" id=\"-1\"/>"));
     CHECK_RESULT(result,
-        true,
-        "",
-        warningAt(5, 39, QStringLiteral("Double number 0x100000005")),
-        "Root\n"
-        "  Tag T id=0x1001\n"
-        "    Enums\n"
-        "      Enum A id=0x5\n"
-        "      Enum B id=0x100000005\n"
-        "      Enum C id=0xFFFFFFFFFFFFFFFF\n"
-        "      Enum D id=0xFFFFFFFFFFFFFFFF\n");
+                 true,
+                 "",
+                 warningAt(5, 39, QStringLiteral("Double number 0x100000005")),
+                 "Root\n"
+                 "  Tag T id=0x1001\n"
+                 "    Enums\n"
+                 "      Enum A id=0x5\n"
+                 "      Enum B id=0x100000005\n"
+                 "      Enum C id=0xFFFFFFFFFFFFFFFF\n"
+                 "      Enum D id=0xFFFFFFFFFFFFFFFF\n");
 }
 
 void TestParser::doubleTagCodeAndName()
@@ -751,20 +754,20 @@ void TestParser::doubleTagCodeAndName()
                                     "  <tag comment=\"y\"/>\n"
                                     "</zat16>\n");
     CHECK_RESULT(result,
-        true,
-        "",
-        warningAt(3, 27, QStringLiteral("Double tag code 0x1001"))
-            + warningAt(4, 29, QStringLiteral("Double tag name A"))
-            + warningAt(5, 29, QStringLiteral("Double tag code 0x1002"))
-            + warningAt(5, 29, QStringLiteral("Double tag name B"))
-            + warningAt(7, 20, QStringLiteral("Double tag name ")),
-        "Root\n"
-        "  Tag A id=0x1001\n"
-        "  Tag B id=0x1001\n"
-        "  Tag A id=0x1002\n"
-        "  Tag B id=0x1002\n"
-        "  Tag <!--x-->\n"
-        "  Tag <!--y-->\n");
+                 true,
+                 "",
+                 warningAt(3, 27, QStringLiteral("Double tag code 0x1001"))
+                     + warningAt(4, 29, QStringLiteral("Double tag name A"))
+                     + warningAt(5, 29, QStringLiteral("Double tag code 0x1002"))
+                     + warningAt(5, 29, QStringLiteral("Double tag name B"))
+                     + warningAt(7, 20, QStringLiteral("Double tag name ")),
+                 "Root\n"
+                 "  Tag A id=0x1001\n"
+                 "  Tag B id=0x1001\n"
+                 "  Tag A id=0x1002\n"
+                 "  Tag B id=0x1002\n"
+                 "  Tag <!--x-->\n"
+                 "  Tag <!--y-->\n");
 }
 
 void TestParser::doubleTagCodeWithoutId()
@@ -775,10 +778,10 @@ void TestParser::doubleTagCodeWithoutId()
                                           "  <tag name=\"B\" id=\"0\"/>\n"
                                           "</zat16>\n");
     CHECK_RESULT(withoutFirst,
-        true,
-        "",
-        warningAt(3, 24, QStringLiteral("Double tag code 0x0000")),
-        "Root\n  Tag A\n  Tag B id=0x0\n");
+                 true,
+                 "",
+                 warningAt(3, 24, QStringLiteral("Double tag code 0x0000")),
+                 "Root\n  Tag A\n  Tag B id=0x0\n");
 
     const Result withoutSecond = parseText("<zat16>\n"
                                            "  <tag name=\"A\" id=\"0\"/>\n"
@@ -796,12 +799,12 @@ void TestParser::doubleTagAcrossFile()
                                     "  <tag name=\"B\" id=\"0x1002\"/>\n"
                                     "</zat16>\n");
     CHECK_RESULT(result,
-        true,
-        "",
-        warningAt(3, 31, QStringLiteral("Element <tag> not expected."))
-            + warningAt(5, 29, QStringLiteral("Double tag code 0x1002"))
-            + warningAt(5, 29, QStringLiteral("Double tag name B")),
-        "Root\n  Tag A id=0x1001\n    Tag B id=0x1002\n  Tag B id=0x1002\n");
+                 true,
+                 "",
+                 warningAt(3, 31, QStringLiteral("Element <tag> not expected."))
+                     + warningAt(5, 29, QStringLiteral("Double tag code 0x1002"))
+                     + warningAt(5, 29, QStringLiteral("Double tag name B")),
+                 "Root\n  Tag A id=0x1001\n    Tag B id=0x1002\n  Tag B id=0x1002\n");
 }
 
 void TestParser::doublesInListsLongAndShort_data()
@@ -866,15 +869,16 @@ void TestParser::doublesInListsLongAndShort()
 void TestParser::equalTextsShared()
 {
     Parser parser;
-    QVERIFY(parser.parse(QByteArray("<zat16>\n"
-                                    "  <tag name=\"A\" id=\"0x1001\">\n"
-                                    "    <enums><enum name=\"On\" id=\"1\" comment=\"state\"/><enum name=\"Off\" id=\"0\"/></enums>\n"
-                                    "  </tag>\n"
-                                    "  <tag name=\"B\" id=\"0x1002\">\n"
-                                    "    <bits><bit name=\"On\" id=\"0\" comment=\"state\"/><bit name=\"Two\" id=\"1\"/></bits>\n"
-                                    "    <enums><enum name=\"On\" id=\"1\" comment=\"\"/></enums>\n"
-                                    "  </tag>\n"
-                                    "</zat16>\n")));
+    QVERIFY(parser.parse(
+        QByteArray("<zat16>\n"
+                   "  <tag name=\"A\" id=\"0x1001\">\n"
+                   "    <enums><enum name=\"On\" id=\"1\" comment=\"state\"/><enum name=\"Off\" id=\"0\"/></enums>\n"
+                   "  </tag>\n"
+                   "  <tag name=\"B\" id=\"0x1002\">\n"
+                   "    <bits><bit name=\"On\" id=\"0\" comment=\"state\"/><bit name=\"Two\" id=\"1\"/></bits>\n"
+                   "    <enums><enum name=\"On\" id=\"1\" comment=\"\"/></enums>\n"
+                   "  </tag>\n"
+                   "</zat16>\n")));
     std::unique_ptr<Item> root(parser.takeRoot());
     const Item *first = root->child(0)->child(0)->child(0);
     const Item *bit = root->child(1)->child(0)->child(0);
@@ -949,14 +953,14 @@ void TestParser::blankLineBetweenTags()
 {
     QFETCH(QByteArray, between);
     QFETCH(bool, blank);
-    const Result result = parseText(
-        "<zat16>\n  <tag name=\"A\" id=\"0x1001\"/>" + between + "<tag name=\"B\" id=\"0x1002\"/>\n</zat16>\n");
+    const Result result = parseText("<zat16>\n  <tag name=\"A\" id=\"0x1001\"/>" + between
+                                    + "<tag name=\"B\" id=\"0x1002\"/>\n</zat16>\n");
     CHECK_RESULT(result,
-        true,
-        "",
-        "",
-        blank ? "Root\n  Tag A id=0x1001\n  Tag blank\n  Tag B id=0x1002\n"
-              : "Root\n  Tag A id=0x1001\n  Tag B id=0x1002\n");
+                 true,
+                 "",
+                 "",
+                 blank ? "Root\n  Tag A id=0x1001\n  Tag blank\n  Tag B id=0x1002\n"
+                       : "Root\n  Tag A id=0x1001\n  Tag B id=0x1002\n");
 }
 
 void TestParser::blankLinesInLists()
@@ -982,19 +986,19 @@ void TestParser::blankLinesInLists()
                                     "  </tag>\n"
                                     "</zat16>\n");
     CHECK_RESULT(result,
-        true,
-        "",
-        "",
-        "Root\n"
-        "  Tag A id=0x1001\n"
-        "    Bits\n"
-        "      Bit B0 id=0x0\n"
-        "      Bit blank\n"
-        "      Bit B1 id=0x1\n"
-        "    Enums\n"
-        "      Enum X id=0x1\n"
-        "      Enum blank\n"
-        "      Enum Y id=0x2\n");
+                 true,
+                 "",
+                 "",
+                 "Root\n"
+                 "  Tag A id=0x1001\n"
+                 "    Bits\n"
+                 "      Bit B0 id=0x0\n"
+                 "      Bit blank\n"
+                 "      Bit B1 id=0x1\n"
+                 "    Enums\n"
+                 "      Enum X id=0x1\n"
+                 "      Enum blank\n"
+                 "      Enum Y id=0x2\n");
 }
 
 void TestParser::blankLineNotAfterBlankLine_data()
@@ -1011,8 +1015,8 @@ void TestParser::blankLineNotAfterBlankLine()
 {
     QFETCH(QByteArray, between);
     QFETCH(QString, warnings);
-    const Result result = parseText(
-        "<zat16>\n  <tag name=\"A\" id=\"0x1001\"/>" + between + "<tag name=\"B\" id=\"0x1002\"/>\n</zat16>\n");
+    const Result result = parseText("<zat16>\n  <tag name=\"A\" id=\"0x1001\"/>" + between
+                                    + "<tag name=\"B\" id=\"0x1002\"/>\n</zat16>\n");
     CHECK_RESULT(result, true, "", warnings, "Root\n  Tag A id=0x1001\n  Tag blank\n  Tag B id=0x1002\n");
 }
 
@@ -1027,16 +1031,16 @@ void TestParser::blankLineAfterComment()
                                     "  <tag name=\"B\" id=\"0x1002\"/>\n"
                                     "</zat16>\n");
     CHECK_RESULT(result,
-        true,
-        "",
-        "",
-        "Root\n"
-        "  Tag <!-- first -->\n"
-        "  Tag blank\n"
-        "  Tag A id=0x1001\n"
-        "  Tag <!-- second -->\n"
-        "  Tag blank\n"
-        "  Tag B id=0x1002\n");
+                 true,
+                 "",
+                 "",
+                 "Root\n"
+                 "  Tag <!-- first -->\n"
+                 "  Tag blank\n"
+                 "  Tag A id=0x1001\n"
+                 "  Tag <!-- second -->\n"
+                 "  Tag blank\n"
+                 "  Tag B id=0x1002\n");
 }
 
 void TestParser::trailingBlankLineOfRootStays()
@@ -1064,15 +1068,15 @@ void TestParser::blankLinesInTagRemoved()
                                     "  <tag name=\"B\" id=\"0x1002\"/>\n"
                                     "</zat16>\n");
     CHECK_RESULT(result,
-        true,
-        "",
-        "",
-        "Root\n"
-        "  Tag A id=0x1001\n"
-        "    Bits\n"
-        "    Bits Second\n"
-        "    Enums\n"
-        "  Tag B id=0x1002\n");
+                 true,
+                 "",
+                 "",
+                 "Root\n"
+                 "  Tag A id=0x1001\n"
+                 "    Bits\n"
+                 "    Bits Second\n"
+                 "    Enums\n"
+                 "  Tag B id=0x1002\n");
 }
 
 void TestParser::comments()
@@ -1098,22 +1102,22 @@ void TestParser::comments()
                                     "</zat16>\n"
                                     "<!-- after the root -->\n");
     CHECK_RESULT(result,
-        true,
-        "",
-        warningAt(6, 26, QStringLiteral("Comment inside <tag> is not kept"))
-            + warningAt(12, 31, QStringLiteral("Comment inside <tag> is not kept")),
-        "Root\n"
-        "  Tag <!-- first -->\n"
-        "  Tag A id=0x1001\n"
-        "    Bits\n"
-        "      Bit <!-- b -->\n"
-        "      Bit B id=0x1\n"
-        "    Enums\n"
-        "      Enum <!-- e -->\n"
-        "      Enum X id=0x1\n"
-        "      Enum <!-- e2 -->\n"
-        "      Enum <!-- e3 -->\n"
-        "  Tag <!-- last -->\n");
+                 true,
+                 "",
+                 warningAt(6, 26, QStringLiteral("Comment inside <tag> is not kept"))
+                     + warningAt(12, 31, QStringLiteral("Comment inside <tag> is not kept")),
+                 "Root\n"
+                 "  Tag <!-- first -->\n"
+                 "  Tag A id=0x1001\n"
+                 "    Bits\n"
+                 "      Bit <!-- b -->\n"
+                 "      Bit B id=0x1\n"
+                 "    Enums\n"
+                 "      Enum <!-- e -->\n"
+                 "      Enum X id=0x1\n"
+                 "      Enum <!-- e2 -->\n"
+                 "      Enum <!-- e3 -->\n"
+                 "  Tag <!-- last -->\n");
 }
 
 void TestParser::commentTextUnchanged()
@@ -1150,17 +1154,17 @@ void TestParser::commentInsideTagWarned()
                                     "  <!-- kept -->\n"
                                     "</zat16>\n");
     CHECK_RESULT(result,
-        true,
-        "",
-        warningAt(3, 29, QStringLiteral("Comment inside <tag> is not kept"))
-            + warningAt(7, 20, QStringLiteral("Comment inside <tag> is not kept"))
-            + warningAt(9, 11, QStringLiteral("Comment inside <tag> is not kept")),
-        "Root\n"
-        "  Tag A id=0x1001\n"
-        "    Bits\n"
-        "    Enums\n"
-        "      Enum X id=0x1\n"
-        "  Tag <!-- kept -->\n");
+                 true,
+                 "",
+                 warningAt(3, 29, QStringLiteral("Comment inside <tag> is not kept"))
+                     + warningAt(7, 20, QStringLiteral("Comment inside <tag> is not kept"))
+                     + warningAt(9, 11, QStringLiteral("Comment inside <tag> is not kept")),
+                 "Root\n"
+                 "  Tag A id=0x1001\n"
+                 "    Bits\n"
+                 "    Enums\n"
+                 "      Enum X id=0x1\n"
+                 "  Tag <!-- kept -->\n");
 }
 
 void TestParser::commentInsideTopTagWarned()
@@ -1251,7 +1255,7 @@ void TestParser::display()
 
     Parser parser;
     QVERIFY2(parser.parse(inEnums("<enum name=\"V\" id=\"1\" display=\"" + value + "\"/>")),
-        qPrintable(parser.formatError()));
+             qPrintable(parser.formatError()));
     const Item *item = parser.root->child(0)->child(0)->child(0);
     QVERIFY(item);
     QCOMPARE(item->name, QStringLiteral("V"));
@@ -1314,7 +1318,7 @@ void TestParser::secureValues()
 
     Parser parser;
     QVERIFY2(parser.parse(inRoot("<tag name=\"A\" id=\"0x1001\" secure=\"" + value + "\"/>")),
-        qPrintable(parser.formatError()));
+             qPrintable(parser.formatError()));
     QCOMPARE(parser.root->child(0)->secure, secure);
 }
 
@@ -1324,7 +1328,7 @@ void TestParser::attributes()
     QVERIFY2(parser.parse(inRoot("<tag display=\"2u\" secure=\"true\" "
                                  "comment=\"a &amp; b &quot;q&quot;&#10;x&#9;y &lt;&gt; \xc3\xa4\" "
                                  "id=\"0x1A3\" name=\"Power_1\"/>")),
-        qPrintable(parser.formatError()));
+             qPrintable(parser.formatError()));
     const Item *tag = parser.root->child(0);
     QVERIFY(tag);
     QCOMPARE(tag->type, Tag);
@@ -1388,19 +1392,17 @@ void TestParser::unknownAttributesWarned_data()
             + warningAt(1, 49, QStringLiteral("Attribute \"xmlns:x\" is not kept"))
             + warningAt(1, 49, QStringLiteral("Attribute \"x:unit\" is not kept"))
         << "Root\n";
-    QTest::newRow("known name with a prefix")
-        << inRoot("<tag xmlns:x=\"urn:x\" x:name=\"A\" id=\"0x1001\"/>")
-        << warningAt(2, 47, QStringLiteral("Attribute \"xmlns:x\" is not kept"))
+    QTest::newRow("known name with a prefix") << inRoot("<tag xmlns:x=\"urn:x\" x:name=\"A\" id=\"0x1001\"/>")
+                                              << warningAt(2, 47, QStringLiteral("Attribute \"xmlns:x\" is not kept"))
             + warningAt(2, 47, QStringLiteral("Attribute \"x:name\" is not kept"))
-        << "Root\n  Tag id=0x1001\n";
+                                              << "Root\n  Tag id=0x1001\n";
     QTest::newRow("known name in another case")
         << inRoot("<tag Name=\"A\" id=\"0x1001\"/>")
         << warningAt(2, 29, QStringLiteral("Attribute \"Name\" is not kept")) << "Root\n  Tag id=0x1001\n";
-    QTest::newRow("on an element out of place")
-        << inRoot("<enums unit=\"a\"/>")
-        << warningAt(2, 19, QStringLiteral("Element <enums> not expected."))
+    QTest::newRow("on an element out of place") << inRoot("<enums unit=\"a\"/>")
+                                                << warningAt(2, 19, QStringLiteral("Element <enums> not expected."))
             + warningAt(2, 19, QStringLiteral("Attribute \"unit\" is not kept"))
-        << "Root\n  Enums\n";
+                                                << "Root\n  Enums\n";
     QTest::newRow("every known attribute")
         << inRoot("<tag name=\"A\" id=\"0x1001\" comment=\"c\" secure=\"true\" display=\"x\"/>") << QString()
         << "Root\n  Tag A id=0x1001 comment=\"c\" secure display=3/0\n";
@@ -1438,16 +1440,16 @@ void TestParser::tagsSortedByType()
                                     "  </tag>\n"
                                     "</zat16>\n");
     CHECK_RESULT(result,
-        true,
-        "",
-        "",
-        "Root\n"
-        "  Tag A id=0x1001\n"
-        "    Bits B1\n"
-        "    Bits B2\n"
-        "    Enums E1\n"
-        "    Enums E2\n"
-        "    Enums E3\n");
+                 true,
+                 "",
+                 "",
+                 "Root\n"
+                 "  Tag A id=0x1001\n"
+                 "    Bits B1\n"
+                 "    Bits B2\n"
+                 "    Enums E1\n"
+                 "    Enums E2\n"
+                 "    Enums E3\n");
 }
 
 void TestParser::topElementTag()
@@ -1485,15 +1487,15 @@ void TestParser::parseFile()
     QVERIFY2(parser.parse(path), qPrintable(parser.formatError()));
     QCOMPARE(parser.fileName, path);
     QCOMPARE(parser.warnings,
-        QStringLiteral("Warning: %1, Line 4, Column 29:\n  Double tag code 0x1001\n"
-                       "Warning: %1, Line 5, Column 12:\n  Unexpected element <unknown>.\n")
-            .arg(path));
+             QStringLiteral("Warning: %1, Line 4, Column 29:\n  Double tag code 0x1001\n"
+                            "Warning: %1, Line 5, Column 12:\n  Unexpected element <unknown>.\n")
+                 .arg(path));
     QCOMPARE(TreeText::outline(parser.root),
-        QStringLiteral("Root\n"
-                       "  Tag A id=0x1001\n"
-                       "  Tag B id=0x1001\n"
-                       "  Tag blank\n"
-                       "  Tag <!-- Gr\u00f6\u00dfe -->\n"));
+             QStringLiteral("Root\n"
+                            "  Tag A id=0x1001\n"
+                            "  Tag B id=0x1001\n"
+                            "  Tag blank\n"
+                            "  Tag <!-- Gr\u00f6\u00dfe -->\n"));
 }
 
 void TestParser::parseFileWithError()
@@ -1502,8 +1504,8 @@ void TestParser::parseFileWithError()
     Parser parser;
     QVERIFY(!parser.parse(path));
     QCOMPARE(parser.fileName, path);
-    QCOMPARE(
-        parser.formatError(), QStringLiteral("Error: %1, Line 4, Column 26:\n  (StartElement) Invalid ID").arg(path));
+    QCOMPARE(parser.formatError(),
+             QStringLiteral("Error: %1, Line 4, Column 26:\n  (StartElement) Invalid ID").arg(path));
     QVERIFY(parser.root == nullptr);
 }
 

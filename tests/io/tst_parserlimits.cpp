@@ -18,8 +18,8 @@ using namespace ZAT16;
 
 namespace {
 
-using IoTest::Loaded;
 using IoTest::load;
+using IoTest::Loaded;
 using IoTest::warningMessages;
 
 QByteArray nested(const QByteArray &open, const QByteArray &close, int levels)
@@ -51,7 +51,7 @@ QByteArray encodedAs(const QByteArray &data, int encoding, bool byteOrderMark)
         return "<?xml version=\"1.0\" encoding=\"UTF-7\"?>\n" + text;
     }
     QStringEncoder encoder(QStringConverter::Encoding(encoding),
-        byteOrderMark ? QStringConverter::Flag::WriteBom : QStringConverter::Flag::Default);
+                           byteOrderMark ? QStringConverter::Flag::WriteBom : QStringConverter::Flag::Default);
     return encoder(QString::fromLatin1(data));
 }
 
@@ -68,8 +68,9 @@ QByteArray tagWithAttributes(int count, const QByteArray &value = QByteArray())
 // of the input before its first character.
 const QString attributeListRefused = QStringLiteral("Error: data, Line 1, Column 0:\n"
                                                     "  (Invalid) Attribute-list declarations are not supported");
-const QString tooManyAttributes = QStringLiteral("Error: data, Line 1, Column 0:\n"
-                                                 "  (Invalid) Elements with more than 256 attributes are not supported");
+const QString tooManyAttributes
+    = QStringLiteral("Error: data, Line 1, Column 0:\n"
+                     "  (Invalid) Elements with more than 256 attributes are not supported");
 
 const Item *firstEnum(const Item *root)
 {
@@ -162,8 +163,10 @@ private slots:
                                                        "<zat16><tag name=\"A\" id=\"0x1\" comment=\"&e;\"/></zat16>\n");
         QTest::newRow("UTF-7") << QByteArray("<?xml version=\"1.0\" encoding=\"UTF-7\"?>\n"
                                              "+ADw-!DOCTYPE zat16 [+ADw-!ENTITY a \"b\">]>+ADw-zat16/>\n");
-        QTest::newRow("UTF-16") << QByteArray("\xFF\xFE") + QByteArray::fromRawData(
-                                       reinterpret_cast<const char *>(u"<!DOCTYPE zat16 [<!ENTITY a \"b\">]><zat16/>"), 84);
+        QTest::newRow("UTF-16") << QByteArray("\xFF\xFE")
+                + QByteArray::fromRawData(reinterpret_cast<const char *>(
+                                              u"<!DOCTYPE zat16 [<!ENTITY a \"b\">]><zat16/>"),
+                                          84);
     }
 
     void entityDeclarations()
@@ -172,7 +175,8 @@ private slots:
         const long before = maxResidentKiB();
         const Loaded result = load(data);
         QVERIFY(!result.ok);
-        QVERIFY2(result.error.endsWith(QStringLiteral(") Entity declarations are not supported")), qPrintable(result.error));
+        QVERIFY2(result.error.endsWith(QStringLiteral(") Entity declarations are not supported")),
+                 qPrintable(result.error));
         QVERIFY(!result.root);
         // Refused before anything was expanded.
         QVERIFY2(maxResidentKiB() - before < 100 * 1024, qPrintable(QString::number(maxResidentKiB() - before)));
@@ -340,7 +344,8 @@ private slots:
 
     void plainDocumentTypeStillReads()
     {
-        const Loaded result = load("<!DOCTYPE zat16 SYSTEM \"zat16.dtd\">\n<zat16><tag name=\"A\" id=\"0x1\"/></zat16>");
+        const Loaded result
+            = load("<!DOCTYPE zat16 SYSTEM \"zat16.dtd\">\n<zat16><tag name=\"A\" id=\"0x1\"/></zat16>");
         QVERIFY2(result.ok, qPrintable(result.error));
         QCOMPARE(result.root->comment, QStringLiteral("<!DOCTYPE zat16 SYSTEM \"zat16.dtd\">"));
     }
@@ -371,8 +376,8 @@ private slots:
         QTest::newRow("plain decimal") << QByteArray("10") << QByteArray("d") << quint64(10);
         QTest::newRow("zero") << QByteArray("0") << QByteArray("4d") << quint64(0);
         QTest::newRow("padded zero") << QByteArray("0000") << QByteArray("4u") << quint64(0);
-        QTest::newRow("unsigned maximum") << QByteArray("18446744073709551615") << QByteArray("u")
-                                          << quint64(18446744073709551615ull);
+        QTest::newRow("unsigned maximum")
+            << QByteArray("18446744073709551615") << QByteArray("u") << quint64(18446744073709551615ull);
     }
 
     void idNotations()
@@ -467,10 +472,12 @@ private slots:
             << QByteArray("<zat16>\n  <tag name=\"A\"/>\n  x\n  <tag name=\"B\"/>\n</zat16>\n") << 3 << 1;
         QTest::newRow("after blank lines")
             << QByteArray("<zat16>\n  <tag name=\"A\"/>\n\n\n\n  y <tag name=\"B\"/>\n</zat16>\n") << 6 << 1;
-        QTest::newRow("CDATA of blanks")
-            << QByteArray("<zat16>\n  <tag name=\"A\"/>\n  <![CDATA[  ]]>\n  <tag name=\"B\"/>\n</zat16>\n") << 3 << 1;
-        QTest::newRow("no-break space")
-            << QByteArray("<zat16>\n  <tag name=\"A\"/>\n  <tag name=\"B\"/>\xC2\xA0\n</zat16>\n") << 3 << 2;
+        QTest::newRow("CDATA of blanks") << QByteArray(
+            "<zat16>\n  <tag name=\"A\"/>\n  <![CDATA[  ]]>\n  <tag name=\"B\"/>\n</zat16>\n")
+                                         << 3 << 1;
+        QTest::newRow("no-break space") << QByteArray(
+            "<zat16>\n  <tag name=\"A\"/>\n  <tag name=\"B\"/>\xC2\xA0\n</zat16>\n")
+                                        << 3 << 2;
         QTest::newRow("the thirteen bytes") << QByteArray("<tag><bit/>]<") << 1 << 1;
     }
 

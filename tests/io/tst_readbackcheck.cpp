@@ -16,7 +16,11 @@ using namespace ZAT16;
 
 namespace {
 
-Item *add(Item *parent, ItemType type, const QString &name = QString(), bool hasId = false, quint64 id = 0,
+Item *add(Item *parent,
+          ItemType type,
+          const QString &name = QString(),
+          bool hasId = false,
+          quint64 id = 0,
           const QString &comment = QString())
 {
     Item *item = TestItems::makeItem(type, name, hasId, id, comment);
@@ -95,7 +99,12 @@ private slots:
         Item *five = add(values, Enum, QString(), true, 5);
         Item *bits = add(coded, Bits);
         Item *ready = add(bits, Bit, QStringLiteral("Ready"), true, 0);
-        Item *note = add(values, Enum, QString(), false, 0, QStringLiteral("a note that is much longer than forty characters, really"));
+        Item *note = add(values,
+                         Enum,
+                         QString(),
+                         false,
+                         0,
+                         QStringLiteral("a note that is much longer than forty characters, really"));
         Item *bareList = add(bare, Bits);
         QCOMPARE(ReadBackCheck::describe(root.get()), QStringLiteral("the document"));
         QCOMPARE(ReadBackCheck::describe(power), QStringLiteral("the tag \"Power\""));
@@ -118,28 +127,38 @@ private slots:
     {
         QTest::addColumn<int>("kind");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("reserved tag name with children") << 0 << "the tag \"Tag\" would not load again (The name \"Tag\" is reserved.)";
+        QTest::newRow("reserved tag name with children")
+            << 0 << "the tag \"Tag\" would not load again (The name \"Tag\" is reserved.)";
         QTest::newRow("value name starting with a digit")
             << 1 << "the value \"2b\" of tag \"Mode\" would not load again (Name must not start with a digit.)";
         QTest::newRow("tag code out of range") << 2 << "the tag \"Big\" would not load again (Tag out of range)";
         QTest::newRow("comment inside a tag")
-            << 3 << "the comment \"lost\" of tag \"Mode\" would not load again (a comment line inside a tag is not kept)";
+            << 3
+            << "the comment \"lost\" of tag \"Mode\" would not load again (a comment line inside a tag is not kept)";
         QTest::newRow("negative digit count") << 4 << "the value \"One\" of tag \"Mode\" would not load again";
         QTest::newRow("invalid characters in a bit name")
             << 5 << "the bit \"a-b\" of tag \"Mode\" would not load again (Invalid characters in name.)";
-        QTest::newRow("a list with only a comment")
-            << 6 << "the bit list of tag \"Extra\" would not load again (a list with only a comment is saved as a comment line)";
+        QTest::newRow("a list with only a comment") << 6
+                                                    << "the bit list of tag \"Extra\" would not load again (a list "
+                                                       "with only a comment is saved as a comment line)";
         QTest::newRow("a comment with two dashes")
-            << 7 << "the comment \"-- power --\" would not load again (a comment line cannot hold \"--\" or end with \"-\")";
+            << 7
+            << "the comment \"-- power --\" would not load again (a comment line cannot hold \"--\" or end with \"-\")";
         QTest::newRow("a tag with a comment and only blank lines below it")
-            << 9 << "a tag without name or code would not load again (an entry with only a comment is saved as a comment line)";
+            << 9
+            << "a tag without name or code would not load again (an entry with only a comment is saved as a comment "
+               "line)";
         QTest::newRow("a value with only a comment outside a list")
-            << 10 << "the comment \"misplaced\" would not load again (an entry with only a comment is saved as a comment line)";
+            << 10
+            << "the comment \"misplaced\" would not load again (an entry with only a comment is saved as a comment "
+               "line)";
         QTest::newRow("a comment holding a lone surrogate")
-            << 11 << QStringLiteral("the tag \"Last\" would not load again (it holds characters that a file cannot carry)");
+            << 11
+            << QStringLiteral("the tag \"Last\" would not load again (it holds characters that a file cannot carry)");
         QTest::newRow("a secure tag with only a comment")
-            << 8 << "the comment \"secret\" would not load again (an entry with only a comment is saved as a comment line, "
-                    "without its other settings)";
+            << 8
+            << "the comment \"secret\" would not load again (an entry with only a comment is saved as a comment line, "
+               "without its other settings)";
     }
 
     void refusals()
@@ -159,9 +178,14 @@ private slots:
         if (kind == 3)
             add(mode, Tag, QString(), false, 0, QStringLiteral("lost"));
         if (kind == 4)
-            one->display = {3, -2};
+            one->display = { 3, -2 };
         if (kind == 6)
-            add(add(root.get(), Tag, QStringLiteral("Extra"), true, 0x1003), Bits, QString(), false, 0, QStringLiteral("flags later"));
+            add(add(root.get(), Tag, QStringLiteral("Extra"), true, 0x1003),
+                Bits,
+                QString(),
+                false,
+                0,
+                QStringLiteral("flags later"));
         if (kind == 7)
             add(root.get(), Tag, QString(), false, 0, QStringLiteral("-- power --"));
         if (kind == 9)
@@ -183,7 +207,8 @@ private slots:
         add(root.get(), Tag, QStringLiteral("A"), true, 0x1001);
         QCOMPARE(ReadBackCheck::check(root.get(), QByteArray("<?xml version=\"1.0\"?>\n")),
                  QStringLiteral("the document would not load again (No decodable data found)"));
-        QCOMPARE(ReadBackCheck::check(root.get(), QByteArray("<zat16/>")), QStringLiteral("the tag \"A\" would not load again"));
+        QCOMPARE(ReadBackCheck::check(root.get(), QByteArray("<zat16/>")),
+                 QStringLiteral("the tag \"A\" would not load again"));
     }
 };
 

@@ -19,7 +19,8 @@
 
 using namespace ZAT16;
 
-class TestRoundTrip : public QObject {
+class TestRoundTrip : public QObject
+{
     Q_OBJECT
 
 private slots:

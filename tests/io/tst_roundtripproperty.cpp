@@ -4,9 +4,9 @@
 // compared byte by byte.
 
 #include "item.h"
+#include "parser.h"
 #include "testfiles.h"
 #include "treemaker.h"
-#include "parser.h"
 #include "writerxml.h"
 
 #include <QDir>

@@ -70,7 +70,7 @@ ino_t inode(const QString &path)
 // The temporary files of saves of `name` that are left in `folder`.
 QStringList temporaries(const QString &folder, const QString &name)
 {
-    return QDir(folder).entryList({name + QStringLiteral(".tmp*")}, QDir::Files | QDir::System | QDir::Hidden);
+    return QDir(folder).entryList({ name + QStringLiteral(".tmp*") }, QDir::Files | QDir::System | QDir::Hidden);
 }
 
 QString systemText(int error)
@@ -160,13 +160,15 @@ private:
 
     // Runs savechild processes that kill at random moments; after each kill the state of the
     // files is checked by `check`, which returns an empty string or what is wrong.
-    void killSaves(const QString &path, int kills, const std::function<QString(const QByteArray &lastSaved)> &check,
+    void killSaves(const QString &path,
+                   int kills,
+                   const std::function<QString(const QByteArray &lastSaved)> &check,
                    QByteArray *lastSaved)
     {
         QRandomGenerator rng(20261124);
         for (int kill = 0; kill < kills; ++kill) {
             QProcess child;
-            child.start(QStringLiteral(SAVECHILD_PATH), {path, m_firstPath, m_secondPath});
+            child.start(QStringLiteral(SAVECHILD_PATH), { path, m_firstPath, m_secondPath });
             QVERIFY(child.waitForStarted());
             QVERIFY(child.waitForReadyRead(10000));
             QCOMPARE(child.readLine(), QByteArray("ready\n"));
@@ -207,10 +209,7 @@ private slots:
         QVERIFY(m_firstText != m_secondText);
     }
 
-    void cleanup()
-    {
-        SaveSequence::operations() = SaveSequence::systemOperations();
-    }
+    void cleanup() { SaveSequence::operations() = SaveSequence::systemOperations(); }
 
     void firstSaveCreatesOnlyTheFile()
     {
@@ -221,7 +220,8 @@ private slots:
         QCOMPARE(sequence.failed, SaveSequence::Saved);
         QCOMPARE(sequence.errorMessage(), QString());
         QCOMPARE(readFile(path), m_firstText);
-        QCOMPARE(QDir(dir).entryList(QDir::Files | QDir::System | QDir::Hidden), QStringList{QStringLiteral("first.zatdef")});
+        QCOMPARE(QDir(dir).entryList(QDir::Files | QDir::System | QDir::Hidden),
+                 QStringList { QStringLiteral("first.zatdef") });
         QVERIFY(sequence.temporaryPath.startsWith(path + QStringLiteral(".tmp")));
         QVERIFY(sequence.temporaryPath.size() > path.size() + 4);
         QVERIFY(!sequence.rewrittenInPlace);
@@ -242,7 +242,7 @@ private slots:
         QVERIFY(SaveSequence(path).run(m_first.get()));
         QCOMPARE(readFile(path + QStringLiteral(".bak")), m_secondText);
         QCOMPARE(QDir(dir).entryList(QDir::Files | QDir::System | QDir::Hidden),
-                 QStringList({QStringLiteral("twice.zatdef"), QStringLiteral("twice.zatdef.bak")}));
+                 QStringList({ QStringLiteral("twice.zatdef"), QStringLiteral("twice.zatdef.bak") }));
     }
 
     void stampIsTheWrittenFile()
@@ -308,7 +308,8 @@ private slots:
         SaveSequence sequence(path);
         QVERIFY(definitions ? !sequence.run(m_second.get()) : !sequence.replaceWith(m_secondText));
         QCOMPARE(sequence.failed, SaveSequence::WriteTemporary);
-        QCOMPARE(sequence.errorMessage(), QStringLiteral("Error writing ") + path + QStringLiteral(":\n  No space left on device"));
+        QCOMPARE(sequence.errorMessage(),
+                 QStringLiteral("Error writing ") + path + QStringLiteral(":\n  No space left on device"));
         QCOMPARE(readFile(path), m_firstText);
         QCOMPARE(readFile(path + QStringLiteral(".bak")), QByteArray("the old backup"));
         QCOMPARE(temporaries(dir, QStringLiteral("full.zatdef")), QStringList());
@@ -321,11 +322,13 @@ private slots:
         QTest::addColumn<int>("step");
         QTest::addColumn<QString>("message");
         QTest::addColumn<bool>("backupReplaced");
-        QTest::newRow("link to the backup") << 0 << int(SaveSequence::RenameToBackup)
-                                            << QStringLiteral("Could not rename %1 to %1.bak: ") + systemText(EACCES) << false;
+        QTest::newRow("link to the backup")
+            << 0 << int(SaveSequence::RenameToBackup)
+            << QStringLiteral("Could not rename %1 to %1.bak: ") + systemText(EACCES) << false;
         // The old file has become the backup by then; its own name still holds it.
-        QTest::newRow("rename into place") << 1 << int(SaveSequence::RenameTemporary)
-                                           << QStringLiteral("Could not rename %2 to %1: ") + systemText(EACCES) << true;
+        QTest::newRow("rename into place")
+            << 1 << int(SaveSequence::RenameTemporary)
+            << QStringLiteral("Could not rename %2 to %1: ") + systemText(EACCES) << true;
     }
 
     void failedStepsRemoveTheTemporary()
@@ -345,8 +348,9 @@ private slots:
         SaveSequence sequence(path);
         QVERIFY(!sequence.run(m_second.get()));
         QCOMPARE(int(sequence.failed), step);
-        QCOMPARE(sequence.errorMessage(),
-                 QString(message).replace(QLatin1String("%1"), path).replace(QLatin1String("%2"), sequence.temporaryPath));
+        QCOMPARE(
+            sequence.errorMessage(),
+            QString(message).replace(QLatin1String("%1"), path).replace(QLatin1String("%2"), sequence.temporaryPath));
         QCOMPARE(readFile(path), m_firstText);
         QCOMPARE(readFile(path + QStringLiteral(".bak")), backupReplaced ? m_firstText : QByteArray("old backup"));
         QCOMPARE(temporaries(dir, QStringLiteral("doc.zatdef")), QStringList());
@@ -382,7 +386,8 @@ private slots:
         const QString link = work + QStringLiteral("/doc.zatdef");
         QVERIFY(writeFile(target, m_firstText));
         if (relative) {
-            QVERIFY(::symlink("real.zatdef", QFile::encodeName(shared + QStringLiteral("/hop.zatdef")).constData()) == 0);
+            QVERIFY(::symlink("real.zatdef", QFile::encodeName(shared + QStringLiteral("/hop.zatdef")).constData())
+                    == 0);
             QVERIFY(::symlink("../shared/hop.zatdef", QFile::encodeName(link).constData()) == 0);
         } else {
             QVERIFY(QFile::link(target, link));
@@ -394,7 +399,8 @@ private slots:
         QCOMPARE(readFile(link), m_secondText);
         QCOMPARE(readFile(target), m_secondText);
         QCOMPARE(readFile(target + QStringLiteral(".bak")), m_firstText);
-        QCOMPARE(QDir(work).entryList(QDir::Files | QDir::System | QDir::Hidden), QStringList{QStringLiteral("doc.zatdef")});
+        QCOMPARE(QDir(work).entryList(QDir::Files | QDir::System | QDir::Hidden),
+                 QStringList { QStringLiteral("doc.zatdef") });
         QCOMPARE(temporaries(shared, QStringLiteral("real.zatdef")), QStringList());
     }
 
@@ -407,7 +413,8 @@ private slots:
         SaveSequence sequence(a);
         QVERIFY(!sequence.run(m_first.get()));
         QCOMPARE(sequence.failed, SaveSequence::ResolvePath);
-        QCOMPARE(sequence.errorMessage(), QStringLiteral("Could not save ") + a + QStringLiteral(": ") + systemText(ELOOP));
+        QCOMPARE(sequence.errorMessage(),
+                 QStringLiteral("Could not save ") + a + QStringLiteral(": ") + systemText(ELOOP));
     }
 
     void folderIsRefused()
@@ -415,14 +422,15 @@ private slots:
         const QString path = folder(QStringLiteral("a-folder.zatdef"));
         SaveSequence sequence(path);
         QVERIFY(!sequence.run(m_first.get()));
-        QCOMPARE(sequence.errorMessage(), QStringLiteral("Could not save ") + path + QStringLiteral(": ") + systemText(EISDIR));
+        QCOMPARE(sequence.errorMessage(),
+                 QStringLiteral("Could not save ") + path + QStringLiteral(": ") + systemText(EISDIR));
         QVERIFY(QFileInfo(path).isDir());
     }
 
     void modeIsKept_data()
     {
         QTest::addColumn<int>("mode");
-        for (int mode : {0600, 0640, 0664, 0755, 0444, 0400})
+        for (int mode : { 0600, 0640, 0664, 0755, 0444, 0400 })
             QTest::newRow(qPrintable(QString::number(mode, 8))) << mode;
     }
 
@@ -517,7 +525,9 @@ private slots:
         QVERIFY(inode(path + QStringLiteral(".bak")) != inode(path));
         QCOMPARE(int(fileStatus(path + QStringLiteral(".bak")).st_mode & 07777), 0600);
         QCOMPARE(QDir(dir).entryList(QDir::Files | QDir::System | QDir::Hidden),
-                 QStringList({QStringLiteral("doc.zatdef"), QStringLiteral("doc.zatdef.bak"), QStringLiteral("other-name.zatdef")}));
+                 QStringList({ QStringLiteral("doc.zatdef"),
+                               QStringLiteral("doc.zatdef.bak"),
+                               QStringLiteral("other-name.zatdef") }));
     }
 
     // A full disk while a file is rewritten in place: the space is taken before anything is
@@ -527,7 +537,9 @@ private slots:
         const QString dir = folder(QStringLiteral("hardlinks-full"));
         const QString path = dir + QStringLiteral("/doc.zatdef");
         QVERIFY(writeFile(path, m_firstText));
-        QCOMPARE(::link(QFile::encodeName(path).constData(), QFile::encodeName(dir + QStringLiteral("/other")).constData()), 0);
+        QCOMPARE(::link(QFile::encodeName(path).constData(),
+                        QFile::encodeName(dir + QStringLiteral("/other")).constData()),
+                 0);
         // Enough for the temporary file and the backup copy, not for the rewrite.
         writeBudget = m_secondText.size() + m_firstText.size() + 10;
         SaveSequence::operations().write = writeUntilFull;
@@ -535,7 +547,9 @@ private slots:
         QVERIFY(!sequence.run(m_second.get()));
         QCOMPARE(sequence.failed, SaveSequence::WriteInPlace);
         QCOMPARE(sequence.errorMessage(),
-                 QStringLiteral("Error writing %1:\n  No space left on device\nThe version before this save is in %1.bak.").arg(path));
+                 QStringLiteral(
+                     "Error writing %1:\n  No space left on device\nThe version before this save is in %1.bak.")
+                     .arg(path));
         QCOMPARE(readFile(path + QStringLiteral(".bak")), m_firstText);
         QCOMPARE(temporaries(dir, QStringLiteral("doc.zatdef")), QStringList());
     }
@@ -547,7 +561,9 @@ private slots:
         const QString dir = folder(QStringLiteral("leftovers"));
         const QString path = dir + QStringLiteral("/doc.zatdef");
         QVERIFY(writeFile(path, m_firstText));
-        QCOMPARE(::link(QFile::encodeName(path).constData(), QFile::encodeName(path + QStringLiteral(".bak")).constData()), 0);
+        QCOMPARE(::link(QFile::encodeName(path).constData(),
+                        QFile::encodeName(path + QStringLiteral(".bak")).constData()),
+                 0);
         const QString second = path + QStringLiteral(".tmpAbCdEfGh.bak");
         QCOMPARE(::link(QFile::encodeName(path).constData(), QFile::encodeName(second).constData()), 0);
         const ino_t before = inode(path);
@@ -558,7 +574,7 @@ private slots:
         QCOMPARE(readFile(path + QStringLiteral(".bak")), m_firstText);
         QVERIFY(!QFileInfo::exists(second));
         QCOMPARE(QDir(dir).entryList(QDir::Files | QDir::System | QDir::Hidden),
-                 QStringList({QStringLiteral("doc.zatdef"), QStringLiteral("doc.zatdef.bak")}));
+                 QStringList({ QStringLiteral("doc.zatdef"), QStringLiteral("doc.zatdef.bak") }));
     }
 
     // A name like those second names that is not one (its own part is not 8 characters) is
@@ -653,10 +669,13 @@ private slots:
     {
         const QString dir = folder(QStringLiteral("partly"));
         const QString path = dir + QStringLiteral("/doc.zatdef");
-        const QByteArray partly = "<zat16>\n  <tag name=\"A\" id=\"0x1001\"/>\n  x\n  <tag name=\"Unread\"/>\n</zat16>\n";
+        const QByteArray partly
+            = "<zat16>\n  <tag name=\"A\" id=\"0x1001\"/>\n  x\n  <tag name=\"Unread\"/>\n</zat16>\n";
         QVERIFY(writeFile(path, partly));
         QVERIFY(writeFile(path + QStringLiteral(".bak"), "older backup"));
-        QCOMPARE(::link(QFile::encodeName(path).constData(), QFile::encodeName(dir + QStringLiteral("/other")).constData()), 0);
+        QCOMPARE(::link(QFile::encodeName(path).constData(),
+                        QFile::encodeName(dir + QStringLiteral("/other")).constData()),
+                 0);
         SaveSequence sequence(path);
         QVERIFY(sequence.run(m_second.get()));
         QVERIFY(sequence.rewrittenInPlace);
@@ -670,7 +689,9 @@ private slots:
         const QString dir = folder(QStringLiteral("safety"));
         const QString path = dir + QStringLiteral("/doc.zatdef");
         QVERIFY(writeFile(path, m_firstText));
-        QCOMPARE(::link(QFile::encodeName(path).constData(), QFile::encodeName(dir + QStringLiteral("/other")).constData()), 0);
+        QCOMPARE(::link(QFile::encodeName(path).constData(),
+                        QFile::encodeName(dir + QStringLiteral("/other")).constData()),
+                 0);
         writeBudget = m_secondText.size() + m_firstText.size() + 10;
         SaveSequence::operations().write = writeUntilFull;
         SaveSequence sequence(path);
@@ -688,7 +709,7 @@ private slots:
         QVERIFY(sequence.run(m_second.get(), SaveSequence::NoBackup));
         QCOMPARE(readFile(path), m_secondText);
         QCOMPARE(QDir(dir).entryList(QDir::Files | QDir::System | QDir::Hidden),
-                 QStringList({QStringLiteral("doc.zatdef"), QStringLiteral("other")}));
+                 QStringList({ QStringLiteral("doc.zatdef"), QStringLiteral("other") }));
     }
 
     // Content that would not load again, or not as it is, does not replace the file.
@@ -697,14 +718,17 @@ private slots:
         QTest::addColumn<QString>("tagName");
         QTest::addColumn<QString>("valueName");
         QTest::addColumn<QString>("detail");
-        QTest::newRow("reserved name") << "Tag" << "One"
+        QTest::newRow("reserved name") << "Tag"
+                                       << "One"
                                        << "the tag \"Tag\" would not load again (The name \"Tag\" is reserved.)";
-        QTest::newRow("name starting with a digit") << "Power" << "1abc"
+        QTest::newRow("name starting with a digit") << "Power"
+                                                    << "1abc"
                                                     << "the value \"1abc\" of tag \"Power\" would not load again "
                                                        "(Name must not start with a digit.)";
-        QTest::newRow("control character in a name") << QStringLiteral("Po\x01wer") << "One"
-                                                      << QStringLiteral("the tag \"Po\x01wer\" would not load again (it holds "
-                                                                        "characters that a file cannot carry)");
+        QTest::newRow("control character in a name")
+            << QStringLiteral("Po\x01wer") << "One"
+            << QStringLiteral("the tag \"Po\x01wer\" would not load again (it holds "
+                              "characters that a file cannot carry)");
     }
 
     void whatWouldNotLoadAgainIsNotSaved()
@@ -712,7 +736,8 @@ private slots:
         QFETCH(QString, tagName);
         QFETCH(QString, valueName);
         QFETCH(QString, detail);
-        const QString dir = folder(QStringLiteral("refused-%1").arg(QTest::currentDataTag()).replace(QLatin1Char(' '), QLatin1Char('-')));
+        const QString dir = folder(
+            QStringLiteral("refused-%1").arg(QTest::currentDataTag()).replace(QLatin1Char(' '), QLatin1Char('-')));
         const QString path = dir + QStringLiteral("/doc.zatdef");
         QVERIFY(writeFile(path, m_firstText));
         QVERIFY(writeFile(path + QStringLiteral(".bak"), "backup"));
@@ -760,21 +785,25 @@ private slots:
         QVERIFY(writeFile(path, m_firstText));
         QVERIFY(writeFile(path + QStringLiteral(".bak"), m_secondText));
         QByteArray lastSaved = m_firstText;
-        killSaves(path, 200, [&](const QByteArray &saved) -> QString {
-            bool fileExists = false;
-            bool backupExists = false;
-            const QByteArray file = readFile(path, &fileExists);
-            const QByteArray backup = readFile(path + QStringLiteral(".bak"), &backupExists);
-            if (!fileExists)
-                return QStringLiteral("the file's name is empty");
-            if (file != m_firstText && file != m_secondText)
-                return QStringLiteral("the file holds %1 bytes that are no version").arg(file.size());
-            if (backupExists && backup != m_firstText && backup != m_secondText)
-                return QStringLiteral("the backup holds %1 bytes that are no version").arg(backup.size());
-            if (file != saved && backup != saved && !inTemporary(path, saved))
-                return QStringLiteral("the last saved version is lost");
-            return QString();
-        }, &lastSaved);
+        killSaves(
+            path,
+            200,
+            [&](const QByteArray &saved) -> QString {
+                bool fileExists = false;
+                bool backupExists = false;
+                const QByteArray file = readFile(path, &fileExists);
+                const QByteArray backup = readFile(path + QStringLiteral(".bak"), &backupExists);
+                if (!fileExists)
+                    return QStringLiteral("the file's name is empty");
+                if (file != m_firstText && file != m_secondText)
+                    return QStringLiteral("the file holds %1 bytes that are no version").arg(file.size());
+                if (backupExists && backup != m_firstText && backup != m_secondText)
+                    return QStringLiteral("the backup holds %1 bytes that are no version").arg(backup.size());
+                if (file != saved && backup != saved && !inTemporary(path, saved))
+                    return QStringLiteral("the last saved version is lost");
+                return QString();
+            },
+            &lastSaved);
     }
 
     // The same for a file that is rewritten in place (it has another hard link): the file may
@@ -790,29 +819,34 @@ private slots:
         QCOMPARE(::link(QFile::encodeName(path).constData(), QFile::encodeName(other).constData()), 0);
         QByteArray lastSaved = m_firstText;
         int halfWritten = 0;
-        killSaves(path, 200, [&](const QByteArray &saved) -> QString {
-            bool fileExists = false;
-            bool backupExists = false;
-            const QByteArray file = readFile(path, &fileExists);
-            const QByteArray backup = readFile(path + QStringLiteral(".bak"), &backupExists);
-            if (!fileExists)
-                return QStringLiteral("the file's name is empty");
-            if (inode(path) != inode(other))
-                return QStringLiteral("the file lost its other name");
-            if (!backupExists || (backup != m_firstText && backup != m_secondText))
-                return QStringLiteral("the backup is not a complete version");
-            const bool complete = file == m_firstText || file == m_secondText;
-            if (!complete) {
-                // Caught while rewriting: the backup holds the version before this save (the
-                // saves alternate), the temporary file the one being written.
-                ++halfWritten;
-                if (!inTemporary(path, backup == m_firstText ? m_secondText : m_firstText))
-                    return QStringLiteral("the file is half written and the version being written is not in a temporary file");
-            }
-            if (file != saved && backup != saved && !inTemporary(path, saved))
-                return QStringLiteral("the last saved version is lost");
-            return QString();
-        }, &lastSaved);
+        killSaves(
+            path,
+            200,
+            [&](const QByteArray &saved) -> QString {
+                bool fileExists = false;
+                bool backupExists = false;
+                const QByteArray file = readFile(path, &fileExists);
+                const QByteArray backup = readFile(path + QStringLiteral(".bak"), &backupExists);
+                if (!fileExists)
+                    return QStringLiteral("the file's name is empty");
+                if (inode(path) != inode(other))
+                    return QStringLiteral("the file lost its other name");
+                if (!backupExists || (backup != m_firstText && backup != m_secondText))
+                    return QStringLiteral("the backup is not a complete version");
+                const bool complete = file == m_firstText || file == m_secondText;
+                if (!complete) {
+                    // Caught while rewriting: the backup holds the version before this save (the
+                    // saves alternate), the temporary file the one being written.
+                    ++halfWritten;
+                    if (!inTemporary(path, backup == m_firstText ? m_secondText : m_firstText))
+                        return QStringLiteral(
+                            "the file is half written and the version being written is not in a temporary file");
+                }
+                if (file != saved && backup != saved && !inTemporary(path, saved))
+                    return QStringLiteral("the last saved version is lost");
+                return QString();
+            },
+            &lastSaved);
         qInfo("files caught half rewritten: %d of 200", halfWritten);
     }
 
@@ -825,9 +859,11 @@ private slots:
         QVERIFY(writeFile(path, m_firstText));
         QProcess first;
         QProcess second;
-        first.start(QStringLiteral(SAVECHILD_PATH), {QStringLiteral("--times"), QStringLiteral("50"), path, m_firstPath});
-        second.start(QStringLiteral(SAVECHILD_PATH), {QStringLiteral("--times"), QStringLiteral("50"), path, m_secondPath});
-        for (QProcess *child : {&first, &second}) {
+        first.start(QStringLiteral(SAVECHILD_PATH),
+                    { QStringLiteral("--times"), QStringLiteral("50"), path, m_firstPath });
+        second.start(QStringLiteral(SAVECHILD_PATH),
+                     { QStringLiteral("--times"), QStringLiteral("50"), path, m_secondPath });
+        for (QProcess *child : { &first, &second }) {
             QVERIFY(child->waitForStarted());
             QVERIFY(child->waitForReadyRead(10000));
             QCOMPARE(child->readLine(), QByteArray("ready\n"));
@@ -840,7 +876,8 @@ private slots:
         QSet<int> seen;
         QElapsedTimer timer;
         timer.start();
-        while ((first.state() != QProcess::NotRunning || second.state() != QProcess::NotRunning) && timer.elapsed() < 120000) {
+        while ((first.state() != QProcess::NotRunning || second.state() != QProcess::NotRunning)
+               && timer.elapsed() < 120000) {
             bool exists = false;
             const QByteArray content = readFile(path, &exists);
             QVERIFY2(exists, "the file's name was empty");
@@ -851,7 +888,7 @@ private slots:
             first.waitForFinished(0);
             second.waitForFinished(0);
         }
-        for (QProcess *child : {&first, &second})
+        for (QProcess *child : { &first, &second })
             QVERIFY(child->state() == QProcess::NotRunning || child->waitForFinished());
         QCOMPARE(first.readAllStandardOutput(), QByteArray());
         QCOMPARE(second.readAllStandardOutput(), QByteArray());
@@ -875,14 +912,16 @@ private slots:
         QVERIFY(sequence.replaceWith(bytes));
         QCOMPARE(sequence.failed, SaveSequence::Saved);
         QCOMPARE(readFile(path), bytes);
-        QCOMPARE(QDir(dir).entryList(QDir::Files | QDir::System | QDir::Hidden), QStringList{QStringLiteral("generated.h")});
+        QCOMPARE(QDir(dir).entryList(QDir::Files | QDir::System | QDir::Hidden),
+                 QStringList { QStringLiteral("generated.h") });
 
         // An existing file is replaced in one rename, and no backup is kept.
         const ino_t before = inode(path);
         QVERIFY(SaveSequence(path).replaceWith("second"));
         QCOMPARE(readFile(path), QByteArray("second"));
         QVERIFY(inode(path) != before);
-        QCOMPARE(QDir(dir).entryList(QDir::Files | QDir::System | QDir::Hidden), QStringList{QStringLiteral("generated.h")});
+        QCOMPARE(QDir(dir).entryList(QDir::Files | QDir::System | QDir::Hidden),
+                 QStringList { QStringLiteral("generated.h") });
 
         QVERIFY(SaveSequence(path).replaceWith(QByteArray()));
         bool exists = false;
@@ -897,7 +936,8 @@ private slots:
         QVERIFY(!sequence.replaceWith("text"));
         QCOMPARE(sequence.failed, SaveSequence::CreateTemporary);
         QCOMPARE(sequence.errorMessage(),
-                 QStringLiteral("Could not create a temporary file beside ") + path + QStringLiteral(": ") + systemText(ENOENT));
+                 QStringLiteral("Could not create a temporary file beside ") + path + QStringLiteral(": ")
+                     + systemText(ENOENT));
     }
 };
 

@@ -20,8 +20,8 @@ using namespace ZAT16;
 
 namespace {
 
-using IoTest::Loaded;
 using IoTest::load;
+using IoTest::Loaded;
 
 const Item *findNamed(const Item *item, const QString &name)
 {
@@ -389,12 +389,11 @@ private slots:
                                      << QStringLiteral("T") << quint64(0xE3E9);
         QTest::newRow("tag, root 4u") << QByteArray("<zat16 display=\"4u\"><tag name=\"T\" id=\"0161751\"/></zat16>")
                                       << QStringLiteral("T") << quint64(0xE3E9);
-        QTest::newRow("tag, enclosing tag 4u")
-            << QByteArray("<zat16><tag name=\"Outer\" id=\"0x1001\" display=\"4u\">"
-                          "<tag name=\"T\" id=\"0161751\"/></tag></zat16>")
-            << QStringLiteral("T") << quint64(0xE3E9);
-        QTest::newRow("tag as the top element, 4u") << QByteArray("<tag name=\"T\" id=\"0161751\" display=\"4u\"/>")
-                                                    << QStringLiteral("T") << quint64(0xE3E9);
+        QTest::newRow("tag, enclosing tag 4u") << QByteArray("<zat16><tag name=\"Outer\" id=\"0x1001\" display=\"4u\">"
+                                                             "<tag name=\"T\" id=\"0161751\"/></tag></zat16>")
+                                               << QStringLiteral("T") << quint64(0xE3E9);
+        QTest::newRow("tag as the top element, 4u")
+            << QByteArray("<tag name=\"T\" id=\"0161751\" display=\"4u\"/>") << QStringLiteral("T") << quint64(0xE3E9);
         QTest::newRow("tag 03366, own d") << QByteArray("<zat16><tag name=\"T\" id=\"03366\" display=\"d\"/></zat16>")
                                           << QStringLiteral("T") << quint64(0x06F6);
         QTest::newRow("tag 03366, root u") << QByteArray("<zat16 display=\"u\"><tag name=\"T\" id=\"03366\"/></zat16>")

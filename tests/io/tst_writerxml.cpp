@@ -134,7 +134,8 @@ private:
                 continue;
             }
             const char16_t u = c.unicode();
-            const bool ok = u == 0x9 || u == 0xA || u == 0xD || (u >= 0x20 && u <= 0xD7FF) || (u >= 0xE000 && u <= 0xFFFD);
+            const bool ok
+                = u == 0x9 || u == 0xA || u == 0xD || (u >= 0x20 && u <= 0xD7FF) || (u >= 0xE000 && u <= 0xFFFD);
             result += ok ? c : QChar(QChar::ReplacementCharacter);
         }
         return result;
@@ -240,9 +241,9 @@ public:
 
     QString text(int maxLength)
     {
-        static const char16_t odd[] = { u'<', u'>', u'&', u'"', u'\'', u'\t', u'\n', u'\r', 0x01, 0x0B, 0x0C, 0x1F,
-                                        0x7F, 0x80, 0xE9, 0x20AC, 0xD7FF, 0xE000, 0xFFFD, 0xFFFE, 0xFFFF,
-                                        0xD83D, 0xDE00, 0xDBFF, 0xDC00, u'-', u' ' };
+        static const char16_t odd[]
+            = { u'<', u'>',   u'&',   u'"',   u'\'',  u'\t',  u'\n',  u'\r',  0x01,   0x0B,   0x0C,   0x1F, 0x7F, 0x80,
+                0xE9, 0x20AC, 0xD7FF, 0xE000, 0xFFFD, 0xFFFE, 0xFFFF, 0xD83D, 0xDE00, 0xDBFF, 0xDC00, u'-', u' ' };
         const int length = bounded(maxLength + 1);
         const bool plain = bounded(4) != 0;
         QString result;
@@ -278,8 +279,9 @@ Item *randomItem(RandomText &random, Item *parent, ItemType type, int depth)
             item->name = random.text(10);
         if (random.bounded(5) != 0) {
             item->hasId = true;
-            item->id = random.bounded(3) == 0 ? (quint64(random.bounded(1 << 30)) << 34) ^ quint64(random.bounded(1 << 30))
-                                             : quint64(random.bounded(5000));
+            item->id = random.bounded(3) == 0
+                ? (quint64(random.bounded(1 << 30)) << 34) ^ quint64(random.bounded(1 << 30))
+                : quint64(random.bounded(5000));
         }
         if (random.bounded(2) == 0)
             item->comment = random.text(16);
@@ -295,9 +297,9 @@ Item *randomItem(RandomText &random, Item *parent, ItemType type, int depth)
         parent->appendChild(item);
     if (depth > 0 && (item->type == Tag || item->type == Enums || item->type == Bits || item->type == Root)) {
         const ItemType childType = item->type == Tag ? (random.bounded(2) ? Enums : Bits)
-                                   : item->type == Enums ? Enum
-                                   : item->type == Bits  ? Bit
-                                                         : Tag;
+            : item->type == Enums                    ? Enum
+            : item->type == Bits                     ? Bit
+                                                     : Tag;
         const int children = random.bounded(item->type == Tag ? 3 : 6);
         for (int i = 0; i < children; ++i)
             randomItem(random, item, childType, depth - 1);
@@ -332,7 +334,8 @@ private:
 
 } // namespace
 
-class TestWriterXml : public QObject {
+class TestWriterXml : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -391,16 +394,16 @@ void TestWriterXml::nestedLayout()
     addNumbered(root.get(), Tag, QStringLiteral("Other"), 0x1A3);
 
     IOTEST_COMPARE_BYTES(save(root.get()),
-        head
-            + "\n<zat16>\n"
-              "  <tag name=\"Status\" id=\"0xC001\">\n"
-              "    <bits>\n"
-              "      <bit name=\"Low\" id=\"0\"/>\n"
-              "    </bits>\n"
-              "    <enums/>\n"
-              "  </tag>\n"
-              "  <tag name=\"Other\" id=\"0x01A3\"/>\n"
-              "</zat16>\n");
+                         head
+                             + "\n<zat16>\n"
+                               "  <tag name=\"Status\" id=\"0xC001\">\n"
+                               "    <bits>\n"
+                               "      <bit name=\"Low\" id=\"0\"/>\n"
+                               "    </bits>\n"
+                               "    <enums/>\n"
+                               "  </tag>\n"
+                               "  <tag name=\"Other\" id=\"0x01A3\"/>\n"
+                               "</zat16>\n");
 }
 
 void TestWriterXml::enumsDisplayInherited()
@@ -413,15 +416,15 @@ void TestWriterXml::enumsDisplayInherited()
     addNumbered(enums, Enum, QStringLiteral("On"), 10);
 
     IOTEST_COMPARE_BYTES(save(root.get()),
-        head
-            + "\n<zat16>\n"
-              "  <tag name=\"Mode\" id=\"0x1001\">\n"
-              "    <enums display=\"x\">\n"
-              "      <enum name=\"Off\" id=\"0x0\"/>\n"
-              "      <enum name=\"On\" id=\"0xA\"/>\n"
-              "    </enums>\n"
-              "  </tag>\n"
-              "</zat16>\n");
+                         head
+                             + "\n<zat16>\n"
+                               "  <tag name=\"Mode\" id=\"0x1001\">\n"
+                               "    <enums display=\"x\">\n"
+                               "      <enum name=\"Off\" id=\"0x0\"/>\n"
+                               "      <enum name=\"On\" id=\"0xA\"/>\n"
+                               "    </enums>\n"
+                               "  </tag>\n"
+                               "</zat16>\n");
 }
 
 void TestWriterXml::displayLettersNormalised()
@@ -437,18 +440,18 @@ void TestWriterXml::displayLettersNormalised()
                                     "<enums display=\"q\"/>\n"
                                     "</tag>\n"
                                     "</zat16>\n",
-        &error);
+                                    &error);
     QCOMPARE(error, QString());
     IOTEST_COMPARE_BYTES(saved,
-        head
-            + "\n<zat16>\n"
-              "  <tag name=\"A\" id=\"0x1001\" display=\"8y\">\n"
-              "    <enums display=\"4\"/>\n"
-              "    <enums display=\"x\"/>\n"
-              "    <enums display=\"2x\"/>\n"
-              "    <enums/>\n"
-              "  </tag>\n"
-              "</zat16>\n");
+                         head
+                             + "\n<zat16>\n"
+                               "  <tag name=\"A\" id=\"0x1001\" display=\"8y\">\n"
+                               "    <enums display=\"4\"/>\n"
+                               "    <enums display=\"x\"/>\n"
+                               "    <enums display=\"2x\"/>\n"
+                               "    <enums/>\n"
+                               "  </tag>\n"
+                               "</zat16>\n");
 }
 
 void TestWriterXml::documentTypeDeclarationKept()
@@ -459,11 +462,11 @@ void TestWriterXml::documentTypeDeclarationKept()
 
     addNumbered(root.get(), Tag, QStringLiteral("A"), 1);
     IOTEST_COMPARE_BYTES(save(root.get()),
-        head
-            + "<!DOCTYPE zat16>\n"
-              "<zat16>\n"
-              "  <tag name=\"A\" id=\"0x0001\"/>\n"
-              "</zat16>\n");
+                         head
+                             + "<!DOCTYPE zat16>\n"
+                               "<zat16>\n"
+                               "  <tag name=\"A\" id=\"0x0001\"/>\n"
+                               "</zat16>\n");
 }
 
 void TestWriterXml::documentTypeDeclarationFromFile()
@@ -477,17 +480,17 @@ void TestWriterXml::documentTypeDeclarationFromFile()
                                     "<zat16>\n"
                                     "<tag name=\"A\" id=\"1\"/>\n"
                                     "</zat16>\n",
-        &error);
+                                    &error);
     QCOMPARE(error, QString());
     // the declaration's text starts with the line break that stood before it
     IOTEST_COMPARE_BYTES(saved,
-        head
-            + "\n<!DOCTYPE zat16 [\n"
-              "<!ELEMENT zat16 ANY>\n"
-              "]>\n"
-              "<zat16>\n"
-              "  <tag name=\"A\" id=\"0x0001\"/>\n"
-              "</zat16>\n");
+                         head
+                             + "\n<!DOCTYPE zat16 [\n"
+                               "<!ELEMENT zat16 ANY>\n"
+                               "]>\n"
+                               "<zat16>\n"
+                               "  <tag name=\"A\" id=\"0x0001\"/>\n"
+                               "</zat16>\n");
 }
 
 void TestWriterXml::attributeOrder()
@@ -498,7 +501,8 @@ void TestWriterXml::attributeOrder()
     tag->secure = true;
     setDisplay(tag, 3, 4);
 
-    IOTEST_COMPARE_BYTES(save(root.get()),
+    IOTEST_COMPARE_BYTES(
+        save(root.get()),
         head
             + "\n<zat16>\n"
               "  <tag name=\"All\" id=\"0x2001\" comment=\"every attribute\" secure=\"true\" display=\"4x\"/>\n"
@@ -525,17 +529,17 @@ void TestWriterXml::attributeConditions()
     Q_UNUSED(zero);
 
     IOTEST_COMPARE_BYTES(save(root.get()),
-        head
-            + "\n<zat16>\n"
-              "  <tag name=\"NoId\"/>\n"
-              "  <tag id=\"0x1001\" comment=\"nameless\"/>\n"
-              "  <tag id=\"0x1002\"/>\n"
-              "  <tag name=\"DigitsOnly\" id=\"0x1003\" display=\"4\"/>\n"
-              "  <tag name=\"Mode6\" id=\"0x1004\"/>\n"
-              "  <tag name=\"ModeMinus\" id=\"0x1005\"/>\n"
-              "  <tag name=\"Secure\" secure=\"true\"/>\n"
-              "  <tag name=\"Zero\" id=\"0x0000\"/>\n"
-              "</zat16>\n");
+                         head
+                             + "\n<zat16>\n"
+                               "  <tag name=\"NoId\"/>\n"
+                               "  <tag id=\"0x1001\" comment=\"nameless\"/>\n"
+                               "  <tag id=\"0x1002\"/>\n"
+                               "  <tag name=\"DigitsOnly\" id=\"0x1003\" display=\"4\"/>\n"
+                               "  <tag name=\"Mode6\" id=\"0x1004\"/>\n"
+                               "  <tag name=\"ModeMinus\" id=\"0x1005\"/>\n"
+                               "  <tag name=\"Secure\" secure=\"true\"/>\n"
+                               "  <tag name=\"Zero\" id=\"0x0000\"/>\n"
+                               "</zat16>\n");
 }
 
 void TestWriterXml::rootAttributes()
@@ -547,8 +551,8 @@ void TestWriterXml::rootAttributes()
     root->hasId = true;
     root->secure = true;
     setDisplay(root.get(), 2, 0);
-    IOTEST_COMPARE_BYTES(
-        save(root.get()), head + "\n<zat16 name=\"Device\" id=\"5\" secure=\"true\" display=\"u\"/>\n");
+    IOTEST_COMPARE_BYTES(save(root.get()),
+                         head + "\n<zat16 name=\"Device\" id=\"5\" secure=\"true\" display=\"u\"/>\n");
 }
 
 void TestWriterXml::displayLetters_data()
@@ -585,14 +589,14 @@ void TestWriterXml::displayLetters()
     setDisplay(bits, mode, digits);
 
     IOTEST_COMPARE_BYTES(save(root.get()),
-        head
-            + "\n<zat16>\n"
-              "  <tag name=\"T\" id=\"0x1001\">\n"
-              "    <bits"
-            + attribute
-            + "/>\n"
-              "  </tag>\n"
-              "</zat16>\n");
+                         head
+                             + "\n<zat16>\n"
+                               "  <tag name=\"T\" id=\"0x1001\">\n"
+                               "    <bits"
+                             + attribute
+                             + "/>\n"
+                               "  </tag>\n"
+                               "</zat16>\n");
 }
 
 void TestWriterXml::idsInInheritedDisplayModes()
@@ -630,34 +634,34 @@ void TestWriterXml::idsInInheritedDisplayModes()
     addNumbered(unsignedEnums, Enum, QStringLiteral("Max"), ~0ull);
 
     IOTEST_COMPARE_BYTES(save(root.get()),
-        head
-            + "\n<zat16 display=\"d\">\n"
-              "  <tag name=\"Plain\" id=\"0x1001\">\n"
-              "    <enums>\n"
-              "      <enum name=\"Minus\" id=\"-1\"/>\n"
-              "    </enums>\n"
-              "  </tag>\n"
-              "  <tag name=\"Octal\" id=\"0x1002\" display=\"2o\">\n"
-              "    <enums>\n"
-              "      <enum name=\"One\" id=\"0o01\"/>\n"
-              "      <enum name=\"Eight\" id=\"0o10\"/>\n"
-              "    </enums>\n"
-              "  </tag>\n"
-              "  <tag name=\"Flags\" id=\"0x7001\" display=\"x\">\n"
-              "    <bits display=\"8y\">\n"
-              "      <bit name=\"Five\" id=\"0y00000101\"/>\n"
-              "      <bit name=\"Own\" id=\"5\" display=\"u\"/>\n"
-              "    </bits>\n"
-              "    <enums>\n"
-              "      <enum name=\"Hex\" id=\"0xFF\"/>\n"
-              "    </enums>\n"
-              "  </tag>\n"
-              "  <tag name=\"Unsigned\" id=\"0x1003\">\n"
-              "    <enums display=\"u\">\n"
-              "      <enum name=\"Max\" id=\"18446744073709551615\"/>\n"
-              "    </enums>\n"
-              "  </tag>\n"
-              "</zat16>\n");
+                         head
+                             + "\n<zat16 display=\"d\">\n"
+                               "  <tag name=\"Plain\" id=\"0x1001\">\n"
+                               "    <enums>\n"
+                               "      <enum name=\"Minus\" id=\"-1\"/>\n"
+                               "    </enums>\n"
+                               "  </tag>\n"
+                               "  <tag name=\"Octal\" id=\"0x1002\" display=\"2o\">\n"
+                               "    <enums>\n"
+                               "      <enum name=\"One\" id=\"0o01\"/>\n"
+                               "      <enum name=\"Eight\" id=\"0o10\"/>\n"
+                               "    </enums>\n"
+                               "  </tag>\n"
+                               "  <tag name=\"Flags\" id=\"0x7001\" display=\"x\">\n"
+                               "    <bits display=\"8y\">\n"
+                               "      <bit name=\"Five\" id=\"0y00000101\"/>\n"
+                               "      <bit name=\"Own\" id=\"5\" display=\"u\"/>\n"
+                               "    </bits>\n"
+                               "    <enums>\n"
+                               "      <enum name=\"Hex\" id=\"0xFF\"/>\n"
+                               "    </enums>\n"
+                               "  </tag>\n"
+                               "  <tag name=\"Unsigned\" id=\"0x1003\">\n"
+                               "    <enums display=\"u\">\n"
+                               "      <enum name=\"Max\" id=\"18446744073709551615\"/>\n"
+                               "    </enums>\n"
+                               "  </tag>\n"
+                               "</zat16>\n");
 }
 
 void TestWriterXml::digitsWithoutModeNotInherited()
@@ -673,15 +677,15 @@ void TestWriterXml::digitsWithoutModeNotInherited()
     setDisplay(padded, 0, 3);
 
     IOTEST_COMPARE_BYTES(save(root.get()),
-        head
-            + "\n<zat16>\n"
-              "  <tag name=\"T\" id=\"0x1001\" display=\"4\">\n"
-              "    <enums>\n"
-              "      <enum name=\"Five\" id=\"5\"/>\n"
-              "      <enum name=\"Padded\" id=\"005\" display=\"3\"/>\n"
-              "    </enums>\n"
-              "  </tag>\n"
-              "</zat16>\n");
+                         head
+                             + "\n<zat16>\n"
+                               "  <tag name=\"T\" id=\"0x1001\" display=\"4\">\n"
+                               "    <enums>\n"
+                               "      <enum name=\"Five\" id=\"5\"/>\n"
+                               "      <enum name=\"Padded\" id=\"005\" display=\"3\"/>\n"
+                               "    </enums>\n"
+                               "  </tag>\n"
+                               "</zat16>\n");
 }
 
 void TestWriterXml::commentsAndBlankLines()
@@ -702,26 +706,26 @@ void TestWriterXml::commentsAndBlankLines()
     addBlank(root.get(), Tag);
 
     IOTEST_COMPARE_BYTES(save(root.get()),
-        head
-            + "\n<zat16>\n"
-              "  <!-- first -->\n"
-              "\n"
-              "  <tag name=\"A\" id=\"0x1001\">\n"
-              "    <bits>\n"
-              "      <!--only a comment-->\n"
-              "    </bits>\n"
-              "    <enums>\n"
-              "      <enum name=\"X\" id=\"1\"/>\n"
-              "\n"
-              "      <!-- two\n"
-              "       lines -->\n"
-              "      <enum name=\"Y\" id=\"2\"/>\n"
-              "    </enums>\n"
-              "  </tag>\n"
-              "\n"
-              "  <tag name=\"B\" id=\"0x1002\"/>\n"
-              "\n"
-              "</zat16>\n");
+                         head
+                             + "\n<zat16>\n"
+                               "  <!-- first -->\n"
+                               "\n"
+                               "  <tag name=\"A\" id=\"0x1001\">\n"
+                               "    <bits>\n"
+                               "      <!--only a comment-->\n"
+                               "    </bits>\n"
+                               "    <enums>\n"
+                               "      <enum name=\"X\" id=\"1\"/>\n"
+                               "\n"
+                               "      <!-- two\n"
+                               "       lines -->\n"
+                               "      <enum name=\"Y\" id=\"2\"/>\n"
+                               "    </enums>\n"
+                               "  </tag>\n"
+                               "\n"
+                               "  <tag name=\"B\" id=\"0x1002\"/>\n"
+                               "\n"
+                               "</zat16>\n");
 }
 
 void TestWriterXml::escaping()
@@ -731,11 +735,11 @@ void TestWriterXml::escaping()
     tag->comment = QStringLiteral("say \"hi\" & <go> 'now'\ttab\nline\rreturn");
 
     IOTEST_COMPARE_BYTES(save(root.get()),
-        head
-            + "\n<zat16>\n"
-              "  <tag name=\"Text\" id=\"0x3001\" comment=\"say &quot;hi&quot; &amp; &lt;go&gt; "
-              "'now'&#9;tab&#10;line&#13;return\"/>\n"
-              "</zat16>\n");
+                         head
+                             + "\n<zat16>\n"
+                               "  <tag name=\"Text\" id=\"0x3001\" comment=\"say &quot;hi&quot; &amp; &lt;go&gt; "
+                               "'now'&#9;tab&#10;line&#13;return\"/>\n"
+                               "</zat16>\n");
 }
 
 void TestWriterXml::nonAsciiText()
@@ -746,14 +750,14 @@ void TestWriterXml::nonAsciiText()
     tag->comment = QStringLiteral("\u00dcn\u00efc\u00f6d\u00e9 \u2713");
 
     IOTEST_COMPARE_BYTES(save(root.get()),
-        head
-            + "\n<zat16>\n"
-              "  <!-- Gr\xc3\xb6\xc3\x9f"
-              "e \xe2\x82\xac -->\n"
-              "  <tag name=\"A\" id=\"0x1001\" comment=\"\xc3\x9cn\xc3\xaf"
-              "c\xc3\xb6"
-              "d\xc3\xa9 \xe2\x9c\x93\"/>\n"
-              "</zat16>\n");
+                         head
+                             + "\n<zat16>\n"
+                               "  <!-- Gr\xc3\xb6\xc3\x9f"
+                               "e \xe2\x82\xac -->\n"
+                               "  <tag name=\"A\" id=\"0x1001\" comment=\"\xc3\x9cn\xc3\xaf"
+                               "c\xc3\xb6"
+                               "d\xc3\xa9 \xe2\x9c\x93\"/>\n"
+                               "</zat16>\n");
 }
 
 void TestWriterXml::charactersXmlCannotCarry()
@@ -762,18 +766,20 @@ void TestWriterXml::charactersXmlCannotCarry()
     // and the file still reads back.
     const auto root = makeRoot();
     Item *tag = addNumbered(root.get(), Tag, QStringLiteral("A"), 0x1001);
-    tag->comment = QStringLiteral("a\x01" "b") + QChar(0xFFFF) + QChar(0xD800) + QStringLiteral("c\U0001F600");
+    tag->comment = QStringLiteral("a\x01"
+                                  "b")
+        + QChar(0xFFFF) + QChar(0xD800) + QStringLiteral("c\U0001F600");
     addComment(root.get(), Tag, QStringLiteral("bell\x07"));
 
     const QByteArray saved = save(root.get());
     IOTEST_COMPARE_BYTES(saved,
-        head
-            + "\n<zat16>\n"
-              "  <tag name=\"A\" id=\"0x1001\" comment=\"a\xef\xbf\xbd"
-              "b\xef\xbf\xbd\xef\xbf\xbd"
-              "c\xf0\x9f\x98\x80\"/>\n"
-              "  <!--bell\xef\xbf\xbd-->\n"
-              "</zat16>\n");
+                         head
+                             + "\n<zat16>\n"
+                               "  <tag name=\"A\" id=\"0x1001\" comment=\"a\xef\xbf\xbd"
+                               "b\xef\xbf\xbd\xef\xbf\xbd"
+                               "c\xf0\x9f\x98\x80\"/>\n"
+                               "  <!--bell\xef\xbf\xbd-->\n"
+                               "</zat16>\n");
     Parser parser;
     QVERIFY2(parser.parse(saved), qPrintable(parser.formatError()));
 }
@@ -787,11 +793,11 @@ void TestWriterXml::commentLinesWithDashes()
 
     const QByteArray saved = save(root.get());
     IOTEST_COMPARE_BYTES(saved,
-        head
-            + "\n<zat16>\n"
-              "  <!--a- -b- - -c- -->\n"
-              "  <!--- ok -x-->\n"
-              "</zat16>\n");
+                         head
+                             + "\n<zat16>\n"
+                               "  <!--a- -b- - -c- -->\n"
+                               "  <!--- ok -x-->\n"
+                               "</zat16>\n");
     Parser parser;
     QVERIFY2(parser.parse(saved), qPrintable(parser.formatError()));
     const std::unique_ptr<Item> loaded(parser.takeRoot());
@@ -811,10 +817,10 @@ void TestWriterXml::itemsOfOtherTypesWriteNothing()
     Item *tag = addNumbered(second.get(), Tag, QStringLiteral("A"), 0x1001);
     add(tag, Invalid, QStringLiteral("Z"));
     IOTEST_COMPARE_BYTES(save(second.get()),
-        head
-            + "\n<zat16>\n"
-              "  <tag name=\"A\" id=\"0x1001\"/>\n"
-              "</zat16>\n");
+                         head
+                             + "\n<zat16>\n"
+                               "  <tag name=\"A\" id=\"0x1001\"/>\n"
+                               "</zat16>\n");
 }
 
 void TestWriterXml::writeIndent()
@@ -849,7 +855,7 @@ void TestWriterXml::writeItemAtDepthZero()
 
     bool result = false;
     QCOMPARE(writeAlone(&tag, 0, &result),
-        QByteArray("<tag name=\"A\" id=\"0x1001\"><enums><enum name=\"X\" id=\"1\"/><!--c--></enums></tag>"));
+             QByteArray("<tag name=\"A\" id=\"0x1001\"><enums><enum name=\"X\" id=\"1\"/><!--c--></enums></tag>"));
     QVERIFY(result);
 
     Item blank;
@@ -889,9 +895,9 @@ void TestWriterXml::writeToFile()
     QVERIFY(dir.isValid());
     const QString path = dir.filePath(QStringLiteral("out.zatdef"));
     QVERIFY(IoTest::writeFile(path,
-        "old content that is longer than the new one\n"
-        "old content that is longer than the new one\n"
-        "old content that is longer than the new one\n"));
+                              "old content that is longer than the new one\n"
+                              "old content that is longer than the new one\n"
+                              "old content that is longer than the new one\n"));
 
     const auto root = makeRoot();
     addNumbered(root.get(), Tag, QStringLiteral("A"), 0x1001);
@@ -901,10 +907,10 @@ void TestWriterXml::writeToFile()
     QVERIFY(writer.device == nullptr);
     QVERIFY(writer.error.isEmpty());
     IOTEST_COMPARE_BYTES(IoTest::readFile(path),
-        head
-            + "\n<zat16>\n"
-              "  <tag name=\"A\" id=\"0x1001\"/>\n"
-              "</zat16>\n");
+                         head
+                             + "\n<zat16>\n"
+                               "  <tag name=\"A\" id=\"0x1001\"/>\n"
+                               "</zat16>\n");
     QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList({ QStringLiteral("out.zatdef") }));
 }
 
@@ -1015,7 +1021,8 @@ void TestWriterXml::valuesAsStreamWriter()
     // First the cases around surrogates: a pair parted only by characters that are dropped
     // stays a pair; parted by markup, reversed or doubled it does not.
     const QList<QString> chosen = {
-        QString::fromUtf16(u"a\xD83D\x01\xDE00" u"b"),
+        QString::fromUtf16(u"a\xD83D\x01\xDE00"
+                           u"b"),
         QString::fromUtf16(u"a\xD83D\xFFFE\x0B\xDE00"),
         QString::fromUtf16(u"\xD83D<\xDE00"),
         QString::fromUtf16(u"\xDE00\xD83D"),

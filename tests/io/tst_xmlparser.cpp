@@ -12,7 +12,8 @@
 namespace {
 
 // A reader whose grammar is a function given by the test.
-class ScriptedParser : public XmlParser {
+class ScriptedParser : public XmlParser
+{
 public:
     std::function<bool(ScriptedParser &)> grammar;
     int grammarRuns = 0;
@@ -28,7 +29,8 @@ protected:
 };
 
 // A reader that collects warnings itself instead of in `warnings`.
-class CollectingParser : public ScriptedParser {
+class CollectingParser : public ScriptedParser
+{
 public:
     QStringList received;
 
@@ -73,7 +75,8 @@ QByteArray nested(int levels)
 
 } // namespace
 
-class TestXmlParser : public QObject {
+class TestXmlParser : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -118,7 +121,8 @@ void TestXmlParser::freshParserOpenFailure()
     QCOMPARE(p.grammarRuns, 0);
     QVERIFY(p.hasError());
     // The message names the file and says why.
-    const QString expected = QStringLiteral("Failed to open input file ") + path + QStringLiteral(": No such file or directory");
+    const QString expected
+        = QStringLiteral("Failed to open input file ") + path + QStringLiteral(": No such file or directory");
     QCOMPARE(p.errorString(), expected);
     QCOMPARE(p.formatError(), QStringLiteral("Error: ") + expected);
     QVERIFY(p.fileName.isEmpty());
@@ -142,8 +146,9 @@ void TestXmlParser::usedParserOpenFailure()
     QCOMPARE(p.grammarRuns, 1);
     QCOMPARE(p.fileName, QStringLiteral("data"));
     QCOMPARE(p.errorString(),
-             QStringLiteral("(EndDocument) Failed to open input file /nonexistent/definitely/not/here.zatdef: No such file "
-                            "or directory"));
+             QStringLiteral(
+                 "(EndDocument) Failed to open input file /nonexistent/definitely/not/here.zatdef: No such file "
+                 "or directory"));
     QCOMPARE(p.formatError(),
              QStringLiteral("Error: data, Line 1, Column 4:\n  (EndDocument) Failed to open input file "
                             "/nonexistent/definitely/not/here.zatdef: No such file or directory"));
@@ -246,8 +251,8 @@ void TestXmlParser::formatWithoutDevice()
     QCOMPARE(p.formatWarning(QStringLiteral("odd")), QStringLiteral("Warning: odd"));
 
     p.fileName = QStringLiteral("/home/u/a.zatdef");
-    QCOMPARE(
-        p.formatEW(QStringLiteral("Note"), QStringLiteral("text")), QStringLiteral("Note: /home/u/a.zatdef, text"));
+    QCOMPARE(p.formatEW(QStringLiteral("Note"), QStringLiteral("text")),
+             QStringLiteral("Note: /home/u/a.zatdef, text"));
     QCOMPARE(p.formatError(QStringLiteral("bad")), QStringLiteral("Error: /home/u/a.zatdef, bad"));
 }
 
@@ -291,8 +296,8 @@ void TestXmlParser::warningsAccumulate()
     QVERIFY(p.parse(QByteArray("<r><a/>\n<b/></r>")));
     QVERIFY(!p.hasError());
     QCOMPARE(p.warnings,
-        QStringLiteral("Warning: data, Line 1, Column 7:\n  one\n"
-                       "Warning: data, Line 2, Column 4:\n  two\n"));
+             QStringLiteral("Warning: data, Line 1, Column 7:\n  one\n"
+                            "Warning: data, Line 2, Column 4:\n  two\n"));
 
     // warnings of a later parse are added to the earlier ones
     p.grammar = [](ScriptedParser &self) {
@@ -317,8 +322,8 @@ void TestXmlParser::warningIsVirtual()
     };
     QVERIFY(p.parse(QByteArray("<r><a/></r>")));
     QCOMPARE(p.received,
-        QStringList({ QStringLiteral("Warning: data, Line 1, Column 7:\n  one"),
-            QStringLiteral("Warning: data, Line 1, Column 7:\n  Unexpected characters encountered") }));
+             QStringList({ QStringLiteral("Warning: data, Line 1, Column 7:\n  one"),
+                           QStringLiteral("Warning: data, Line 1, Column 7:\n  Unexpected characters encountered") }));
     QVERIFY(p.warnings.isEmpty());
 }
 
@@ -378,9 +383,10 @@ void TestXmlParser::fixedWarnings()
     QVERIFY(!p.hasError());
     const QString at = QStringLiteral("Warning: data, Line 2, Column 9:\n  ");
     QCOMPARE(p.warnings,
-        at + QStringLiteral("Unexpected characters encountered\n") + at + QStringLiteral("Unexpected element <item>.\n")
-            + at + QStringLiteral("Unexpected element <item>. Expected <tag>.\n") + at
-            + QStringLiteral("Unexpected element <item>. Expected enum or bit.\n"));
+             at + QStringLiteral("Unexpected characters encountered\n") + at
+                 + QStringLiteral("Unexpected element <item>.\n") + at
+                 + QStringLiteral("Unexpected element <item>. Expected <tag>.\n") + at
+                 + QStringLiteral("Unexpected element <item>. Expected enum or bit.\n"));
 }
 
 void TestXmlParser::raiseErrorWithoutDevice()
@@ -423,12 +429,8 @@ static QStringList readAllTokens(XmlParser::ReadMode mode)
 void TestXmlParser::readNextSkipMode()
 {
     const QStringList expected = {
-        QStringLiteral("StartDocument"),
-        QStringLiteral("StartElement a"),
-        QStringLiteral("StartElement b"),
-        QStringLiteral("Characters \"text\""),
-        QStringLiteral("EndElement b"),
-        QStringLiteral("EndElement a"),
+        QStringLiteral("StartDocument"),       QStringLiteral("StartElement a"), QStringLiteral("StartElement b"),
+        QStringLiteral("Characters \"text\""), QStringLiteral("EndElement b"),   QStringLiteral("EndElement a"),
         QStringLiteral("EndDocument"),
     };
     QCOMPARE(readAllTokens(XmlParser::SkipCommentsAndWhitespace), expected);
@@ -437,18 +439,12 @@ void TestXmlParser::readNextSkipMode()
 void TestXmlParser::readNextKeepMode()
 {
     const QStringList expected = {
-        QStringLiteral("StartDocument"),
-        QStringLiteral("Comment \" c1 \""),
-        QStringLiteral("StartElement a"),
-        QStringLiteral("Characters \"\n  \""),
-        QStringLiteral("Characters \"\n  \""),
-        QStringLiteral("Comment \"c2\""),
-        QStringLiteral("Characters \"\n  \""),
-        QStringLiteral("StartElement b"),
-        QStringLiteral("Characters \"text\""),
-        QStringLiteral("EndElement b"),
-        QStringLiteral("Characters \"\n\""),
-        QStringLiteral("EndElement a"),
+        QStringLiteral("StartDocument"),       QStringLiteral("Comment \" c1 \""),
+        QStringLiteral("StartElement a"),      QStringLiteral("Characters \"\n  \""),
+        QStringLiteral("Characters \"\n  \""), QStringLiteral("Comment \"c2\""),
+        QStringLiteral("Characters \"\n  \""), QStringLiteral("StartElement b"),
+        QStringLiteral("Characters \"text\""), QStringLiteral("EndElement b"),
+        QStringLiteral("Characters \"\n\""),   QStringLiteral("EndElement a"),
         QStringLiteral("EndDocument"),
     };
     QCOMPARE(readAllTokens(XmlParser::KeepCommentsAndWhitespace), expected);
@@ -473,10 +469,10 @@ void TestXmlParser::skipElementSkipsSubtree()
     };
     QVERIFY(p.parse(QByteArray("<r><u a=\"1\">text<!-- c --><?pi?><v><w/>more</v><x></x></u><after/></r>")));
     QCOMPARE(after,
-        QStringList({ QStringLiteral("StartElement after"),
-            QStringLiteral("EndElement after"),
-            QStringLiteral("EndElement r"),
-            QStringLiteral("EndDocument") }));
+             QStringList({ QStringLiteral("StartElement after"),
+                           QStringLiteral("EndElement after"),
+                           QStringLiteral("EndElement r"),
+                           QStringLiteral("EndDocument") }));
     QVERIFY(p.warnings.isEmpty());
 }
 
@@ -521,7 +517,7 @@ void TestXmlParser::skipElementNesting()
         QCOMPARE(p.depth, 101);
         QCOMPARE(p.errorString(), QStringLiteral("(StartElement) File too deeply nested"));
         QCOMPARE(p.formatError(),
-            QStringLiteral("Error: data, Line 1, Column 306:\n  (StartElement) File too deeply nested"));
+                 QStringLiteral("Error: data, Line 1, Column 306:\n  (StartElement) File too deeply nested"));
     }
 }
 

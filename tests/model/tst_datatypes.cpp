@@ -8,7 +8,8 @@
 
 using namespace ZAT16;
 
-class TestDataTypes : public QObject {
+class TestDataTypes : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -32,12 +33,12 @@ void TestDataTypes::entries_data()
     QTest::addColumn<QString>("selectorText");
 
     auto row = [](DataType type,
-                   const char *enumName,
-                   const char *typeName,
-                   const char *tooltip,
-                   const char *icon,
-                   int row,
-                   const char *selectorText) {
+                  const char *enumName,
+                  const char *typeName,
+                  const char *tooltip,
+                  const char *icon,
+                  int row,
+                  const char *selectorText) {
         QTest::newRow(enumName) << int(type) << QString::fromLatin1(enumName) << QString::fromLatin1(typeName)
                                 << QString::fromLatin1(tooltip) << QStringLiteral(":/icons/%1.png").arg(icon) << row
                                 << QString::fromLatin1(selectorText);

@@ -46,7 +46,8 @@ QString names(const Item &parent)
 }
 
 // Runs `call` with standard error redirected into a temporary file and returns what was written.
-template <typename F> QByteArray captureStderr(F call)
+template<typename F>
+QByteArray captureStderr(F call)
 {
     QTemporaryFile file;
     if (!file.open())
@@ -64,7 +65,8 @@ template <typename F> QByteArray captureStderr(F call)
 
 } // namespace
 
-class TestItem : public QObject {
+class TestItem : public QObject
+{
     Q_OBJECT
 
 private slots:

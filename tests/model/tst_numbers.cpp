@@ -4,7 +4,8 @@
 
 #include <QtTest>
 
-class TestNumbers : public QObject {
+class TestNumbers : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -274,8 +275,8 @@ void TestNumbers::to64FromPointer()
     QFETCH(bool, ok);
 
     bool result = !ok;
-    QCOMPARE(
-        qulonglong(Numbers::to64(static_cast<const void *>(text.constData()), uint(text.size()), &result)), value64);
+    QCOMPARE(qulonglong(Numbers::to64(static_cast<const void *>(text.constData()), uint(text.size()), &result)),
+             value64);
     QCOMPARE(result, ok);
 }
 
@@ -402,8 +403,7 @@ void TestNumbers::readHex_data()
     QTest::newRow("fullwidth letter") << QString(QChar(0xFF21)) << int(Reading::NotANumber) << 0ULL;
     QTest::newRow("highest") << "FFFFFFFFFFFFFFFF" << int(Reading::Number) << ~0ULL;
     QTest::newRow("highest with prefix") << "0xFFFFFFFFFFFFFFFF" << int(Reading::Number) << ~0ULL;
-    QTest::newRow("leading zeros do not count")
-        << "00000000FFFFFFFFFFFFFFFF" << int(Reading::Number) << ~0ULL;
+    QTest::newRow("leading zeros do not count") << "00000000FFFFFFFFFFFFFFFF" << int(Reading::Number) << ~0ULL;
     QTest::newRow("17 digits") << "10000000000000000" << int(Reading::TooLarge) << 0ULL;
     QTest::newRow("too large with a bad digit") << "10000000000000000g" << int(Reading::NotANumber) << 0ULL;
 }

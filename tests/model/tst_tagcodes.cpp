@@ -8,7 +8,8 @@
 
 using namespace ZAT16;
 
-class TestTagCodes : public QObject {
+class TestTagCodes : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -184,22 +185,8 @@ void TestTagCodes::typeNameTable_data()
     QTest::addColumn<uint>("code");
     QTest::addColumn<QString>("name");
 
-    const char *names[16] = { "Binary",
-        "Integer",
-        "Bool",
-        "String",
-        "Date",
-        "Time",
-        "DateTime",
-        "BitArray",
-        "Int64",
-        "IPAddress",
-        nullptr,
-        nullptr,
-        "List",
-        "Request",
-        "Answer",
-        "Message" };
+    const char *names[16] = { "Binary", "Integer",   "Bool",  "String", "Date", "Time",    "DateTime", "BitArray",
+                              "Int64",  "IPAddress", nullptr, nullptr,  "List", "Request", "Answer",   "Message" };
     for (uint nibble = 0; nibble < 16; ++nibble) {
         if (!names[nibble])
             continue;
@@ -306,8 +293,9 @@ void TestTagCodes::formatNumberOf_data()
     QTest::newRow("0 binary") << 0ull << 5 << 0 << QStringLiteral("0y0");
     QTest::newRow("0 signed") << 0ull << 1 << 0 << QStringLiteral("0");
     QTest::newRow("0 unsigned 3 digits") << 0ull << 2 << 3 << QStringLiteral("000");
-    QTest::newRow("binary 2^63") << (1ull
-        << 63) << 5 << 0 << QStringLiteral("0y1000000000000000000000000000000000000000000000000000000000000000");
+    QTest::newRow("binary 2^63") << (1ull << 63) << 5 << 0
+                                 << QStringLiteral(
+                                        "0y1000000000000000000000000000000000000000000000000000000000000000");
     QTest::newRow("2^63 signed") << (1ull << 63) << 1 << 0 << QStringLiteral("-9223372036854775808");
     QTest::newRow("2^63 unsigned") << (1ull << 63) << 2 << 0 << QStringLiteral("9223372036854775808");
     // padding never truncates
@@ -315,10 +303,10 @@ void TestTagCodes::formatNumberOf_data()
     QTest::newRow("0xABC hex 2 digits") << 0xABCull << 3 << 2 << QStringLiteral("0xABC");
     QTest::newRow("8 octal 4 digits") << 8ull << 4 << 4 << QStringLiteral("0o0010");
     // a digit count from a damaged file pads to 64 digits at most
-    QTest::newRow("5 binary 64 digits") << 5ull << 5 << 64 << QStringLiteral("0y") + QString(61, QLatin1Char('0'))
-                                                                   + QStringLiteral("101");
-    QTest::newRow("7 decimal 2000000000 digits") << 7ull << 1 << 2000000000 << QString(63, QLatin1Char('0'))
-                                                                                     + QStringLiteral("7");
+    QTest::newRow("5 binary 64 digits") << 5ull << 5 << 64
+                                        << QStringLiteral("0y") + QString(61, QLatin1Char('0')) + QStringLiteral("101");
+    QTest::newRow("7 decimal 2000000000 digits")
+        << 7ull << 1 << 2000000000 << QString(63, QLatin1Char('0')) + QStringLiteral("7");
 }
 
 void TestTagCodes::formatNumberOf()
@@ -386,7 +374,8 @@ void TestTagCodes::numbersMatchQtFormatting()
         QCOMPARE(appended, QStringLiteral("x=") + expected);
 
         const unsigned code = i % 2 ? unsigned(value) : unsigned(value & 0xFFFF);
-        const QString hex = QStringLiteral("0x") + QString::number(code, 16).toUpper().rightJustified(4, QLatin1Char('0'));
+        const QString hex
+            = QStringLiteral("0x") + QString::number(code, 16).toUpper().rightJustified(4, QLatin1Char('0'));
         QCOMPARE(tag2hex(code), hex);
         QString hexAppended = QStringLiteral("c ");
         appendTag2hex(hexAppended, code);

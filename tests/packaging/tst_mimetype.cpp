@@ -6,7 +6,8 @@
 #include <QMimeType>
 #include <QTest>
 
-class TestMimeType : public QObject {
+class TestMimeType : public QObject
+{
     Q_OBJECT
 
 private slots:

@@ -11,42 +11,18 @@ namespace {
 // Every icon the editor uses: data types and item kinds in the tree, the tag type selector, and the
 // actions of the main window.
 const char *const iconPaths[] = {
-    ":/icons/i16_add.png",
-    ":/icons/i16_answer.png",
-    ":/icons/i16_bomb.png",
-    ":/icons/i16_bool.png",
-    ":/icons/i16_copy.png",
-    ":/icons/i16_cut.png",
-    ":/icons/i16_data.png",
-    ":/icons/i16_date.png",
-    ":/icons/i16_datetime.png",
-    ":/icons/i16_empty.png",
-    ":/icons/i16_exit.png",
-    ":/icons/i16_folder.png",
-    ":/icons/i16_folder_open.png",
-    ":/icons/i16_font.png",
-    ":/icons/i16_header.png",
-    ":/icons/i16_int.png",
-    ":/icons/i16_list.png",
-    ":/icons/i16_list_bullets.png",
-    ":/icons/i16_lua.png",
-    ":/icons/i16_message.png",
-    ":/icons/i16_network.png",
-    ":/icons/i16_paste.png",
-    ":/icons/i16_point.png",
-    ":/icons/i16_question.png",
-    ":/icons/i16_rect.png",
-    ":/icons/i16_redo.png",
-    ":/icons/i16_remove.png",
-    ":/icons/i16_save.png",
-    ":/icons/i16_save_as.png",
-    ":/icons/i16_size.png",
-    ":/icons/i16_string.png",
-    ":/icons/i16_table_edit.png",
-    ":/icons/i16_time.png",
-    ":/icons/i16_tiny_bullet.png",
-    ":/icons/i16_undo.png",
-    ":/icons/i16_undo_history.png",
+    ":/icons/i16_add.png",         ":/icons/i16_answer.png",     ":/icons/i16_bomb.png",
+    ":/icons/i16_bool.png",        ":/icons/i16_copy.png",       ":/icons/i16_cut.png",
+    ":/icons/i16_data.png",        ":/icons/i16_date.png",       ":/icons/i16_datetime.png",
+    ":/icons/i16_empty.png",       ":/icons/i16_exit.png",       ":/icons/i16_folder.png",
+    ":/icons/i16_folder_open.png", ":/icons/i16_font.png",       ":/icons/i16_header.png",
+    ":/icons/i16_int.png",         ":/icons/i16_list.png",       ":/icons/i16_list_bullets.png",
+    ":/icons/i16_lua.png",         ":/icons/i16_message.png",    ":/icons/i16_network.png",
+    ":/icons/i16_paste.png",       ":/icons/i16_point.png",      ":/icons/i16_question.png",
+    ":/icons/i16_rect.png",        ":/icons/i16_redo.png",       ":/icons/i16_remove.png",
+    ":/icons/i16_save.png",        ":/icons/i16_save_as.png",    ":/icons/i16_size.png",
+    ":/icons/i16_string.png",      ":/icons/i16_table_edit.png", ":/icons/i16_time.png",
+    ":/icons/i16_tiny_bullet.png", ":/icons/i16_undo.png",       ":/icons/i16_undo_history.png",
 };
 
 const char emptyIcon[] = ":/icons/i16_empty.png";
@@ -71,7 +47,8 @@ int countPixels(const QImage &image, int minAlpha, int maxAlpha)
 
 } // namespace
 
-class TestIcons : public QObject {
+class TestIcons : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -129,9 +106,8 @@ void TestIcons::loadsAsIcon()
     QVERIFY(!image.isNull());
     QCOMPARE(image.size(), QSize(16, 16));
     // the icon engine hands out the picture unchanged at its own size (pixmaps are premultiplied)
-    const QImage expected = loadImage(path)
-                                .convertToFormat(QImage::Format_ARGB32_Premultiplied)
-                                .convertToFormat(QImage::Format_ARGB32);
+    const QImage expected
+        = loadImage(path).convertToFormat(QImage::Format_ARGB32_Premultiplied).convertToFormat(QImage::Format_ARGB32);
     QCOMPARE(image, expected);
 }
 

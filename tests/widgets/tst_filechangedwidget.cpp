@@ -23,7 +23,8 @@ static QString const removedText = QStringLiteral("The file defs.zatdef has been
 
 // Counts how often the banner is shown; a banner that is already visible is not shown again, so
 // the tests hide it after each notice.
-class ShowCounter : public QObject {
+class ShowCounter : public QObject
+{
 public:
     explicit ShowCounter(QWidget *widget) { widget->installEventFilter(this); }
     int count = 0;
@@ -37,7 +38,8 @@ protected:
     }
 };
 
-class TestFileChangedWidget : public QObject {
+class TestFileChangedWidget : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -410,7 +412,7 @@ void TestFileChangedWidget::watchOtherFile()
     QVERIFY(writeFile(other, "changed\n"));
     QTRY_VERIFY(m_banner->isVisible());
     QCOMPARE(label()->text(),
-        QString("The file other.zatdef has been changed outside this application. Do you want to reload?"));
+             QString("The file other.zatdef has been changed outside this application. Do you want to reload?"));
 }
 
 QTEST_MAIN(TestFileChangedWidget)

@@ -14,7 +14,8 @@
 //       A2a
 //   B
 //     B1
-class TestRowTreeView : public QObject {
+class TestRowTreeView : public QObject
+{
     Q_OBJECT
 
 private slots:

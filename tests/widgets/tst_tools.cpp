@@ -25,7 +25,8 @@ void captureHandler(QtMsgType type, QMessageLogContext const &context, QString c
 }
 
 // Collects the debug output of its lifetime.
-class DebugCapture {
+class DebugCapture
+{
 public:
     DebugCapture()
     {
@@ -58,7 +59,8 @@ QRect adjustedArea()
 
 } // namespace
 
-class TestTools : public QObject {
+class TestTools : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -222,7 +224,7 @@ void TestTools::restoreSeventeenPixelsLeft()
     DebugCapture capture;
     QVERIFY(Tools::restoreWidgetGeometry(&widget, record(pos, QSize(400, 300), false)));
     QCOMPARE(capture.lines(),
-        QStringList(red(QString::asprintf("Restore 400x300%+d%+d: Not on any screen", pos.x(), pos.y()))));
+             QStringList(red(QString::asprintf("Restore 400x300%+d%+d: Not on any screen", pos.x(), pos.y()))));
     QCOMPARE(widget.pos(), defaultPlace);
     QCOMPARE(widget.size(), QSize(400, 300));
 }
@@ -250,7 +252,7 @@ void TestTools::restoreSecondMonitorGone()
     // The size still fits the remaining screen and is restored, so the call reports success.
     QVERIFY(Tools::restoreWidgetGeometry(&widget, record(pos, QSize(320, 240), false)));
     QCOMPARE(capture.lines(),
-        QStringList(red(QString("Restore 320x240+%1+%2: Not on any screen").arg(pos.x()).arg(pos.y()))));
+             QStringList(red(QString("Restore 320x240+%1+%2: Not on any screen").arg(pos.x()).arg(pos.y()))));
     QCOMPARE(widget.pos(), defaultPlace);
     QCOMPARE(widget.size(), QSize(320, 240));
 }
@@ -267,7 +269,7 @@ void TestTools::restoreSecondMonitorGoneMaximized()
     DebugCapture capture;
     QVERIFY(Tools::restoreWidgetGeometry(&widget, record(pos, QSize(320, 240), true)));
     QCOMPARE(capture.lines(),
-        QStringList(red(QString("Restore 320x240+%1+%2: Not on any screen").arg(pos.x()).arg(pos.y()))));
+             QStringList(red(QString("Restore 320x240+%1+%2: Not on any screen").arg(pos.x()).arg(pos.y()))));
     QCOMPARE(widget.pos(), defaultPlace);
     QVERIFY(widget.windowState() & Qt::WindowMaximized);
 }
@@ -314,8 +316,8 @@ void TestTools::restoreDoesNotFit()
     DebugCapture capture;
     QVERIFY(Tools::restoreWidgetGeometry(&widget, record(pos, size, false)));
     QCOMPARE(capture.lines(),
-        QStringList({ red(saved + ": Does not fit " + areaText + ", trying centered"),
-            red(saved + ": Does not fit " + centeredText) }));
+             QStringList({ red(saved + ": Does not fit " + areaText + ", trying centered"),
+                           red(saved + ": Does not fit " + centeredText) }));
     QCOMPARE(widget.pos(), defaultPlace);
     // The saved width is cut to the screen's; the debug lines still name the saved size.
     QCOMPARE(widget.size(), QSize(available.width(), 200));
@@ -342,8 +344,8 @@ void TestTools::restoreDoesNotFitMaximized()
     DebugCapture capture;
     QVERIFY(Tools::restoreWidgetGeometry(&widget, record(pos, size, true)));
     QCOMPARE(capture.lines(),
-        QStringList({ red(saved + ": Does not fit " + areaText + ", trying centered"),
-            red(saved + ": Does not fit " + centeredText + ", maximizing anyway") }));
+             QStringList({ red(saved + ": Does not fit " + areaText + ", trying centered"),
+                           red(saved + ": Does not fit " + centeredText + ", maximizing anyway") }));
     QCOMPARE(widget.pos(), defaultPlace);
     QVERIFY(widget.windowState() & Qt::WindowMaximized);
 }
@@ -399,9 +401,9 @@ void TestTools::restoreOnTinyScreen()
     // Nothing of the record could be used.
     QVERIFY(!Tools::restoreWidgetGeometry(&widget, record(QPoint(1450, 10), QSize(300, 200), false)));
     QCOMPARE(capture.lines(),
-        QStringList({ red("Restore 300x200+1450+10: Too small"),
-            red("Restore 300x200+1450+10: Does not fit 72x-10+1424+0, trying centered"),
-            red("Restore 300x200+1450+10: Does not fit 72x-10+1310-105") }));
+             QStringList({ red("Restore 300x200+1450+10: Too small"),
+                           red("Restore 300x200+1450+10: Does not fit 72x-10+1424+0, trying centered"),
+                           red("Restore 300x200+1450+10: Does not fit 72x-10+1310-105") }));
     QCOMPARE(widget.pos(), QPoint(40, 30));
     QCOMPARE(widget.size(), QSize(100, 100));
     QCOMPARE(widget.windowState(), Qt::WindowNoState);
@@ -459,7 +461,7 @@ void TestTools::restoreHugeSizeNotOnAnyScreen()
     DebugCapture capture;
     QVERIFY(Tools::restoreWidgetGeometry(&widget, record(pos, QSize(500, 30000), false)));
     QCOMPARE(capture.lines(),
-        QStringList(red(QString("Restore 500x30000+%1+%2: Not on any screen").arg(pos.x()).arg(pos.y()))));
+             QStringList(red(QString("Restore 500x30000+%1+%2: Not on any screen").arg(pos.x()).arg(pos.y()))));
     QCOMPARE(widget.pos(), QPoint(40, 30));
     QCOMPARE(widget.size(), QSize(500, primaryArea().height()));
 }
