@@ -118,10 +118,7 @@ private slots:
         Item *item = entry(&root, Tag, QStringLiteral("1st"), 1, true);
         QString message;
         QCOMPARE(int(Marks::reasons(item, {}, &message)), int(Marks::InvalidName));
-        QString expected;
-        QVERIFY(!isValidIdentifier(item->name, &expected));
-        QCOMPARE(message, expected);
-        QVERIFY(!message.isEmpty());
+        QCOMPARE(message, QStringLiteral("Name must not start with a digit."));
     }
 
     // The collision flags are asked for only when the entry's own faults in its name and code

@@ -177,7 +177,8 @@ private slots:
         QCOMPARE(index.idHolders(1).mix, mix({ a, b }));
         QVERIFY(agrees(index, &list));
 
-        // The last holder of a key leaves: the key is gone, nobody is reported.
+        // The last holder of a name leaves: the name is gone, and only A, which shared the code
+        // with it, is reported.
         std::unique_ptr<Item> last(list.takeChild(1));
         changed.clear();
         index.remove(1, last.get(), &changed);

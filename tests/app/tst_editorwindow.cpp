@@ -750,10 +750,13 @@ private slots:
         QVERIFY(!name.isEmpty());
         bool opened = false;
         TestModal::onNextModal([&](QWidget *w) {
-            opened = true;
+            // a dialog without buttons is closed, so that the test fails instead of waiting
             auto *box = w->findChild<QDialogButtonBox *>();
-            QVERIFY(box);
-            box->button(ok ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel)->click();
+            opened = box != nullptr;
+            if (box)
+                box->button(ok ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel)->click();
+            else
+                w->close();
         });
         const QPoint at = view->visualRect(power).center();
         QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, at);
@@ -1440,8 +1443,12 @@ private slots:
         QString title;
         QString text;
         TestModal::onNextModal([&](QWidget *w) {
+            // anything but a message box is closed, so that the test fails instead of waiting
             auto *box = qobject_cast<QMessageBox *>(w);
-            QVERIFY(box);
+            if (!box) {
+                w->close();
+                return;
+            }
             title = box->windowTitle();
             text = box->text();
             box->button(QMessageBox::Close)->click();

@@ -69,7 +69,12 @@ QValidator::State qstringTagValidation(const QString &input, const Item *item, Q
         *message = QStringLiteral("Tag code out of range");
         return QValidator::Intermediate;
     }
-    if (item && item->parent && item->parent->findBut(unsigned(value), item) >= 0) {
+    bool taken = false;
+    if (item && item->parent) {
+        for (const Item *sibling : item->parent->children)
+            taken = taken || (sibling != item && sibling->hasId && sibling->id == value);
+    }
+    if (taken) {
         *message = QStringLiteral("Tag code already exists");
         return QValidator::Acceptable;
     }

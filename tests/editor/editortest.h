@@ -102,10 +102,6 @@ inline QString dataChangedText(const QList<QVariant> &arguments)
     return text;
 }
 
-/// An EditorModel with its undo stack and a model tester in fatal mode, attached before the
-/// model is filled. The tester is kept off dataChanged only: the model's dataChanged ranges end
-/// one past the last row and column on purpose, which the tester would reject; the tests check
-/// those ranges themselves.
 /// The dataChanged signals a spy caught, one a line.
 inline QString signalText(const QSignalSpy &spy)
 {
@@ -115,6 +111,10 @@ inline QString signalText(const QSignalSpy &spy)
     return lines.join(QLatin1Char('\n'));
 }
 
+/// An EditorModel with its undo stack and a model tester in fatal mode, attached before the
+/// model is filled. The tester is kept off dataChanged only: the model's dataChanged ranges end
+/// one past the last row and column on purpose, which the tester would reject; the tests check
+/// those ranges themselves.
 struct Fixture {
     QUndoStack stack;
     EditorModel model;

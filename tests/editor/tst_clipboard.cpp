@@ -87,6 +87,16 @@ QString rowsText(const QList<int> &path)
 // when the same subtree came back where the insertion rules put it, what went wrong otherwise. A
 // list pasted onto itself merges into its tag's first list of its kind: its children come back at
 // that list's end; a value or bit of another list than that first one goes there too.
+// The tag's first child of the given kind, searched here rather than asked of the item.
+const Item *firstOfKind(const Item *tag, ItemType type)
+{
+    for (const Item *child : tag->children) {
+        if (child->type == type)
+            return child;
+    }
+    return nullptr;
+}
+
 QString pastesBack(const std::function<Item *()> &makeTree, const QList<int> &path)
 {
     Fixture f(makeTree());
@@ -98,7 +108,7 @@ QString pastesBack(const std::function<Item *()> &makeTree, const QList<int> &pa
         children.append(dumpTree(child));
     const bool list = item->type == Enums || item->type == Bits;
     // A pasted list merges into the tag's first list of its kind, which may be another one.
-    const Item *target = list ? item->parent->findInTagByItemType(item->type) : nullptr;
+    const Item *target = list ? firstOfKind(item->parent, item->type) : nullptr;
     const qsizetype targetSize = target ? target->children.size() : 0;
 
     std::unique_ptr<QMimeData> mime(f.model.copy(index));
@@ -112,7 +122,7 @@ QString pastesBack(const std::function<Item *()> &makeTree, const QList<int> &pa
         const Item *parent = item->parent;
         const Item *first
             = (parent->type == Enums || parent->type == Bits) && parent->parent && parent->parent->type == Tag
-            ? parent->parent->findInTagByItemType(parent->type)
+            ? firstOfKind(parent->parent, parent->type)
             : parent;
         const bool ownRow = first == parent;
         if (f.model.index2item(pasted.parent()) != first
@@ -356,7 +366,8 @@ void TestClipboard::everyItemPastesBack()
     };
     const std::unique_ptr<Item> tree(makeTree());
     const QList<QList<int>> paths = itemPaths(tree.get());
-    QVERIFY(!paths.isEmpty() || seed > 0);
+    if (!example.isEmpty())
+        QVERIFY(!paths.isEmpty());
     for (const QList<int> &path : paths) {
         const QString problem = pastesBack(makeTree, path);
         QVERIFY2(problem.isEmpty(),
@@ -780,7 +791,8 @@ void TestClipboard::refusedNameDroppedOrPastedIsMarked()
     f.stack.undo();
     QCOMPARE(f.encoding(), encodeText(tree));
     QVERIFY(!name.data(Qt::BackgroundRole).isValid());
-    QCOMPARE(name.data(Qt::ToolTipRole).toString(), f.index({ 0 }, 1).data(Qt::ToolTipRole).toString());
+    // back to the tooltip of a tag: its data type
+    QCOMPARE(name.data(Qt::ToolTipRole).toString(), QStringLiteral("Integer"));
 }
 
 // Edge case: drops between rows are refused.
