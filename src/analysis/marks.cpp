@@ -6,11 +6,6 @@ namespace ZAT16 {
 
 namespace {
 
-bool isNamedKind(const Item *item)
-{
-    return item->type == Tag || item->type == Enum || item->type == Bit;
-}
-
 // The reasons that mark a column on their own. An incomplete parent marks every column, and so
 // does a missing name or code of an entry with entries below it.
 Marks::Reasons columnReasons(int column)
@@ -39,10 +34,20 @@ Marks::Reasons collisionReasons(Item::CollisionFlags collisions)
 
 bool Marks::isEntry(const Item *item)
 {
-    return isNamedKind(item) && !item->isComment();
+    return item->isNamedKind() && !item->isComment();
 }
 
 Marks::Reasons Marks::reasons(const Item *item, Item::CollisionFlags collisions, QString *invalidName)
+{
+    return entryReasons(item, collisions, invalidName, true);
+}
+
+// The reasons of reasons(); the name is checked against the reader's rules only when `checkName`
+// is set, since that is the one costly rule and only the name column shows it.
+Marks::Reasons Marks::entryReasons(const Item *item,
+                                   Item::CollisionFlags collisions,
+                                   QString *invalidName,
+                                   bool checkName)
 {
     Reasons reasons;
     if (!isEntry(item))
@@ -57,7 +62,7 @@ Marks::Reasons Marks::reasons(const Item *item, Item::CollisionFlags collisions,
     reasons |= collisionReasons(collisions);
     if (!(reasons & (NameWithoutCode | CodeWithoutName)) && !item->children.isEmpty() && (!hasName || !hasCode))
         reasons |= IncompleteParent;
-    if (hasName && !isValidIdentifier(item->name, invalidName))
+    if (checkName && hasName && !isValidIdentifier(item->name, invalidName))
         reasons |= InvalidName;
     return reasons;
 }
@@ -66,9 +71,9 @@ Marks::CellMark Marks::cellMark(const Item *item, int column, const std::functio
 {
     if (item->isComment())
         return CommentMark;
-    if (!isNamedKind(item))
+    if (!item->isNamedKind())
         return NoMark;
-    Reasons found = reasons(item, Item::CollisionFlags());
+    Reasons found = entryReasons(item, Item::CollisionFlags(), nullptr, column == 0);
     // The entry's own faults in its name and code decide first. The siblings are asked only after
     // them: the editor counts the children of a parent on the first question.
     if (found & (InvalidName | NameWithoutCode | CodeWithoutName) & columnReasons(column))

@@ -54,6 +54,12 @@ public:
     /// every column. `collisions` gives the item's collision flags; it is called only when the
     /// entry's own faults leave the cell unmarked.
     static CellMark cellMark(const Item *item, int column, const std::function<Item::CollisionFlags()> &collisions);
+
+private:
+    static Reasons entryReasons(const Item *item,
+                                Item::CollisionFlags collisions,
+                                QString *invalidName,
+                                bool checkName);
 };
 
 Q_DECLARE_OPERATORS_FOR_FLAGS(Marks::Reasons)

@@ -57,7 +57,7 @@ QWidget *EditorDelegate::createEditor(QWidget *parent, const QStyleOptionViewIte
     const QVariant fontData = index.data(Qt::FontRole);
     const QFont font = fontData.canConvert<QFont>() ? qvariant_cast<QFont>(fontData) : QFont();
 
-    const bool named = item->type == Tag || item->type == Enum || item->type == Bit;
+    const bool named = item->isNamedKind();
     if (!named)
         return nullptr;
 

@@ -65,7 +65,7 @@ void TreeEditing::remove()
 void TreeEditing::edit(const QModelIndex &index)
 {
     const Item *item = m_model->index2item(index);
-    if (!index.isValid() || !item || !(item->type == Tag || item->type == Enum || item->type == Bit))
+    if (!index.isValid() || !item || !item->isNamedKind())
         return;
     // Comment lines and blank lines have the type of their neighbours but nothing to edit.
     if (item->isComment() || item->isNewline())

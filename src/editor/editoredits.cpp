@@ -39,7 +39,7 @@ bool EditorEdits::setData(const QModelIndex &index, const QVariant &value, int r
     if (role != Qt::EditRole)
         return false;
     Item *item = m_model.index2item(index);
-    if (!item || !ItemPresentation::isNamed(item))
+    if (!item || !item->isNamedKind())
         return false;
     const QString text = value.toString();
     switch (index.column()) {
@@ -263,8 +263,9 @@ QModelIndex EditorEdits::paste(const QModelIndex &at, const QMimeData *data)
 {
     if (!at.isValid() || !data)
         return QModelIndex();
-    if (EditorClipboard::hasItem(data)) {
-        Item *item = EditorClipboard::decodeItem(data);
+    const QByteArray xml = EditorClipboard::itemXml(data);
+    if (!xml.isEmpty()) {
+        Item *item = EditorClipboard::decodeItem(xml);
         if (!item)
             return QModelIndex();
         const QModelIndex inserted = insertRow(at.row(), at.parent(), item);

@@ -1,6 +1,5 @@
 #include "editormodel.h"
 
-#include "commandreplaceall.h"
 #include "editorclipboard.h"
 
 #include <QMimeData>

@@ -27,7 +27,7 @@ QVariant ItemPresentation::display(const Item *item, int column) const
 {
     if (column == 2)
         return item->comment.isEmpty() ? QStringLiteral(" ") : item->comment;
-    if (isNamed(item)) {
+    if (item->isNamedKind()) {
         if (column == 0)
             return item->name.isEmpty() ? QStringLiteral(" ") : item->name;
         if (column == 1) {
@@ -50,7 +50,7 @@ QVariant ItemPresentation::display(const Item *item, int column) const
 
 QVariant ItemPresentation::edit(const Item *item, int column) const
 {
-    if (!isNamed(item))
+    if (!item->isNamedKind())
         return QVariant();
     switch (column) {
     case 0:
@@ -104,8 +104,7 @@ QVariant ItemPresentation::tooltip(const Item *item, int column) const
 {
     // A name that the reader refuses says why it is marked.
     QString invalid;
-    if (column == 0 && isNamed(item) && !item->isComment() && !item->name.isEmpty()
-        && !isValidIdentifier(item->name, &invalid))
+    if (column == 0 && Marks::isEntry(item) && !item->name.isEmpty() && !isValidIdentifier(item->name, &invalid))
         return invalid;
     if (item->type != Tag || !item->hasId || (column != 0 && column != 1))
         return QVariant();
@@ -118,7 +117,7 @@ QVariant ItemPresentation::font(const Item *item, int column) const
 {
     if (column == 2)
         return m_commentFont;
-    if ((column == 0 || column == 1) && isNamed(item))
+    if ((column == 0 || column == 1) && item->isNamedKind())
         return m_fixedFont;
     return QVariant();
 }

@@ -22,9 +22,6 @@ class ItemPresentation
 public:
     ItemPresentation();
 
-    /// Tags, enumeration values and bits: the kinds that carry a name, a code and a comment.
-    static bool isNamed(const Item *item) { return item->type == Tag || item->type == Enum || item->type == Bit; }
-
     QVariant display(const Item *item, int column) const;
     QVariant edit(const Item *item, int column) const;
     QVariant decoration(const Item *item, int column) const;

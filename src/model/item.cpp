@@ -168,8 +168,7 @@ Item *Item::findInTagByItemType(ItemType type) const
 
 bool Item::isNewline() const
 {
-    return children.isEmpty() && !hasId && name.isEmpty() && comment.isEmpty()
-        && (type == Tag || type == Enum || type == Bit);
+    return children.isEmpty() && !hasId && name.isEmpty() && comment.isEmpty() && isNamedKind();
 }
 
 bool Item::isComment() const
@@ -184,7 +183,7 @@ bool Item::isValid(ItemType type) const
     if (name.isEmpty())
         return type == Enum && this->type == Enum;
     if (type == Invalid)
-        return this->type == Tag || this->type == Enum || this->type == Bit;
+        return isNamedKind();
     return this->type == type;
 }
 

@@ -43,6 +43,8 @@ struct ItemData {
     /// warnings go by these two.
     bool hasNameKey() const { return !name.isEmpty(); }
     bool hasIdKey() const { return hasId; }
+    /// Tags, enumeration values and bits: the kinds that carry a name, a code and a comment.
+    bool isNamedKind() const { return type == Tag || type == Enum || type == Bit; }
 };
 
 /// One node of the definitions tree. An item owns its children; comments and blank lines of the
