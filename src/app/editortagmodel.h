@@ -12,8 +12,6 @@ class EditorTagModel : public QAbstractItemModel
     Q_OBJECT
 
 public:
-    /// Rows of the tag selector in DataTypes; the last three (Request, Answer, Message) are not offered.
-    static constexpr int DefinedRows = 16;
     /// Rows the model reports.
     static constexpr int OfferedRows = 13;
 

@@ -83,8 +83,6 @@ public:
     FindBar *findBar() const;
     ProblemsDock *problemsDock() const { return m_problemsDock; }
     Recovery *recovery() const { return m_recovery; }
-    EditorDocument *document() const { return m_document; }
-    CodeViewer *viewer() const { return m_viewer; }
 
 signals:
     void saved(ZAT16::Item *root, const QString &path);

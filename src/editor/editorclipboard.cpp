@@ -23,6 +23,8 @@ QMimeData *EditorClipboard::encode(const Item *item, const QString &text)
     auto *mime = new QMimeData;
     mime->setText(text);
     if (item) {
+        // The item as the one element of a definitions document, its comment an attribute: a
+        // comment line or a blank line too, which could not stand as a document otherwise.
         WriterXml writer;
         writer.entry = true;
         mime->setData(xmlMimeType(), writer.encode(item));
@@ -30,16 +32,13 @@ QMimeData *EditorClipboard::encode(const Item *item, const QString &text)
     return mime;
 }
 
-bool EditorClipboard::hasItem(const QMimeData *data)
+QByteArray EditorClipboard::itemXml(const QMimeData *data)
 {
-    return !data->data(xmlMimeType()).isEmpty();
+    return data->data(xmlMimeType());
 }
 
-Item *EditorClipboard::decodeItem(const QMimeData *data)
+Item *EditorClipboard::decodeItem(const QByteArray &xml)
 {
-    const QByteArray xml = data->data(xmlMimeType());
-    if (xml.isEmpty())
-        return nullptr;
     // Parse errors are not reported: only whether an item came out counts.
     Parser parser;
     parser.entry = true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 class QMimeData;
@@ -20,11 +21,11 @@ public:
 
     /// New mime data with `text` and, when `item` is not null, the item's XML.
     static QMimeData *encode(const Item *item, const QString &text);
-    /// Whether `data` carries an entry as XML (which then decides a paste, parsed or not).
-    static bool hasItem(const QMimeData *data);
-    /// The item that the XML of `data` holds, or null when there is none or it does not parse;
-    /// the caller owns the result.
-    static Item *decodeItem(const QMimeData *data);
+    /// The entry's XML that `data` carries, empty when there is none; when there is, it decides a
+    /// paste, whether it parses or not.
+    static QByteArray itemXml(const QMimeData *data);
+    /// The item that `xml` holds, or null when it does not parse; the caller owns the result.
+    static Item *decodeItem(const QByteArray &xml);
 };
 
 } // namespace ZAT16

@@ -269,6 +269,7 @@ bool Parser::hasSiblingName(const Item *parent, const QString &name)
     return siblingIndex(parent).nameHolders(name).count > 0;
 }
 
+// The steps of reading an element's attributes are the parser's own; AttributeReader does them.
 bool Parser::parseElementAttributes(ItemData *data)
 {
     return m_attributes.read(data, m_open);

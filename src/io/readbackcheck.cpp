@@ -3,6 +3,7 @@
 #include "item.h"
 #include "parser.h"
 #include "writerxml.h"
+#include "xmloutput.h"
 
 #include <QBuffer>
 #include <QStringList>
@@ -143,7 +144,7 @@ ItemType commentTypeIn(const Item *parent)
 // says why; empty otherwise.
 QString reasonFor(const Item *item)
 {
-    if (!WriterXml::canCarry(item->name) || !WriterXml::canCarry(item->comment))
+    if (!XmlOutput::canCarry(item->name) || !XmlOutput::canCarry(item->comment))
         return QStringLiteral("it holds characters that a file cannot carry");
     // The writer saves an entry with a comment and nothing else as a comment line; one whose
     // children all are blank lines would lose them, and come back as a comment line.

@@ -4,11 +4,6 @@
 
 namespace ZAT16 {
 
-bool WriterXml::canCarry(QStringView text)
-{
-    return XmlOutput::canCarry(text);
-}
-
 // Counts the public functions running, so that the outermost one hands the text to the device
 // when it returns: writeItem() and writeIndent() also work on their own.
 class WriterXml::Call

@@ -34,9 +34,6 @@ public:
     /// Starts a new line at the current depth.
     void writeIndent();
 
-    /// Whether a file can carry `text` as it is: every character is one that XML allows.
-    static bool canCarry(QStringView text);
-
     int depth = 0;
     /// Writing one entry out of a document (the clipboard's): the top item is written as an
     /// element with its comment as an attribute, also when it is a comment line or a blank line,
