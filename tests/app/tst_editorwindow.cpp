@@ -5,6 +5,7 @@
 #include "editormodel.h"
 #include "editorwindow.h"
 #include "filechangedwidget.h"
+#include "filedialog.h"
 #include "item.h"
 #include "modal.h"
 #include "savesequence.h"
@@ -82,13 +83,6 @@ QStringList menuTexts(QMenu *menu)
 }
 
 // Types a file name into a file dialog the way a user would, in the file's own directory.
-void chooseFile(QFileDialog *dialog, const QString &path)
-{
-    dialog->setDirectory(QFileInfo(path).absolutePath());
-    if (auto *edit = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit")))
-        edit->setText(path);
-}
-
 // Failing stand-ins for the file system calls of the save sequence.
 int linkFails(const char *, const char *)
 {

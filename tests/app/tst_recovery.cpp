@@ -4,6 +4,7 @@
 
 #include "editormodel.h"
 #include "editorwindow.h"
+#include "filedialog.h"
 #include "item.h"
 #include "modal.h"
 #include "recovery.h"
@@ -177,13 +178,6 @@ bool startChild(QProcess &process, const char *how, const QString &path, QByteAr
 }
 
 // Types a file name into a file dialog the way a user would, in the file's own directory.
-void chooseFile(QFileDialog *dialog, const QString &path)
-{
-    dialog->setDirectory(QFileInfo(path).absolutePath());
-    if (auto *edit = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit")))
-        edit->setText(path);
-}
-
 } // namespace
 
 // Helpers that check as they go; a failure there ends the calling test too.

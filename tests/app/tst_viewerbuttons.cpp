@@ -4,6 +4,7 @@
 
 #include "editormodel.h"
 #include "editorwindow.h"
+#include "filedialog.h"
 #include "modal.h"
 #include "opendialog.h"
 #include "testfiles.h"
@@ -42,13 +43,6 @@ QByteArray generate(const Item *root)
 {
     W writer;
     return writer.encode(root);
-}
-
-void chooseFile(QFileDialog *dialog, const QString &path)
-{
-    dialog->setDirectory(QFileInfo(path).absolutePath());
-    if (auto *edit = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit")))
-        edit->setText(path);
 }
 
 const QByteArray oldDefs = "<zat16>\n"
