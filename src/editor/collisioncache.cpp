@@ -1,17 +1,16 @@
 #include "collisioncache.h"
 
 #include "item.h"
-#include "rowcache.h"
 
 namespace ZAT16 {
 
-Item::CollisionFlags CollisionCache::collision(const Item *item, const Item *root, const RowCache &rows) const
+Item::CollisionFlags CollisionCache::collision(const Item *item, const Item *root) const
 {
     const Item *parent = item->parent;
     if (!parent)
         return {};
-    const SiblingIndex *counts = index(parent, root, rows);
-    const int row = rows.row(item);
+    const SiblingIndex *counts = index(parent, root);
+    const int row = item->row();
     if (!counts || row < 0 || row >= parent->children.size() || parent->children.at(row) != item)
         return item->findCollision();
     return counts->collision(item);
@@ -19,14 +18,14 @@ Item::CollisionFlags CollisionCache::collision(const Item *item, const Item *roo
 
 // The index of a parent in the document, made in one pass over its children on first need.
 // Parents outside the document get none: nothing would tell when they are deleted.
-const SiblingIndex *CollisionCache::index(const Item *parent, const Item *root, const RowCache &rows) const
+const SiblingIndex *CollisionCache::index(const Item *parent, const Item *root) const
 {
     const auto it = m_indexes.constFind(parent);
     if (it != m_indexes.constEnd())
         return &it.value();
     // A taken item keeps its parent pointer, so each step up must be in its parent's list.
     for (const Item *at = parent; at != root; at = at->parent) {
-        if (!at->parent || at->parent->children.value(rows.row(at)) != at)
+        if (!at->parent || at->parent->children.value(at->row()) != at)
             return nullptr;
     }
     return &m_indexes.insert(parent, SiblingIndex(parent)).value();

@@ -7,7 +7,6 @@
 namespace ZAT16 {
 
 class Item;
-class RowCache;
 
 /// The sibling indexes of the parents in a document, made on the first question about one of
 /// their children. The model's primitives keep them up to date: an insertion, a removal or a
@@ -19,7 +18,7 @@ public:
     /// The collision flags of `item` with its siblings. An item of the document `root` is
     /// answered from its parent's index; an item taken out of the tree, or one whose parent is
     /// outside the document, is compared with its siblings the slow way, as Item does it.
-    Item::CollisionFlags collision(const Item *item, const Item *root, const RowCache &rows) const;
+    Item::CollisionFlags collision(const Item *item, const Item *root) const;
 
     /// The index of `parent` that a change of its children is to update, or null when there is
     /// none. Where a parent has none, no view has been told a colour of its children that
@@ -33,7 +32,7 @@ public:
     void clear() { m_indexes.clear(); }
 
 private:
-    const SiblingIndex *index(const Item *parent, const Item *root, const RowCache &rows) const;
+    const SiblingIndex *index(const Item *parent, const Item *root) const;
 
     mutable QHash<const Item *, SiblingIndex> m_indexes;
 };

@@ -36,7 +36,7 @@ QModelIndex EditorModel::item2index(const Item *item) const
 
 int EditorModel::findRow(const Item *item) const
 {
-    return m_rowCache.row(item);
+    return item ? item->row() : 0;
 }
 
 QModelIndex EditorModel::index(int row, int column, const QModelIndex &parent) const
@@ -113,7 +113,7 @@ QVariant EditorModel::highlightData(const Item *item, int row, int column, int r
 
 Item::CollisionFlags EditorModel::findCollision(const Item *item) const
 {
-    return m_collisions.collision(item, m_root, m_rowCache);
+    return m_collisions.collision(item, m_root);
 }
 
 QVariant EditorModel::headerData(int section, Qt::Orientation orientation, int role) const
@@ -252,12 +252,6 @@ Qt::DropActions EditorModel::supportedDragActions() const
 // ---------------------------------------------------------------------------------------------
 // Primitive tree changes
 
-void EditorModel::clearCaches()
-{
-    m_collisions.clear();
-    m_rowCache.clear();
-}
-
 // The bottom-right corner lies one past the last column on purpose, as in allChildrenChanged.
 void EditorModel::rowChanged(const Item *item, int row)
 {
@@ -265,7 +259,8 @@ void EditorModel::rowChanged(const Item *item, int row)
 }
 
 // The siblings come from the counts as bare addresses: each is looked up in the parent's list,
-// so that only a child is ever touched.
+// so that only a child is ever touched (its own row hint would have to be read through the
+// address).
 void EditorModel::rowsChanged(const Item *parent, const Changed &changed)
 {
     for (qsizetype i = 0; i < changed.size(); ++i) {
@@ -276,7 +271,7 @@ void EditorModel::rowsChanged(const Item *parent, const Changed &changed)
             seen = changed.at(k) == sibling;
         if (seen)
             continue;
-        const int row = m_rowCache.rowIn(parent, sibling);
+        const int row = int(parent->children.indexOf(const_cast<Item *>(sibling)));
         if (row >= 0)
             rowChanged(sibling, row);
     }
@@ -299,7 +294,6 @@ void EditorModel::cmdInsertRow(Item *parent, Item *item, int row)
     Changed changed;
     bool lost = false;
     beginInsertRows(item2index(parent), row, row);
-    m_rowCache.clear();
     SiblingIndex *counts = m_collisions.forChange(parent, &lost);
     parent->insertChildBefore(row, item);
     if (counts)
@@ -321,7 +315,6 @@ Item *EditorModel::cmdTakeRow(Item *parent, int row)
     beginRemoveRows(item2index(parent), row, row);
     SiblingIndex *counts = m_collisions.forChange(parent, &lost);
     Item *item = parent->takeChild(row);
-    m_rowCache.clear();
     if (item) {
         m_collisions.forget(item);
         if (counts)
@@ -336,9 +329,9 @@ Item *EditorModel::cmdTakeRow(Item *parent, int row)
     return item;
 }
 
-// A data change moves no rows, so the row cache stays; the counts of the item's siblings move
-// from its old name and code, as they were counted, to the new ones. The siblings whose flags
-// that turns on or off are repainted after the item itself.
+// The counts of the item's siblings move from its old name and code, as they were counted, to
+// the new ones. The siblings whose flags that turns on or off are repainted after the item
+// itself.
 void EditorModel::cmdItemChanged(Item *item)
 {
     const int row = findRow(item);
@@ -360,7 +353,7 @@ Item *EditorModel::cmdReplaceTags(Item *root)
     beginResetModel();
     Item *previous = m_root;
     m_root = root;
-    clearCaches();
+    m_collisions.clear();
     endResetModel();
     return previous;
 }

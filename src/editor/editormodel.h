@@ -4,7 +4,6 @@
 #include "editoredits.h"
 #include "item.h"
 #include "itempresentation.h"
-#include "rowcache.h"
 
 #include <QAbstractItemModel>
 #include <QFont>
@@ -20,7 +19,7 @@ class CommandDelete;
 /// definitions tree. Three columns: name, code, comment. The root item stands for the invalid
 /// index and is never shown. Every change becomes an undo command pushed on the undo stack;
 /// the commands change the tree only through the cmd* primitives, which emit the model signals
-/// and keep the row cache and the collision counts up to date.
+/// and keep the collision counts up to date.
 class EditorModel : public QAbstractItemModel
 {
     Q_OBJECT
@@ -130,7 +129,6 @@ signals:
 private:
     // Siblings whose collision flags a change turned on or off.
     using Changed = SiblingIndex::Changed;
-    void clearCaches();
     // Ask the views to repaint rows, all columns.
     void rowChanged(const Item *item, int row);
     void rowsChanged(const Item *parent, const Changed &changed);
@@ -139,7 +137,6 @@ private:
     Item *m_root = nullptr;
     QUndoStack *m_undoStack = nullptr;
     CollisionCache m_collisions;
-    RowCache m_rowCache;
     ItemPresentation m_presentation;
     EditorEdits m_edits { *this };
 };

@@ -89,7 +89,20 @@ void Item::appendChild(Item *item)
 
 int Item::row() const
 {
-    return parent ? int(parent->children.indexOf(const_cast<Item *>(this))) : 0;
+    if (!parent)
+        return 0;
+    const QList<Item *> &siblings = parent->children;
+    const qsizetype count = siblings.size();
+    if (m_rowHint < count && siblings.at(m_rowHint) == this)
+        return m_rowHint;
+    int row = -1;
+    for (qsizetype i = 0; i < count; ++i) {
+        const Item *sibling = siblings.at(i);
+        sibling->m_rowHint = int(i);
+        if (sibling == this)
+            row = int(i);
+    }
+    return row;
 }
 
 void Item::sortChildrenByType()

@@ -51,6 +51,10 @@ struct ItemData {
 /// file are kept as childless items without name and id.
 class Item : public ItemData
 {
+    // The row this item had in its parent's list when last asked; row() checks it before it
+    // trusts it. Declared first, it fills the padding at the end of ItemData.
+    mutable int m_rowHint = 0;
+
 public:
     enum CollisionFlag {
         NameCollision = 1,
@@ -82,6 +86,10 @@ public:
     void removeChild(int row);
     void insertChildBefore(int row, Item *item);
     void appendChild(Item *item);
+    /// The item's row in its parent's list, -1 when it is not in that list (taken out of the
+    /// tree), 0 without a parent. Constant time while the list keeps its order; the first call
+    /// after the list changed numbers every sibling in one pass, so that a walk along a long list
+    /// does not search it once per row.
     int row() const;
 
     /// Higher types first: a tag's bit list before its enumeration list, blank lines last.

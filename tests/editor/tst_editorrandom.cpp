@@ -347,12 +347,21 @@ void RandomWalk::step()
 bool RandomWalk::checkCaches(QString *problem)
 {
     const QList<Item *> all = items();
-    for (int i = 0; i < 4 && !all.isEmpty(); ++i) {
+    // Every row, asked in random order, as a search of the parent's list finds it.
+    for (int i = 0; i < all.size(); ++i) {
         const Item *item = all.at(bounded(all.size()));
-        if (f.model.findRow(item) != item->row()) {
-            *problem = QStringLiteral("row of %1").arg(item->name);
+        const int row = int(item->parent->children.indexOf(const_cast<Item *>(item)));
+        if (f.model.findRow(item) != row || item->row() != row) {
+            *problem = QStringLiteral("row of %1: %2 and %3, not %4")
+                           .arg(item->name)
+                           .arg(f.model.findRow(item))
+                           .arg(item->row())
+                           .arg(row);
             return false;
         }
+    }
+    for (int i = 0; i < 4 && !all.isEmpty(); ++i) {
+        const Item *item = all.at(bounded(all.size()));
         if (f.model.findCollision(item) != item->findCollision()) {
             *problem = QStringLiteral("collisions of %1").arg(item->name);
             return false;
