@@ -21,6 +21,7 @@
 #include <QMessageBox>
 #include <QTextCursor>
 #include <QTextEdit>
+#include <QTimer>
 #include <QToolTip>
 #include <QUndoStack>
 #include <QUndoView>
@@ -281,13 +282,42 @@ void EditorWindow::addList(ItemType type)
         setCurrentItem(list);
 }
 
+// QTreeView::expandAll() reports each top-level entry before it has laid out the entry's
+// children, and expanding a child that is not laid out yet searches every row of the view. So
+// only the first expansion of an event-loop turn expands its children at once; the others of
+// the burst do it when the loop is idle, when expandAll() has expanded most of them already.
 void EditorWindow::onExpanded(const QModelIndex &index)
 {
     if (index.parent().isValid())
         return;
+    if (m_expansionBurst) {
+        m_pendingExpansions.append(index);
+        return;
+    }
+    m_expansionBurst = true;
+    QTimer::singleShot(0, this, &EditorWindow::expandPending);
+    expandChildren(index);
+}
+
+void EditorWindow::expandPending()
+{
+    m_expansionBurst = false;
+    const QList<QPersistentModelIndex> pending = std::exchange(m_pendingExpansions, {});
+    for (const QPersistentModelIndex &index : pending) {
+        if (index.isValid())
+            expandChildren(index);
+    }
+}
+
+void EditorWindow::expandChildren(const QModelIndex &index)
+{
+    RowTreeView *view = m_ui->m_view;
     const int rows = m_model->rowCount(index);
-    for (int row = 0; row < rows; ++row)
-        m_ui->m_view->expand(m_model->index(row, 0, index));
+    for (int row = 0; row < rows; ++row) {
+        const QModelIndex child = m_model->index(row, 0, index);
+        if (!view->isExpanded(child))
+            view->expand(child);
+    }
 }
 
 void EditorWindow::onUndoHistoryChanged() { }

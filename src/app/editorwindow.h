@@ -8,6 +8,7 @@
 
 #include <QMainWindow>
 #include <QModelIndex>
+#include <QPersistentModelIndex>
 
 class QDockWidget;
 class QSyntaxHighlighter;
@@ -139,6 +140,9 @@ private:
     void addList(ItemType type);
     /// Floating docks hide with the window (`shown` false) and come back when it shows again.
     void docksFollowWindow(bool shown);
+    // Expands the direct children of `index` that are not expanded yet.
+    void expandChildren(const QModelIndex &index);
+    void expandPending();
 
     Ui_ZAT16EditorWindow *m_ui;
     EditorModel *m_model;
@@ -155,6 +159,9 @@ private:
     EditorDocument *m_document;
     CodeViewer *m_viewer;
     TreeEditing *m_editing;
+    // Top-level entries expanded in a burst, whose children are expanded when the loop is idle.
+    QList<QPersistentModelIndex> m_pendingExpansions;
+    bool m_expansionBurst = false;
 };
 
 } // namespace ZAT16
