@@ -168,50 +168,71 @@ QString ownDescription(const Item *item, qsizetype row)
     return text;
 }
 
+// The problems of the entry `item` at `row` of its parent's list; `context` is what follows its
+// description (" of Tag Mode (0x1002)" inside that tag).
+void entryProblems(const Item *item,
+                   qsizetype row,
+                   Item::CollisionFlags collisions,
+                   const QString &context,
+                   QList<Problems::Problem> *out)
+{
+    if (!Marks::isEntry(item))
+        return;
+    const bool hasName = !item->name.isEmpty();
+    const bool hasCode = item->hasId;
+    QString description;
+    auto add = [&](Problems::Kind kind, const QString &what) {
+        if (description.isEmpty())
+            description = ownDescription(item, row) + context;
+        out->append({ item, kind, description + QStringLiteral(": ") + what });
+    };
+    QString invalid;
+    const Marks::Reasons reasons = Marks::reasons(item, collisions, &invalid);
+    if (reasons & Marks::NameWithoutCode)
+        add(Problems::NameWithoutCode, QStringLiteral("name without code"));
+    if (reasons & Marks::CodeWithoutName)
+        add(Problems::CodeWithoutName, QStringLiteral("code without name"));
+    if (reasons & Marks::NameCollision)
+        add(Problems::NameCollision, QStringLiteral("name collision with a sibling"));
+    if (reasons & Marks::CodeCollision)
+        add(Problems::CodeCollision, QStringLiteral("code collision with a sibling"));
+    if (reasons & Marks::IncompleteParent) {
+        QString lacking = !hasName && !hasCode ? QStringLiteral("no name and no code")
+                                               : (!hasName ? QStringLiteral("no name") : QStringLiteral("no code"));
+        add(Problems::IncompleteParent, QStringLiteral("has entries but ") + lacking);
+    }
+    if (reasons & Marks::InvalidName)
+        add(Problems::InvalidName, invalid);
+    if (hasName) {
+        const QStringList languages = Problems::keywordLanguages(item->name);
+        if (!languages.isEmpty())
+            add(Problems::Keyword, QStringLiteral("name is a keyword of ") + listing(languages));
+    }
+}
+
 // The problems of the children of one item; `context` is what follows the description of each of
-// them (" of Tag Mode (0x1002)" inside that tag). Collision flags come from one index of the child
-// list, as the editor computes them.
+// them. Collision flags come from one index of the child list, as the editor computes them.
 void childProblems(const Item *parent, const QString &context, QList<Problems::Problem> *out)
 {
     const QList<Item *> &children = parent->children;
     const qsizetype count = children.size();
     const SiblingIndex siblings(parent);
-
     for (qsizetype i = 0; i < count; ++i) {
         const Item *item = children.at(i);
-        if (!Marks::isEntry(item))
-            continue;
-        const bool hasName = !item->name.isEmpty();
-        const bool hasCode = item->hasId;
-        QString description;
-        auto add = [&](Problems::Kind kind, const QString &what) {
-            if (description.isEmpty())
-                description = ownDescription(item, i) + context;
-            out->append({ item, kind, description + QStringLiteral(": ") + what });
-        };
-        QString invalid;
-        const Marks::Reasons reasons = Marks::reasons(item, siblings.collision(item), &invalid);
-        if (reasons & Marks::NameWithoutCode)
-            add(Problems::NameWithoutCode, QStringLiteral("name without code"));
-        if (reasons & Marks::CodeWithoutName)
-            add(Problems::CodeWithoutName, QStringLiteral("code without name"));
-        if (reasons & Marks::NameCollision)
-            add(Problems::NameCollision, QStringLiteral("name collision with a sibling"));
-        if (reasons & Marks::CodeCollision)
-            add(Problems::CodeCollision, QStringLiteral("code collision with a sibling"));
-        if (reasons & Marks::IncompleteParent) {
-            QString lacking = !hasName && !hasCode ? QStringLiteral("no name and no code")
-                                                   : (!hasName ? QStringLiteral("no name") : QStringLiteral("no code"));
-            add(Problems::IncompleteParent, QStringLiteral("has entries but ") + lacking);
-        }
-        if (reasons & Marks::InvalidName)
-            add(Problems::InvalidName, invalid);
-        if (hasName) {
-            const QStringList languages = Problems::keywordLanguages(item->name);
-            if (!languages.isEmpty())
-                add(Problems::Keyword, QStringLiteral("name is a keyword of ") + listing(languages));
-        }
+        if (Marks::isEntry(item))
+            entryProblems(item, i, siblings.collision(item), context, out);
     }
+}
+
+// What follows the description of an entry: " of " and the tag it belongs to, which may in turn
+// belong to a tag.
+QString context(const Item *item)
+{
+    for (const Item *up = item->parent; up; up = up->parent) {
+        if (up->type == Tag)
+            return QStringLiteral(" of ") + ownDescription(up, up->row()) + context(up);
+    }
+    return QString();
 }
 
 } // namespace
@@ -257,14 +278,16 @@ QList<Problems::Problem> Problems::find(const Item *root)
     return problems;
 }
 
+QList<Problems::Problem> Problems::ofEntry(const Item *item, Item::CollisionFlags collisions)
+{
+    QList<Problem> problems;
+    entryProblems(item, item->row(), collisions, context(item), &problems);
+    return problems;
+}
+
 QString Problems::describe(const Item *item)
 {
-    const QString text = ownDescription(item, item->row());
-    for (const Item *up = item->parent; up; up = up->parent) {
-        if (up->type == Tag)
-            return text + QStringLiteral(" of ") + describe(up);
-    }
-    return text;
+    return ownDescription(item, item->row()) + context(item);
 }
 
 QStringList Problems::keywordLanguages(const QString &name)

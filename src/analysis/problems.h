@@ -1,12 +1,12 @@
 #pragma once
 
+#include "item.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
 
 namespace ZAT16 {
-
-class Item;
 
 /// The problems of a definitions tree: every tag, enumeration value and bit that the editor marks
 /// in red, for the reason it is marked, and, as warnings, the names that are keywords of one of
@@ -41,6 +41,9 @@ public:
     /// Every problem of the tree under `root` (which may be null), in document order; the
     /// problems of one entry in the order of `Kind`.
     static QList<Problem> find(const Item *root);
+    /// The problems of the one entry `item` as find() lists them (none for an item that is no
+    /// entry), given its collision flags with its siblings.
+    static QList<Problem> ofEntry(const Item *item, Item::CollisionFlags collisions);
 
     /// How messages name an entry: the kind ("Tag", "Enum", "Bit"), the name, the code as the
     /// tree shows it in parentheses, and for an entry inside a tag that tag after " of ":

@@ -2,6 +2,7 @@
 
 #include "editormodel.h"
 #include "item.h"
+#include "problemlist.h"
 
 #include <QApplication>
 #include <QListWidget>
@@ -15,6 +16,7 @@ namespace ZAT16 {
 ProblemsDock::ProblemsDock(EditorModel *model, QWidget *parent)
     : QDockWidget(tr("Problems"), parent)
     , m_model(model)
+    , m_problems(new ProblemList(model, this))
     , m_list(new QListWidget(this))
     , m_timer(new QTimer(this))
 {
@@ -27,18 +29,14 @@ ProblemsDock::ProblemsDock(EditorModel *model, QWidget *parent)
     m_timer->setSingleShot(true);
     m_timer->setInterval(0);
     connect(m_timer, &QTimer::timeout, this, &ProblemsDock::refresh);
-    // Every primitive change of the model ends in one of these.
-    connect(m_model, &QAbstractItemModel::dataChanged, this, &ProblemsDock::scheduleRefresh);
-    connect(m_model, &QAbstractItemModel::rowsInserted, this, &ProblemsDock::scheduleRefresh);
-    connect(m_model, &QAbstractItemModel::rowsRemoved, this, &ProblemsDock::scheduleRefresh);
-    connect(m_model, &QAbstractItemModel::rowsMoved, this, &ProblemsDock::scheduleRefresh);
-    connect(m_model, &QAbstractItemModel::modelReset, this, &ProblemsDock::scheduleRefresh);
-    connect(m_model, &QAbstractItemModel::layoutChanged, this, &ProblemsDock::scheduleRefresh);
+    connect(m_problems, &ProblemList::changed, this, &ProblemsDock::scheduleRefresh);
+    connect(m_problems, &ProblemList::replaced, this, &ProblemsDock::onReplaced);
+    connect(m_problems, &ProblemList::rebuilt, this, &ProblemsDock::onRebuilt);
     connect(m_list, &QAbstractItemView::activated, this, &ProblemsDock::onActivated);
     connect(m_list, &QAbstractItemView::doubleClicked, this, &ProblemsDock::onActivated);
     // A hidden list is brought up to date when it is shown.
     connect(this, &QDockWidget::visibilityChanged, this, [this](bool visible) {
-        if (visible && m_stale)
+        if (visible && m_problems->isStale())
             m_timer->start();
     });
     scheduleRefresh();
@@ -46,16 +44,14 @@ ProblemsDock::ProblemsDock(EditorModel *model, QWidget *parent)
 
 const QList<Problems::Problem> &ProblemsDock::problems()
 {
-    if (m_stale)
+    if (m_problems->isStale())
         refresh();
-    return m_problems;
+    return m_problems->problems();
 }
 
 void ProblemsDock::scheduleRefresh()
 {
-    // From here until the refresh the entries of m_problems may be gone: nothing reads them.
-    // While the dock is hidden, large files are not walked after every edit.
-    m_stale = true;
+    // While the dock is hidden, the changes are only collected.
     if (isVisible())
         m_timer->start();
 }
@@ -64,32 +60,69 @@ void ProblemsDock::refresh()
 {
     m_timer->stop();
     const int row = m_list->currentRow();
-    m_problems = Problems::find(m_model->root());
-    m_stale = false;
+    m_list->setUpdatesEnabled(false);
+    m_problems->update();
     ++m_refreshCount;
+    // The place in the list stays where it was, as far as the list still reaches, and nothing
+    // is selected, as in a list made anew.
+    m_list->clearSelection();
+    const int count = m_list->count();
+    if (row >= 0 && count > 0)
+        m_list->setCurrentRow(std::min(row, count - 1), QItemSelectionModel::NoUpdate);
+    m_list->setUpdatesEnabled(true);
+}
 
+QIcon ProblemsDock::icon(const Problems::Problem &problem) const
+{
+    return style()->standardIcon(problem.isWarning() ? QStyle::SP_MessageBoxWarning : QStyle::SP_MessageBoxCritical);
+}
+
+// The rows follow the list: changed rows get their new text, the rest come or go.
+void ProblemsDock::onReplaced(int first, int removed, int inserted)
+{
+    const QList<Problems::Problem> &problems = m_problems->problems();
+    const int kept = std::min(removed, inserted);
+    for (int i = 0; i < kept; ++i) {
+        const Problems::Problem &problem = problems.at(first + i);
+        QListWidgetItem *item = m_list->item(first + i);
+        item->setText(problem.message);
+        item->setIcon(icon(problem));
+    }
+    for (int i = kept; i < removed; ++i)
+        delete m_list->takeItem(first + kept);
+    for (int i = kept; i < inserted; ++i) {
+        const Problems::Problem &problem = problems.at(first + i);
+        m_list->insertItem(first + i, new QListWidgetItem(icon(problem), problem.message));
+    }
+}
+
+// All rows at once: one insertion of all texts is much faster than one insertion per row.
+void ProblemsDock::onRebuilt()
+{
+    const QList<Problems::Problem> &problems = m_problems->problems();
+    QStringList texts;
+    texts.reserve(problems.size());
+    for (const Problems::Problem &problem : problems)
+        texts.append(problem.message);
+    m_list->clear();
+    m_list->addItems(texts);
     const QIcon problemIcon = style()->standardIcon(QStyle::SP_MessageBoxCritical);
     const QIcon warningIcon = style()->standardIcon(QStyle::SP_MessageBoxWarning);
-    m_list->setUpdatesEnabled(false);
-    m_list->clear();
-    for (const Problems::Problem &problem : std::as_const(m_problems))
-        new QListWidgetItem(problem.isWarning() ? warningIcon : problemIcon, problem.message, m_list);
-    // The place in the list stays where it was, as far as the list still reaches.
-    if (row >= 0 && !m_problems.isEmpty())
-        m_list->setCurrentRow(std::min(row, int(m_problems.size()) - 1), QItemSelectionModel::NoUpdate);
-    m_list->setUpdatesEnabled(true);
+    for (int i = 0; i < problems.size(); ++i)
+        m_list->item(i)->setIcon(problems.at(i).isWarning() ? warningIcon : problemIcon);
 }
 
 void ProblemsDock::onActivated(const QModelIndex &row)
 {
     // A change since the list was made may have removed the entry: the fresh list comes first.
-    if (m_stale) {
+    if (m_problems->isStale()) {
         refresh();
         return;
     }
-    if (!row.isValid() || row.row() >= m_problems.size())
+    const QList<Problems::Problem> &problems = m_problems->problems();
+    if (!row.isValid() || row.row() >= problems.size())
         return;
-    emit itemChosen(m_model->item2index(m_problems.at(row.row()).item));
+    emit itemChosen(m_model->item2index(problems.at(row.row()).item));
 }
 
 QList<int> ProblemsDock::path(const Item *item) const
@@ -103,15 +136,16 @@ QList<int> ProblemsDock::path(const Item *item) const
 
 QModelIndex ProblemsDock::step(const QModelIndex &current, bool forward)
 {
-    if (m_stale)
+    if (m_problems->isStale())
         refresh();
-    const int count = int(m_problems.size());
+    const QList<Problems::Problem> &problems = m_problems->problems();
+    const int count = int(problems.size());
     if (count == 0)
         return QModelIndex();
     const Item *item = current.isValid() ? m_model->index2item(current) : nullptr;
     const int row = m_list->currentRow();
     int target;
-    if (row >= 0 && row < count && m_problems.at(row).item == item) {
+    if (row >= 0 && row < count && problems.at(row).item == item) {
         target = forward ? (row + 1) % count : (row + count - 1) % count;
     } else if (!item || item == m_model->root()) {
         target = forward ? 0 : count - 1;
@@ -119,16 +153,16 @@ QModelIndex ProblemsDock::step(const QModelIndex &current, bool forward)
         // The list is in document order: a binary search on the rows leading to each entry
         // finds the first problem after the current entry, or the last one before it.
         const QList<int> here = path(item);
-        auto first = std::partition_point(m_problems.cbegin(), m_problems.cend(), [&](const Problems::Problem &p) {
+        auto first = std::partition_point(problems.cbegin(), problems.cend(), [&](const Problems::Problem &p) {
             const QList<int> there = path(p.item);
             return forward ? !(here < there) : there < here;
         });
-        const int at = int(first - m_problems.cbegin());
+        const int at = int(first - problems.cbegin());
         target = forward ? (at == count ? 0 : at) : (at == 0 ? count - 1 : at - 1);
     }
     m_list->setCurrentRow(target);
     m_list->scrollToItem(m_list->item(target));
-    return m_model->item2index(m_problems.at(target).item);
+    return m_model->item2index(problems.at(target).item);
 }
 
 } // namespace ZAT16

@@ -11,14 +11,17 @@ class QTimer;
 namespace ZAT16 {
 
 class EditorModel;
+class ProblemList;
 
 /// The "Problems" dock: every entry the tree marks in red, with the reason, and the names that
 /// are keywords of a generated language, in the order of the document (Problems).
 ///
 /// The list follows every change of the model, undo and redo included. Changes only mark the
 /// list as stale and start a zero-time timer, so that a burst of changes (a paste, a macro, an
-/// undo of many steps) recomputes it once, when the event loop is next idle. While the dock is
-/// hidden nothing is recomputed until it is shown or its problems are asked for.
+/// undo of many steps) is brought in once, when the event loop is next idle. While the dock is
+/// hidden nothing is recomputed until it is shown or its problems are asked for. Only the
+/// problems of the entries a change touched are recomputed (ProblemList), and only their rows of
+/// the list widget change.
 class ProblemsDock : public QDockWidget
 {
     Q_OBJECT
@@ -29,7 +32,7 @@ public:
     /// The problems shown; recomputed first if the model changed since.
     const QList<Problems::Problem> &problems();
     QListWidget *list() const { return m_list; }
-    /// How many times the list was computed (tests count the recomputations).
+    /// How many times the list was brought up to date (tests count the recomputations).
     int refreshCount() const { return m_refreshCount; }
 
     /// The problem after (or before) the entry `current` in document order, wrapping around;
@@ -48,16 +51,19 @@ signals:
 private slots:
     void scheduleRefresh();
     void onActivated(const QModelIndex &row);
+    void onReplaced(int first, int removed, int inserted);
+    void onRebuilt();
 
 private:
     // The rows leading from the root to `item`, which orders entries as the document does.
     QList<int> path(const Item *item) const;
 
+    QIcon icon(const Problems::Problem &problem) const;
+
     EditorModel *m_model;
+    ProblemList *m_problems;
     QListWidget *m_list;
     QTimer *m_timer;
-    QList<Problems::Problem> m_problems;
-    bool m_stale = true;
     int m_refreshCount = 0;
 };
 

@@ -3,9 +3,12 @@
 // documents, with undo and redo in between. The model tester watches every signal; at the end
 // undoing everything must give the original file byte for byte and redoing everything the final
 // one. Run in the sanitizer build it also shows that every item outside the tree is owned by
-// exactly one command and freed once.
+// exactly one command and freed once. After every step the rows the items keep of themselves
+// and the problem list that follows the edits must equal what a search of the lists and a new
+// problem list say.
 
 #include "editortest.h"
+#include "problemlist.h"
 
 #include <QMimeData>
 #include <QRandomGenerator>
@@ -370,6 +373,21 @@ bool RandomWalk::checkCaches(QString *problem)
     return true;
 }
 
+// Whether two problem lists are the same, entry by entry; where not, `difference` says where.
+bool sameProblems(const QList<Problems::Problem> &kept, const QList<Problems::Problem> &found, QString *difference)
+{
+    for (qsizetype i = 0; i < qMax(kept.size(), found.size()); ++i) {
+        const QString a = i < kept.size() ? kept.at(i).message : QStringLiteral("(none)");
+        const QString b = i < found.size() ? found.at(i).message : QStringLiteral("(none)");
+        if (a != b || i >= kept.size() || i >= found.size() || kept.at(i).item != found.at(i).item
+            || kept.at(i).kind != found.at(i).kind) {
+            *difference = QStringLiteral("problem %1 of %2 is \"%3\", not \"%4\"").arg(i).arg(found.size()).arg(a, b);
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 class TestEditorRandom : public QObject
@@ -410,6 +428,10 @@ void TestEditorRandom::randomEdits()
     const QString originalTree = f.dump();
     QVERIFY(!original.isEmpty());
 
+    ProblemList problems(&f.model);
+    QSignalSpy rebuilt(&problems, &ProblemList::rebuilt);
+    QSignalSpy replaced(&problems, &ProblemList::replaced);
+    int listed = 0;
     RandomWalk walk(f, seed, path);
     for (int i = 0; i < steps; ++i) {
         walk.step();
@@ -417,9 +439,25 @@ void TestEditorRandom::randomEdits()
             QFAIL(qPrintable(QStringLiteral("step %1").arg(i)));
         QString problem;
         QVERIFY2(walk.checkCaches(&problem), qPrintable(QStringLiteral("step %1: %2").arg(i).arg(problem)));
+        problems.update();
+        QVERIFY(!problems.isStale());
+        const QList<Problems::Problem> found = Problems::find(f.root());
+        QVERIFY2(sameProblems(problems.problems(), found, &problem),
+                 qPrintable(QStringLiteral("step %1: %2").arg(i).arg(problem)));
+        listed += int(found.size());
         if (i % 100 == 0)
             QVERIFY2(!f.dump().contains(QLatin1String("(wrong parent)")), qPrintable(QStringLiteral("step %1").arg(i)));
     }
+
+    // The list was kept up to date change by change; only new documents and the changes that
+    // touched many entries made it anew.
+    QVERIFY(listed > steps);
+    QVERIFY2(replaced.count() > steps / 5, qPrintable(QString::number(replaced.count())));
+    QVERIFY2(rebuilt.count() < steps / 10, qPrintable(QString::number(rebuilt.count())));
+    qDebug("%d problems listed, %lld changes of the list, %lld lists made anew",
+           listed,
+           replaced.count(),
+           rebuilt.count());
 
     // Every kind of operation took place.
     const QStringList expected = {
