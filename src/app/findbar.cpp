@@ -11,32 +11,106 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QShortcut>
+#include <QStringMatcher>
 #include <QStyle>
 
 namespace ZAT16 {
 
 namespace {
 
-// Every entry below the root in document order.
-QList<const Item *> flatten(const Item *root)
+// The entry after `item` in document order, the first one for null; null after the last one.
+const Item *next(const Item *root, const Item *item)
 {
-    QList<const Item *> items;
-    if (!root)
-        return items;
-    QList<QPair<const Item *, qsizetype>> stack { { root, 0 } };
-    while (!stack.isEmpty()) {
-        auto &[item, next] = stack.last();
-        if (next >= item->children.size()) {
-            stack.removeLast();
-            continue;
-        }
-        const Item *child = item->children.at(next++);
-        items.append(child);
-        if (!child->children.isEmpty())
-            stack.append({ child, 0 });
+    if (!item)
+        return root->children.value(0);
+    if (!item->children.isEmpty())
+        return item->children.first();
+    for (const Item *at = item; at != root; at = at->parent) {
+        const QList<Item *> &siblings = at->parent->children;
+        const int row = at->row();
+        if (row + 1 < siblings.size())
+            return siblings.at(row + 1);
     }
-    return items;
+    return nullptr;
 }
+
+// The entry before `item` in document order, the last one for null; null before the first one.
+const Item *previous(const Item *root, const Item *item)
+{
+    const Item *at;
+    if (!item) {
+        at = root;
+    } else {
+        const int row = item->row();
+        if (row == 0)
+            return item->parent == root ? nullptr : item->parent;
+        at = item->parent->children.at(row - 1);
+    }
+    while (!at->children.isEmpty())
+        at = at->children.last();
+    return at == root ? nullptr : at;
+}
+
+// Whether `item` is in the tree under `root`: an item taken out keeps its parent.
+bool inTree(const Item *root, const Item *item)
+{
+    for (const Item *at = item; at != root; at = at->parent) {
+        if (!at->parent || at->row() < 0)
+            return false;
+    }
+    return true;
+}
+
+// The characters of a code as the tree shows it, ignoring case: a text with another one cannot
+// be part of any code, which spares formatting the codes of a whole file.
+bool mayBeInCode(const QString &text)
+{
+    for (const QChar c : text) {
+        const char16_t u = c.toLower().unicode();
+        if (!((u >= '0' && u <= '9') || (u >= 'a' && u <= 'f') || u == 'x' || u == 'o' || u == 'y' || u == '-'))
+            return false;
+    }
+    return true;
+}
+
+// The test of FindBar::matches for one text, prepared once for a whole search.
+class Matcher
+{
+public:
+    explicit Matcher(const QString &text)
+        : m_text(text)
+        , m_matcher(text, Qt::CaseInsensitive)
+        , m_code(mayBeInCode(text))
+        , m_hex(text.size() > 2 && text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive) ? text.mid(2) : QString())
+        , m_hexMatcher(m_hex, Qt::CaseInsensitive)
+    {
+    }
+
+    bool matches(const Item *item) const
+    {
+        if (!item || m_text.isEmpty())
+            return false;
+        if (m_matcher.indexIn(item->name) >= 0 || m_matcher.indexIn(item->comment) >= 0)
+            return true;
+        if (!item->hasId || !m_code)
+            return false;
+        if (m_matcher.indexIn(item->formatId()) >= 0)
+            return true;
+        // "0x1A" finds the code whatever notation the entry is shown in.
+        if (!m_hex.isEmpty()) {
+            const QString hex = item->type == Tag ? tag2hex(unsigned(item->id)).mid(2) : QString::number(item->id, 16);
+            return m_hexMatcher.indexIn(hex) >= 0;
+        }
+        return false;
+    }
+
+private:
+    QString m_text;
+    QStringMatcher m_matcher;
+    bool m_code;
+    QString m_hex;
+    QStringMatcher m_hexMatcher;
+};
 
 } // namespace
 
@@ -102,41 +176,30 @@ QString FindBar::status() const
 
 bool FindBar::matches(const Item *item, const QString &text)
 {
-    if (!item || text.isEmpty())
-        return false;
-    if (item->name.contains(text, Qt::CaseInsensitive) || item->comment.contains(text, Qt::CaseInsensitive))
-        return true;
-    if (!item->hasId)
-        return false;
-    if (item->formatId().contains(text, Qt::CaseInsensitive))
-        return true;
-    // "0x1A" finds the code whatever notation the entry is shown in.
-    if (text.size() > 2 && text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive)) {
-        const QString hex = item->type == Tag ? tag2hex(unsigned(item->id)).mid(2) : QString::number(item->id, 16);
-        return hex.contains(text.mid(2), Qt::CaseInsensitive);
-    }
-    return false;
+    return Matcher(text).matches(item);
 }
 
+// The walk goes from entry to entry through the tree itself, without a list of all entries.
 const Item *FindBar::search(const Item *root, const Item *from, const QString &text, bool forward)
 {
-    const QList<const Item *> items = flatten(root);
-    const qsizetype count = items.size();
-    if (count == 0)
+    if (!root)
         return nullptr;
-    const qsizetype at = from ? items.indexOf(from) : -1;
-    // Start just past `from` and go round once, ending with `from` itself.
-    qsizetype start;
-    if (forward)
-        start = at + 1;
-    else
-        start = at < 0 ? count - 1 : at - 1;
-    for (qsizetype step = 0; step < count; ++step) {
-        const qsizetype i = ((forward ? start + step : start - step) % count + count) % count;
-        if (matches(items.at(i), text))
-            return items.at(i);
+    const Matcher matcher(text);
+    auto advance = [&](const Item *item) { return forward ? next(root, item) : previous(root, item); };
+    if (!from || from == root || !inTree(root, from)) {
+        for (const Item *at = advance(nullptr); at; at = advance(at)) {
+            if (matcher.matches(at))
+                return at;
+        }
+        return nullptr;
     }
-    return nullptr;
+    // Start just past `from` and go round once, ending with `from` itself; null stands for the
+    // place between the last entry and the first.
+    for (const Item *at = advance(from); at != from; at = advance(at)) {
+        if (at && matcher.matches(at))
+            return at;
+    }
+    return matcher.matches(from) ? from : nullptr;
 }
 
 void FindBar::open()

@@ -18,6 +18,8 @@
 #include <QTest>
 #include <QUndoStack>
 
+#include <memory>
+
 using namespace ZAT16;
 
 namespace {
@@ -42,6 +44,31 @@ const QByteArray defs = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
                         "  </tag>\n"
                         "  <tag name=\"Level\" id=\"0x1A03\"/>\n"
                         "</zat16>\n";
+
+// Every entry in document order, as a list: what the search must go along.
+QList<const Item *> flatten(const Item *item)
+{
+    QList<const Item *> items;
+    for (const Item *child : item->children) {
+        items.append(child);
+        items.append(flatten(child));
+    }
+    return items;
+}
+
+// The search spelled out over that list: from just past `from` round once, ending with `from`.
+const Item *searchList(const QList<const Item *> &items, const Item *from, const QString &text, bool forward)
+{
+    const qsizetype count = items.size();
+    const qsizetype at = from ? items.indexOf(from) : -1;
+    const qsizetype start = forward ? at + 1 : (at < 0 ? count - 1 : at - 1);
+    for (qsizetype step = 0; step < count; ++step) {
+        const qsizetype i = ((forward ? start + step : start - step) % count + count) % count;
+        if (FindBar::matches(items.at(i), text))
+            return items.at(i);
+    }
+    return nullptr;
+}
 
 } // namespace
 
@@ -188,6 +215,50 @@ private slots:
         const Item *last = FindBar::search(model()->root(), nullptr, text, false);
         QCOMPARE(last ? (last->name.isEmpty() ? last->comment.trimmed() : last->name) : QString(),
                  all.isEmpty() ? QString() : all.last());
+    }
+
+    // The search walks the tree from the current entry without a list of all entries; it must
+    // find what a walk along that list finds, from every entry, both ways, also after rows were
+    // inserted and removed (rows the items remember must not lead it astray).
+    void searchGoesInDocumentOrder_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("weather station") << QStringLiteral(ZAT16_EXAMPLES "/weather-station.zatdef");
+        QTest::newRow("battery charger") << QStringLiteral(ZAT16_EXAMPLES "/battery-charger.zatdef");
+    }
+
+    void searchGoesInDocumentOrder()
+    {
+        QFETCH(QString, path);
+        const std::unique_ptr<Item> root(m_window->loadDefinitionFile(path));
+        QVERIFY(root);
+        QVERIFY(root->children.size() > 4);
+        // Rows change: one entry moves to the end of its list, another leaves the tree.
+        Item *moved = root->takeChild(1);
+        root->appendChild(moved);
+        const std::unique_ptr<Item> taken(root->takeChild(2));
+        const QList<const Item *> items = flatten(root.get());
+        const QStringList texts = { QStringLiteral("e"),   QStringLiteral("0x1"),  QStringLiteral("1"),
+                                    QStringLiteral("Tag"), QStringLiteral("zzzz"), QStringLiteral("0X00") };
+        QList<const Item *> starts = items;
+        starts << nullptr << root.get() << taken.get();
+        int found = 0;
+        for (const QString &text : texts) {
+            for (const Item *from : std::as_const(starts)) {
+                for (const bool forward : { true, false }) {
+                    const Item *expected = searchList(items, from == root.get() ? nullptr : from, text, forward);
+                    const Item *actual = FindBar::search(root.get(), from, text, forward);
+                    QVERIFY2(actual == expected,
+                             qPrintable(QStringLiteral("\"%1\" %2 from %3: %4, not %5")
+                                            .arg(text, forward ? QStringLiteral("forward") : QStringLiteral("back"))
+                                            .arg(items.indexOf(from))
+                                            .arg(items.indexOf(actual))
+                                            .arg(items.indexOf(expected))));
+                    found += expected != nullptr;
+                }
+            }
+        }
+        QVERIFY(found > items.size());
     }
 
     void hiddenRowsAreFoundAndOpened()
