@@ -158,13 +158,23 @@ QString kindWord(const Item *item)
 // The entry's own part of a description; `row` is its row in its parent.
 QString ownDescription(const Item *item, qsizetype row)
 {
-    QString text = kindWord(item);
-    if (!item->name.isEmpty())
-        text += QLatin1Char(' ') + item->name;
-    if (item->hasId)
-        text += QStringLiteral(" (") + item->formatId() + QLatin1Char(')');
-    if (item->name.isEmpty() && !item->hasId)
-        text += QStringLiteral(" in row ") + QString::number(row + 1);
+    QString text;
+    // Room for most descriptions and the message that follows them, in one allocation.
+    text.reserve(item->name.size() + 64);
+    text += kindWord(item);
+    if (!item->name.isEmpty()) {
+        text += QLatin1Char(' ');
+        text += item->name;
+    }
+    if (item->hasId) {
+        text += QLatin1String(" (");
+        item->appendId(text);
+        text += QLatin1Char(')');
+    }
+    if (item->name.isEmpty() && !item->hasId) {
+        text += QLatin1String(" in row ");
+        text += QString::number(row + 1);
+    }
     return text;
 }
 
@@ -182,9 +192,16 @@ void entryProblems(const Item *item,
     const bool hasCode = item->hasId;
     QString description;
     auto add = [&](Problems::Kind kind, const QString &what) {
-        if (description.isEmpty())
-            description = ownDescription(item, row) + context;
-        out->append({ item, kind, description + QStringLiteral(": ") + what });
+        if (description.isEmpty()) {
+            description = ownDescription(item, row);
+            description += context;
+        }
+        QString message;
+        message.reserve(description.size() + 2 + what.size());
+        message += description;
+        message += QLatin1String(": ");
+        message += what;
+        out->append({ item, kind, message });
     };
     QString invalid;
     const Marks::Reasons reasons = Marks::reasons(item, collisions, &invalid);
@@ -211,16 +228,16 @@ void entryProblems(const Item *item,
 }
 
 // The problems of the children of one item; `context` is what follows the description of each of
-// them. Collision flags come from one index of the child list, as the editor computes them.
+// them. Collision flags come from one pass over the child list, as an index gives them.
 void childProblems(const Item *parent, const QString &context, QList<Problems::Problem> *out)
 {
     const QList<Item *> &children = parent->children;
     const qsizetype count = children.size();
-    const SiblingIndex siblings(parent);
+    const QList<Item::CollisionFlags> collisions = SiblingIndex::collisions(parent);
     for (qsizetype i = 0; i < count; ++i) {
         const Item *item = children.at(i);
         if (Marks::isEntry(item))
-            entryProblems(item, i, siblings.collision(item), context, out);
+            entryProblems(item, i, collisions.at(i), context, out);
     }
 }
 

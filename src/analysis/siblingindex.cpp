@@ -45,6 +45,49 @@ SiblingIndex::SiblingIndex(const Item *parent)
     }
 }
 
+QList<Item::CollisionFlags> SiblingIndex::collisions(const Item *parent)
+{
+    const QList<Item *> &children = parent->children;
+    const qsizetype count = children.size();
+    QList<Item::CollisionFlags> flags(count);
+    // A short list is compared pair by pair, which is faster than hashing its keys.
+    constexpr qsizetype shortList = 16;
+    if (count <= shortList) {
+        for (qsizetype i = 0; i < count; ++i) {
+            const Item *a = children.at(i);
+            for (qsizetype k = i + 1; k < count; ++k) {
+                const Item *b = children.at(k);
+                Item::CollisionFlags both;
+                if (a->hasNameKey() && b->hasNameKey() && a->name == b->name)
+                    both |= Item::NameCollision;
+                if (a->hasIdKey() && b->hasIdKey() && a->id == b->id)
+                    both |= Item::IdCollision;
+                flags[i] |= both;
+                flags[k] |= both;
+            }
+        }
+        return flags;
+    }
+    QHash<QStringView, int> names;
+    QHash<quint64, int> ids;
+    names.reserve(count);
+    ids.reserve(count);
+    for (const Item *child : children) {
+        if (child->hasNameKey())
+            ++names[QStringView(child->name)];
+        if (child->hasIdKey())
+            ++ids[child->id];
+    }
+    for (qsizetype i = 0; i < count; ++i) {
+        const Item *child = children.at(i);
+        if (child->hasNameKey() && names.value(QStringView(child->name)) > 1)
+            flags[i] |= Item::NameCollision;
+        if (child->hasIdKey() && ids.value(child->id) > 1)
+            flags[i] |= Item::IdCollision;
+    }
+    return flags;
+}
+
 SiblingIndex::Counted SiblingIndex::counted(const Item *item)
 {
     return Counted { item->name, item->id, item->hasNameKey(), item->hasIdKey() };

@@ -68,6 +68,10 @@ public:
     /// The collision flags of a counted child: its name, or its code, held by another child too.
     Item::CollisionFlags collision(const Item *item) const;
 
+    /// The collision flags of every child of `parent`, by row: the same flags as an index gives,
+    /// made in one pass without the records an index keeps for later changes.
+    static QList<Item::CollisionFlags> collisions(const Item *parent);
+
 private:
     QHash<QString, Holders> m_names;
     QHash<quint64, Holders> m_ids;

@@ -122,6 +122,41 @@ private slots:
         QVERIFY(agrees(index, &list));
     }
 
+    // The flags of a whole list in one pass, pair by pair for short lists and hashed for long
+    // ones, are the flags of the index; a list of 16 and one of 17 take the two ways.
+    void collisionsOfAllChildren_data()
+    {
+        QTest::addColumn<int>("size");
+        for (int size : { 0, 1, 2, 7, 16, 17, 40, 1000 })
+            QTest::newRow(qPrintable(QString::number(size))) << size;
+    }
+
+    void collisionsOfAllChildren()
+    {
+        QFETCH(int, size);
+        Item list;
+        list.type = Enums;
+        for (int i = 0; i < size; ++i) {
+            // Names repeat every 7 rows, ids every 5; every third value has no id, every fourth
+            // no name; some ids differ only above 32 bits.
+            const QString name = i % 4 == 3 ? QString() : QStringLiteral("N%1").arg(i % 7);
+            const quint64 id = (i % 5) | (i % 11 == 10 ? Q_UINT64_C(0x100000000) : 0);
+            value(&list, name, id, i % 3 != 2);
+        }
+        const QList<Item::CollisionFlags> flags = SiblingIndex::collisions(&list);
+        QCOMPARE(flags.size(), qsizetype(size));
+        const SiblingIndex index(&list);
+        int marked = 0;
+        for (int i = 0; i < size; ++i) {
+            const Item *child = list.children.at(i);
+            QCOMPARE(int(flags.at(i)), int(index.collision(child)));
+            QCOMPARE(int(flags.at(i)), int(child->findCollision()));
+            marked += flags.at(i) ? 1 : 0;
+        }
+        // The lists from 7 rows on hold both kinds of collision.
+        QCOMPARE(marked > 0, size >= 7);
+    }
+
     void insertReportsTheLoneHolder()
     {
         Item list;
