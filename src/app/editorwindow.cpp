@@ -288,7 +288,10 @@ void EditorWindow::addList(ItemType type)
 // the burst do it when the loop is idle, when expandAll() has expanded most of them already.
 void EditorWindow::onExpanded(const QModelIndex &index)
 {
-    if (index.parent().isValid())
+    // Asked of every row that expandAll() expands, leaves included: the item says it without a
+    // parent index being made.
+    const Item *item = m_model->index2item(index);
+    if (!item || item->parent != m_model->root())
         return;
     if (m_expansionBurst) {
         m_pendingExpansions.append(index);

@@ -691,6 +691,42 @@ private slots:
         QVERIFY(ui()->m_view->isExpanded(enums));
     }
 
+    // A burst of expansions in one turn of the event loop (as expandAll() makes them, each tag
+    // before its children are laid out): the first tag's lists open at once, the others' when
+    // the loop is idle; a tag removed in between is passed over.
+    void expandingInABurst()
+    {
+        const QModelIndex mode = model()->index(1, 0);
+        const QModelIndex flags = model()->index(4, 0);
+        const QModelIndex enums = model()->index(0, 0, mode);
+        const QModelIndex bits = model()->index(0, 0, flags);
+        ui()->m_view->expand(mode);
+        ui()->m_view->expand(flags);
+        QVERIFY(ui()->m_view->isExpanded(enums));
+        QVERIFY(!ui()->m_view->isExpanded(bits));
+        QTRY_VERIFY(ui()->m_view->isExpanded(bits));
+
+        ui()->m_view->collapseAll();
+        ui()->m_view->expand(mode);
+        ui()->m_view->expand(flags);
+        ui()->m_view->setCurrentIndex(flags);
+        m_window->onDelete();
+        QCOMPARE(model()->rowCount(), 4);
+        QCoreApplication::processEvents();
+        QVERIFY(ui()->m_view->isExpanded(model()->index(0, 0, model()->index(1, 0))));
+
+        // expandAll() opens every list, the burst adding nothing wrong.
+        m_window->undoStack()->undo();
+        ui()->m_view->collapseAll();
+        ui()->m_view->expandAll();
+        QCoreApplication::processEvents();
+        for (int row = 0; row < model()->rowCount(); ++row) {
+            const QModelIndex tag = model()->index(row, 0);
+            for (int list = 0; list < model()->rowCount(tag); ++list)
+                QVERIFY(ui()->m_view->isExpanded(model()->index(list, 0, tag)));
+        }
+    }
+
     void doubleClickOpensNoDialogForLists()
     {
         const QModelIndex mode = model()->index(1, 0);

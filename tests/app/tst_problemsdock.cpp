@@ -176,6 +176,45 @@ private slots:
         QTRY_COMPARE(rows(list()), loaded);
     }
 
+    // An edit changes only the rows of the entries it touched: the other rows of the list are
+    // the same list items as before, and a row above a removed entry keeps its place.
+    void onlyTouchedRowsChange()
+    {
+        m_window->showProblems();
+        QCOMPARE(rows(list()), loaded);
+        QList<QListWidgetItem *> before;
+        for (int i = 0; i < list()->count(); ++i)
+            before << list()->item(i);
+        // Draft gets a code: its row goes, the others stay.
+        QVERIFY(model()->setData(model()->index(2, 1), QStringLiteral("0x1003"), Qt::EditRole));
+        QTRY_COMPARE(rows(list()),
+                     QStringList({ loaded.at(0), loaded.at(1), loaded.at(3), loaded.at(4), loaded.at(5) }));
+        QCOMPARE(list()->item(0), before.at(0));
+        QCOMPARE(list()->item(1), before.at(1));
+        QCOMPARE(list()->item(2), before.at(3));
+        QCOMPARE(list()->item(4), before.at(5));
+        // Removing the tag above the nameless one renumbers it: that row changes its text.
+        QVERIFY(model()->removeRow(3));
+        const QStringList removed = { loaded.at(0),
+                                      loaded.at(1),
+                                      loaded.at(4),
+                                      QStringLiteral("Tag in row 5: has entries but no name and no code") };
+        QTRY_COMPARE(rows(list()), removed);
+        QCOMPARE(list()->item(0), before.at(0));
+        QCOMPARE(list()->item(2), before.at(4));
+        QCOMPARE(dock()->problems().at(3).message, removed.at(3));
+        // Undo brings the list back, equal to a list made anew.
+        m_window->undoStack()->undo();
+        m_window->undoStack()->undo();
+        QTRY_COMPARE(rows(list()), loaded);
+        const QList<Problems::Problem> fresh = Problems::find(model()->root());
+        QCOMPARE(dock()->problems().size(), fresh.size());
+        for (int i = 0; i < fresh.size(); ++i) {
+            QCOMPARE(dock()->problems().at(i).item, fresh.at(i).item);
+            QCOMPARE(dock()->problems().at(i).message, fresh.at(i).message);
+        }
+    }
+
     // A burst of changes recomputes the list once.
     void burstRecomputesOnce()
     {
