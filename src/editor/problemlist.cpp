@@ -29,6 +29,26 @@ int collisionBits(Item::CollisionFlags flags)
     return (flags.testFlag(Item::NameCollision) ? 1 : 0) | (flags.testFlag(Item::IdCollision) ? 2 : 0);
 }
 
+// The child lists of `root` (itself included) with more than a few hundred entries.
+QList<const Item *> longLists(const Item *root)
+{
+    constexpr qsizetype longList = 256;
+    QList<const Item *> lists;
+    if (!root)
+        return lists;
+    QList<const Item *> stack { root };
+    while (!stack.isEmpty()) {
+        const Item *item = stack.takeLast();
+        if (item->children.size() > longList)
+            lists.append(item);
+        for (const Item *child : item->children) {
+            if (!child->children.isEmpty())
+                stack.append(child);
+        }
+    }
+    return lists;
+}
+
 bool within(const Item *item, const Item *top)
 {
     for (const Item *at = item; at; at = at->parent) {
@@ -85,11 +105,17 @@ void ProblemList::invalidate()
 void ProblemList::rebuild()
 {
     invalidate();
-    m_problems = Problems::find(m_model->root());
+    const Item *root = m_model->root();
+    m_problems = Problems::find(root);
     for (const Problems::Problem &problem : std::as_const(m_problems)) {
         if (isRowDescribed(problem.item))
             m_rowDescribed.insert(problem.item);
     }
+    // Long lists get their index now, while the list shows their collisions as they are: made
+    // after a change, an index has to be compared with the list, which takes as long as the
+    // list. Short lists get theirs when they change.
+    for (const Item *parent : longLists(root))
+        m_indexes.insert(parent, SiblingIndex(parent));
     m_rebuild = false;
     emit rebuilt();
 }

@@ -12,6 +12,7 @@
 
 #include <QMimeData>
 #include <QRandomGenerator>
+#include <QTemporaryDir>
 
 using namespace ZAT16;
 using namespace EditorTest;
@@ -397,7 +398,30 @@ class TestEditorRandom : public QObject
 private slots:
     void randomEdits_data();
     void randomEdits();
+
+private:
+    QTemporaryDir m_dir;
 };
+
+namespace {
+
+// A file with a top-level list and an enumeration list long enough to be indexed as soon as the
+// problem list is made, with repeated names and codes in both.
+QByteArray longLists()
+{
+    QByteArray xml = "<zat16>\n  <tag name=\"Long\" id=\"0x1fff\">\n    <enums>\n";
+    for (int i = 0; i < 300; ++i)
+        xml += "      <enum name=\"V" + QByteArray::number(i % 290) + "\" id=\"" + QByteArray::number(i % 280)
+            + "\"/>\n";
+    xml += "    </enums>\n  </tag>\n";
+    for (int i = 0; i < 300; ++i) {
+        xml += "  <tag name=\"T" + QByteArray::number(i % 295) + "\" id=\"0x" + QByteArray::number(0x1000 + i % 285, 16)
+            + "\"/>\n";
+    }
+    return xml + "</zat16>\n";
+}
+
+} // namespace
 
 void TestEditorRandom::randomEdits_data()
 {
@@ -410,6 +434,11 @@ void TestEditorRandom::randomEdits_data()
         << QStringLiteral(ZAT16_TEST_DATA "/editor/editing.zatdef") << 4242u << 2500;
     QTest::newRow("weather station, seed 99")
         << QStringLiteral(ZAT16_EXAMPLES "/weather-station.zatdef") << 99u << 2500;
+    const QString path = m_dir.filePath(QStringLiteral("long.zatdef"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(longLists()) > 0);
+    file.close();
+    QTest::newRow("long lists, seed 7") << path << 7u << 2500;
 }
 
 void TestEditorRandom::randomEdits()
