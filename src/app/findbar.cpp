@@ -73,6 +73,19 @@ bool mayBeInCode(const QString &text)
     return true;
 }
 
+// Whether the first character of a text ignoring case is one of two ASCII characters only: its
+// two cases, or a digit or sign alone. "k" and "s" are not, since the Kelvin sign and the long s
+// fold to them, nor is "i", whose dotted capital folds in its own way.
+bool hasPlainFirst(const QString &text)
+{
+    if (text.isEmpty())
+        return false;
+    const char16_t u = text.at(0).toLower().unicode();
+    if (u >= 128 || u == 'k' || u == 's' || u == 'i')
+        return false;
+    return u > ' ';
+}
+
 // The test of FindBar::matches for one text, prepared once for a whole search.
 class Matcher
 {
@@ -80,21 +93,46 @@ public:
     explicit Matcher(const QString &text)
         : m_text(text)
         , m_matcher(text, Qt::CaseInsensitive)
+        , m_plainFirst(hasPlainFirst(text))
+        , m_lower(m_plainFirst ? text.at(0).toLower() : QChar())
+        , m_upper(m_plainFirst ? text.at(0).toUpper() : QChar())
         , m_code(mayBeInCode(text))
         , m_hex(text.size() > 2 && text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive) ? text.mid(2) : QString())
         , m_hexMatcher(m_hex, Qt::CaseInsensitive)
     {
     }
 
+    // Whether `in` contains the text, ignoring case. Where the text starts with a plain
+    // character, the places of that character are found first (a fast search for one
+    // character) and the text is compared there: most names and comments do not contain it.
+    bool contains(QStringView in) const
+    {
+        if (!m_plainFirst)
+            return m_matcher.indexIn(in) >= 0;
+        const qsizetype size = m_text.size();
+        qsizetype from = 0;
+        while (from + size <= in.size()) {
+            const qsizetype lower = in.indexOf(m_lower, from);
+            const qsizetype upper = m_upper == m_lower ? -1 : in.indexOf(m_upper, from);
+            const qsizetype at = lower < 0 ? upper : (upper < 0 ? lower : qMin(lower, upper));
+            if (at < 0 || at + size > in.size())
+                return false;
+            if (in.mid(at, size).compare(m_text, Qt::CaseInsensitive) == 0)
+                return true;
+            from = at + 1;
+        }
+        return false;
+    }
+
     bool matches(const Item *item) const
     {
         if (!item || m_text.isEmpty())
             return false;
-        if (m_matcher.indexIn(item->name) >= 0 || m_matcher.indexIn(item->comment) >= 0)
+        if (contains(item->name) || contains(item->comment))
             return true;
         if (!item->hasId || !m_code)
             return false;
-        if (m_matcher.indexIn(item->formatId()) >= 0)
+        if (contains(item->formatId()))
             return true;
         // "0x1A" finds the code whatever notation the entry is shown in.
         if (!m_hex.isEmpty()) {
@@ -107,6 +145,9 @@ public:
 private:
     QString m_text;
     QStringMatcher m_matcher;
+    bool m_plainFirst;
+    QChar m_lower;
+    QChar m_upper;
     bool m_code;
     QString m_hex;
     QStringMatcher m_hexMatcher;

@@ -261,6 +261,39 @@ private slots:
         QVERIFY(found > items.size());
     }
 
+    // A name or comment matches when it contains the text ignoring case, whatever the text
+    // starts with (the search for the first character first must not miss a match), also with
+    // characters that fold to ASCII letters (the Kelvin sign, the long s, the dotted capital I).
+    void matchIgnoresCaseAsContainsDoes()
+    {
+        const QStringList words
+            = { QStringLiteral("Power"),     QStringLiteral("POWERpower"), QStringLiteral("\u212Aelvin"),
+                QStringLiteral("Kelvin"),    QStringLiteral("Mo\u017Fe"),  QStringLiteral("MOSE"),
+                QStringLiteral("\u0130nfo"), QStringLiteral("info"),       QStringLiteral("Stra\u00DFe"),
+                QStringLiteral("0x1A-2"),    QStringLiteral("aaab"),       QStringLiteral("") };
+        const QStringList texts
+            = { QStringLiteral("power"), QStringLiteral("P"),     QStringLiteral("kel"),  QStringLiteral("KELVIN"),
+                QStringLiteral("mose"),  QStringLiteral("S"),     QStringLiteral("info"), QStringLiteral("\u00DF"),
+                QStringLiteral("a-2"),   QStringLiteral("aab"),   QStringLiteral("-"),    QStringLiteral("x1a"),
+                QStringLiteral("wer"),   QStringLiteral("powerp") };
+        int found = 0;
+        for (const QString &word : words) {
+            for (const QString &text : texts) {
+                Item byName;
+                byName.type = Tag;
+                byName.name = word;
+                Item byComment;
+                byComment.type = Tag;
+                byComment.comment = word;
+                const bool expected = word.contains(text, Qt::CaseInsensitive);
+                QVERIFY2(FindBar::matches(&byName, text) == expected, qPrintable(word + QLatin1Char('/') + text));
+                QVERIFY2(FindBar::matches(&byComment, text) == expected, qPrintable(word + QLatin1Char('/') + text));
+                found += expected;
+            }
+        }
+        QVERIFY(found > 10);
+    }
+
     void hiddenRowsAreFoundAndOpened()
     {
         QVERIFY(!view()->isExpanded(indexOf(QStringLiteral("Flags"))));
