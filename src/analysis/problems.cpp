@@ -132,6 +132,22 @@ const QHash<QString, int> &keywordTable()
     return table;
 }
 
+// The characters that reserved words start with (all of them ASCII), so that most names are
+// passed without a look-up in the table.
+struct KeywordStarts {
+    bool start[128] = {};
+    KeywordStarts()
+    {
+        const QList<QString> words = keywordTable().keys();
+        for (const QString &word : words)
+            start[word.at(0).unicode()] = true;
+    }
+    bool mayStart(const QString &name) const
+    {
+        return !name.isEmpty() && name.at(0).unicode() < 128 && start[name.at(0).unicode()];
+    }
+};
+
 // "A, B and C".
 QString listing(const QStringList &words)
 {
@@ -310,6 +326,9 @@ QString Problems::describe(const Item *item)
 QStringList Problems::keywordLanguages(const QString &name)
 {
     QStringList languages;
+    static const KeywordStarts starts;
+    if (!starts.mayStart(name))
+        return languages;
     const int bits = keywordTable().value(name);
     if (bits & 1)
         languages << QStringLiteral("C");

@@ -2,8 +2,6 @@
 
 #include "datatypes.h"
 
-#include <cctype>
-
 namespace ZAT16 {
 
 DataType dataType(unsigned int code)
@@ -136,7 +134,9 @@ bool isValidIdentifier(const QString &name, QString *error)
     } else {
         for (QChar c : name) {
             const char16_t u = c.unicode();
-            if (u != '_' && !(u < 128 && std::isalnum(int(u)))) {
+            // ASCII letters and digits, whatever the locale says of other characters.
+            const bool alphanumeric = (u >= '0' && u <= '9') || (u >= 'a' && u <= 'z') || (u >= 'A' && u <= 'Z');
+            if (u != '_' && !alphanumeric) {
                 message = QStringLiteral("Invalid characters in name.");
                 break;
             }
