@@ -3,6 +3,7 @@
 
 #include "benchrunner.h"
 #include "hostileinputs.h"
+#include "instructioncounts.h"
 #include "windowbench.h"
 
 #include <QApplication>
@@ -30,6 +31,7 @@ void usage()
     std::fprintf(stderr,
                  "usage: zatbench [--quick] [--window]\n"
                  "       zatbench --profile OPERATION [TAGS]   (TAGS defaults to 10000)\n"
+                 "       zatbench --instructions [OPERATION...]\n"
                  "       zatbench --hostile [MB]               (MB defaults to 100)\n"
                  "  --quick         only 1,000 and 10,000 tags\n"
                  "  --window        only the window section\n"
@@ -37,6 +39,8 @@ void usage()
                  "                  processes: time and peak memory\n"
                  "  --profile       runs one operation once inside zatbench_profiled(), for\n"
                  "                  valgrind --tool=callgrind --instr-atstart=no\n"
+                 "  --instructions  counts the instructions of operations at 10,000 and 100,000 tags\n"
+                 "                  with callgrind (by default those with a growth goal)\n"
                  "  operations:     %s\n"
                  "                  %s\n",
                  qPrintable(BenchRunner::profileOperations().join(QLatin1Char(' '))),
@@ -64,6 +68,18 @@ int main(int argc, char *argv[])
             return 2;
         }
         return HostileInputs::run(QCoreApplication::applicationFilePath(), megabytes);
+    }
+    if (argc >= 2 && std::strcmp(argv[1], "--instructions") == 0) {
+        QCoreApplication app(argc, argv);
+        const QStringList operations = app.arguments().mid(2);
+        for (const QString &operation : operations) {
+            if (!BenchRunner::profileOperations().contains(operation)
+                && !WindowBench::profileOperations().contains(operation)) {
+                usage();
+                return 2;
+            }
+        }
+        return InstructionCounts::run(QCoreApplication::applicationFilePath(), operations);
     }
 
     // The editor model uses fonts and colours, the window widgets: a widget application, but no
