@@ -119,7 +119,7 @@ QString WindowBench::writeFile(const QTemporaryDir &folder, int tags, QByteArray
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(*bytes) != bytes->size()) {
         std::fprintf(stderr, "zatbench: cannot write %s\n", qPrintable(path));
-        std::exit(1);
+        return QString();
     }
     return path;
 }
@@ -143,16 +143,18 @@ bool WindowBench::measureSize(int column)
 {
     const int tags = m_sizes.at(column);
     m_path = writeFile(*m_folder, tags, &m_bytes);
+    if (m_path.isEmpty())
+        return false;
     m_fileBytes[column] = m_bytes.size();
     const int reps = repetitions(tags);
     // The first round of the process fills caches (fonts, glyphs, icons, styles) that later
     // rounds find full, as a user's window finds them after its first seconds.
     const bool warmUp = column == 0;
     for (int r = warmUp ? -1 : 0; r < reps; ++r) {
-        const BenchRunner::Sample sample = BenchRunner::sample([&] {
-            if (!round(column, r >= 0))
-                std::exit(1);
-        });
+        bool ok = true;
+        const BenchRunner::Sample sample = BenchRunner::sample([&] { ok = round(column, r >= 0); });
+        if (!ok)
+            return false;
         std::fprintf(stderr,
                      "zatbench: window, %s tags, %s %d of %d: %.1f s\n",
                      qPrintable(BenchRunner::grouped(tags)),
@@ -440,6 +442,8 @@ int WindowBench::memoryChild(int tags)
     const std::unique_ptr<QTemporaryDir> folder = isolate();
     QByteArray bytes;
     const QString path = writeFile(*folder, tags, &bytes);
+    if (path.isEmpty())
+        return 1;
     // The empty window is there before the measurement starts: what opening the file adds is
     // measured, and the process's peak is reported too.
     auto *driver = new WindowDriver(path);
@@ -464,8 +468,8 @@ int WindowBench::memoryChild(int tags)
                 residentAfter,
                 reset ? "reset" : "kept");
     std::fflush(stdout);
-    // The window is left to the end of the process, and the folder with it.
-    QFile::remove(path);
+    // The window is left to the end of the process: closing it would only cost time.
+    folder->remove();
     std::_Exit(0);
 }
 
@@ -489,6 +493,8 @@ int WindowBench::profile(const QString &operation, int tags)
     WindowBench bench({ tags });
     bench.m_folder = isolate();
     bench.m_path = writeFile(*bench.m_folder, tags, &bench.m_bytes);
+    if (bench.m_path.isEmpty())
+        return 1;
     bench.m_target = key;
     if (!bench.round(0, false))
         return 1;

@@ -47,6 +47,8 @@ private:
     /// Settings, recovery files and the definitions files go to a fresh folder, so that the
     /// user's own settings neither change nor change what is measured.
     static std::unique_ptr<QTemporaryDir> isolate();
+    /// Writes the synthetic file of `tags` tags into `folder` and returns its path, empty on
+    /// failure; `bytes` receives what it holds.
     static QString writeFile(const QTemporaryDir &folder, int tags, QByteArray *bytes);
 
     bool measureSize(int column);
