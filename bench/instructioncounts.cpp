@@ -3,6 +3,7 @@
 #include "benchrunner.h"
 #include "windowbench.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
@@ -49,8 +50,9 @@ double InstructionCounts::growthGoal(const QString &operation)
 }
 
 qint64 InstructionCounts::count(
-    const QString &program, const QString &operation, int tags, const QString &outputFile, QString *error)
+    const QString &program, const QString &operation, int tags, const QString &folder, QString *error)
 {
+    const QString outputFile = folder + QStringLiteral("/callgrind.out.%1.%2").arg(operation).arg(tags);
     QStringList arguments
         = { QStringLiteral("--tool=callgrind"), QStringLiteral("--callgrind-out-file=") + outputFile };
 #if __has_include(<valgrind/callgrind.h>)
@@ -63,6 +65,13 @@ qint64 InstructionCounts::count(
 
     QProcess valgrind;
     valgrind.setProcessChannelMode(QProcess::MergedChannels);
+    // The child's temporary files (a window operation writes its definitions file) go into the
+    // folder too, which goes at the end even when a run was given up and killed.
+    const QString temporary = folder + QStringLiteral("/tmp");
+    QDir().mkpath(temporary);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("TMPDIR"), temporary);
+    valgrind.setProcessEnvironment(environment);
     valgrind.start(QStringLiteral("valgrind"), arguments);
     if (!valgrind.waitForStarted()) {
         *error = QStringLiteral("valgrind does not start");
@@ -128,8 +137,7 @@ int InstructionCounts::run(const QString &program, const QStringList &operations
             QElapsedTimer timer;
             timer.start();
             QString error;
-            const QString output = folder.filePath(QStringLiteral("callgrind.out.%1.%2").arg(operation).arg(sizes[i]));
-            result.ir[i] = count(program, operation, sizes[i], output, &error);
+            result.ir[i] = count(program, operation, sizes[i], folder.path(), &error);
             if (result.ir[i] < 0) {
                 // Too slow to count is a result; a run that fails is not.
                 const bool tooSlow = error.startsWith(QLatin1String("over"));

@@ -25,7 +25,8 @@ public:
     static int run(const QString &program, const QStringList &operations);
 
 private:
-    /// The instructions of `operation` at `tags` tags; -1 on failure, with the reason in `error`.
+    /// The instructions of `operation` at `tags` tags, with callgrind's output and the child's
+    /// temporary files in `folder`; -1 on failure, with the reason in `error`.
     static qint64 count(
-        const QString &program, const QString &operation, int tags, const QString &outputFile, QString *error);
+        const QString &program, const QString &operation, int tags, const QString &folder, QString *error);
 };
