@@ -6,6 +6,10 @@
 
 #include <functional>
 
+/// Runs `operation` with callgrind's instrumentation switched on (when zatbench was built with the
+/// valgrind headers) and is the function that --toggle-collect names: what callgrind counts.
+extern "C" void zatbench_profiled(const std::function<void()> &operation);
+
 /// Runs the measurements of zatbench: for each file size the medians of the reader loop, the
 /// load, the save, the five generators and the editor steps; the peak memory of a load in a
 /// child process; then the table and one GOAL line per goal.
@@ -38,6 +42,11 @@ public:
         qint64 addedKiB() const { return peakAfterKiB - peakBeforeKiB; }
     };
 
+    /// How much more load, save and each generator may take at 100,000 tags than at 10,000.
+    static constexpr double growthGoal = 11;
+    /// How much more the edit, repaint and undo may take at 100,000 tags than at 1,000.
+    static constexpr double editGrowthGoal = 3;
+
     explicit BenchRunner(const QList<int> &sizes);
 
     /// Measures every size and prints the table and the goals; false when the synthetic file
@@ -53,10 +62,19 @@ public:
     static QStringList profileOperations();
     /// A field of /proc/self/status in KiB (VmRSS, VmHWM), or -1.
     static qint64 statusKiB(const char *field);
+    /// Resets VmHWM to the current resident size (Linux 4.0 and later); false when it cannot.
+    static bool resetPeak();
+    /// Runs a child process of this program with `arguments`, which prints one "MEMORY ..." line
+    /// as memoryChild() does, and reads it.
+    static Memory childMemory(const QStringList &arguments);
+    /// Processor time of the thread and wall-clock time of one run of `operation`.
+    static Sample sample(const std::function<void()> &operation);
+    static double median(QList<double> values);
+    /// `n` with commas between groups of three digits.
+    static QString grouped(qint64 n);
 
 private:
     bool measureSize(int column);
-    Memory measureMemory(int tags) const;
     void printTable() const;
     void printGoals() const;
     double value(const QString &row, int tags) const;
