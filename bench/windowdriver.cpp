@@ -6,6 +6,7 @@
 #include "item.h"
 #include "problemsdock.h"
 #include "recovery.h"
+#include "rowtreeview.h"
 
 #include <QAction>
 #include <QClipboard>
@@ -22,7 +23,7 @@ using namespace ZAT16;
 WindowDriver::WindowDriver(const QString &path)
     : m_path(path)
     , m_window(new EditorWindow)
-    , m_view(m_window->findChild<QTreeView *>(QStringLiteral("m_view")))
+    , m_view(m_window->findChild<RowTreeView *>(QStringLiteral("m_view")))
     , m_problems(m_window->problemsDock())
 {
     // The recovery file (the whole tree, written 30 seconds after a change) would land in
@@ -165,7 +166,7 @@ void WindowDriver::findNext()
 
 void WindowDriver::expandAll()
 {
-    m_view->expandAll();
+    m_view->expandWholeTree();
     settle();
 }
 

@@ -6,7 +6,7 @@
 
 class QAction;
 class QDialog;
-class QTreeView;
+class RowTreeView;
 class QWidget;
 
 namespace ZAT16 {
@@ -100,7 +100,7 @@ private:
 
     QString m_path;
     ZAT16::EditorWindow *m_window;
-    QTreeView *m_view;
+    RowTreeView *m_view;
     ZAT16::ProblemsDock *m_problems;
     const ZAT16::Item *m_edited = nullptr;
     QPersistentModelIndex m_editedName;

@@ -76,3 +76,27 @@ void RowTreeView::collapseCurrentSubtree()
 {
     collapseSubtree(currentIndex());
 }
+
+// While a layout is pending, expanding a row only records it: the layout at the end places all
+// rows once.
+void RowTreeView::expandWholeTree()
+{
+    QAbstractItemModel const *itemModel = model();
+    if (!itemModel)
+        return;
+    scheduleDelayedItemsLayout();
+    QStack<QModelIndex> pending;
+    pending.push(rootIndex());
+    while (!pending.isEmpty()) {
+        QModelIndex const parent = pending.pop();
+        int const rows = itemModel->rowCount(parent);
+        for (int row = 0; row < rows; ++row) {
+            QModelIndex const child = itemModel->index(row, 0, parent);
+            if (!itemModel->hasChildren(child))
+                continue;
+            pending.push(child);
+            expand(child);
+        }
+    }
+    executeDelayedItemsLayout();
+}

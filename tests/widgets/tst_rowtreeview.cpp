@@ -36,6 +36,7 @@ private slots:
     void collapseSubtree();
     void collapseSubtreeOnLeaf();
     void collapseCurrentSubtree();
+    void expandWholeTree();
 
 private:
     QModelIndex find(QString const &text) const;
@@ -192,6 +193,27 @@ void TestRowTreeView::expandSubtree()
     // the index itself.
     QCOMPARE(names(spy), QStringList({ "A1", "A2", "A2a", "A1a", "A1b", "A" }));
     QCOMPARE(expandedNames(), QStringList({ "A", "A1", "A1a", "A1b", "A2", "A2a" }));
+}
+
+// The rows with children open, each reported once, in one layout: afterwards every row is
+// visible where expandAll() would show it; leaves are not recorded as expanded.
+void TestRowTreeView::expandWholeTree()
+{
+    m_view->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_view));
+    QSignalSpy spy(m_view, &QTreeView::expanded);
+    m_view->expandWholeTree();
+    QStringList reported = names(spy);
+    reported.sort();
+    QCOMPARE(reported, QStringList({ "A", "A1", "A2", "B" }));
+    QCOMPARE(expandedNames(), QStringList({ "A", "A1", "A2", "B" }));
+    QStringList shown;
+    for (QModelIndex at = m_model->index(0, 0); at.isValid(); at = m_view->indexBelow(at))
+        shown << at.data().toString();
+    QCOMPARE(shown, QStringList({ "A", "A1", "A1a", "A1b", "A2", "A2a", "B", "B1" }));
+    QVERIFY(!m_view->visualRect(find("B1")).isEmpty());
+    m_view->collapseAll();
+    QCOMPARE(expandedNames(), QStringList());
 }
 
 void TestRowTreeView::expandSubtreeOnLeaf()
