@@ -9,6 +9,7 @@
 #include "highlighterc.h"
 #include "highlighterlua.h"
 #include "savesequence.h"
+#include "textsliceloader.h"
 #include "tools.h"
 
 #include <QClipboard>
@@ -54,7 +55,8 @@ QDialog *CodeViewer::createViewer(const QString &title, QSyntaxHighlighter *high
         highlighter->setDocument(edit->document());
         highlighter->setParent(edit);
     }
-    edit->setPlainText(text);
+    // A long text goes in a slice at a time, so that the first screen shows at once.
+    new TextSliceLoader(edit, text);
     edit->setReadOnly(true);
 
     // Below the text: saving and copying the text exactly as it was generated (the text edit
