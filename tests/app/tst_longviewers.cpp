@@ -1,13 +1,16 @@
 // Viewers of texts longer than one slice: the first screen is there and coloured when the viewer
-// is shown, the rest follows from the event loop, and a viewer closed while text is still coming
-// in goes away cleanly.
+// is shown, the rest follows from the event loop, a viewer closed while text is still coming in
+// goes away cleanly, and a text too tall for the text edit's layout is cut at whole lines with a
+// note saying so.
 
 #include "editormodel.h"
 #include "editorwindow.h"
 #include "highlighterc.h"
 #include "textsliceloader.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QDialog>
+#include <QLabel>
 #include <QPointer>
 #include <QSettings>
 #include <QStandardPaths>
@@ -67,6 +70,8 @@ private slots:
         QCoreApplication::setOrganizationName(QStringLiteral("zatedit-tests"));
         QCoreApplication::setApplicationName(QStringLiteral("tst_longviewers"));
         QSettings().clear();
+        // The note's numbers without group separators.
+        QLocale::setDefault(QLocale::c());
     }
 
     void init()
@@ -147,6 +152,37 @@ private slots:
         QVERIFY(guard.isNull());
         QTest::qWait(50);
         init();
+    }
+
+    void tooTallForTheLayout()
+    {
+        // A large font makes the text edit's layout reach its height limit after a few slices.
+        QFont font(QStringLiteral("DejaVu Sans Mono"));
+        font.setPixelSize(100);
+        m_window->model()->setFixedFont(font);
+        const int lines = 40000;
+        QString text;
+        for (int i = 0; i < lines; ++i)
+            text += QStringLiteral("x\n");
+        QDialog *viewer = m_window->createViewer(QStringLiteral("tall"), nullptr, text);
+        auto *edit = viewer->findChild<QTextEdit *>();
+        auto *loader = edit->findChild<TextSliceLoader *>();
+        QVERIFY(!viewer->findChild<QLabel *>(QStringLiteral("truncatedNote")));
+        QTRY_VERIFY_WITH_TIMEOUT(loader->isFinished(), 120000);
+
+        const int shown = edit->document()->blockCount() - 1;
+        QVERIFY(shown < lines);
+        QCOMPARE(shown % TextSliceLoader::DefaultLinesPerSlice, 0);
+        QVERIFY(edit->document()->documentLayout()->documentSize().height() >= TextSliceLoader::DefaultHeightLimit);
+        QCOMPARE(edit->toPlainText(), text.left(2 * shown));
+        auto *note = viewer->findChild<QLabel *>(QStringLiteral("truncatedNote"));
+        QVERIFY(note);
+        QCOMPARE(note->text(),
+                 QStringLiteral("The text is too long to be shown whole: these are its first %1 of 40000 lines. "
+                                "Save as... and Copy all take the whole text.")
+                     .arg(shown));
+        QVERIFY(note->isVisible());
+        QVERIFY(note->geometry().top() >= edit->geometry().bottom());
     }
 };
 

@@ -1,12 +1,13 @@
 // TextSliceLoader: a text put into a text edit a slice at a time ends up as it would have been
 // set at once, with the highlighter's formats of every block as a highlighter attached the usual
 // way gives them, also where /* */ comments run over slice boundaries and the view is scrolled
-// while slices are coming in.
+// while slices are coming in; loading stops at the height limit.
 
 #include "highlighterc.h"
 #include "highlighterlua.h"
 #include "textsliceloader.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
@@ -168,6 +169,7 @@ private slots:
         QVERIFY(!loader->isFinished());
         QVERIFY(!edit.isUndoRedoEnabled());
         QSignalSpy finished(loader, &TextSliceLoader::finished);
+        QSignalSpy truncated(loader, &TextSliceLoader::truncated);
 
         // Scrolled to the end of what is there while the slices come in.
         edit.show();
@@ -180,6 +182,7 @@ private slots:
         }
         QVERIFY(turns >= 2);
         QCOMPARE(finished.count(), 1);
+        QCOMPARE(truncated.count(), 0);
         QCOMPARE(loader->loadedLength(), text.size());
 
         QCOMPARE(edit.toPlainText(), expected.toPlainText());
@@ -233,6 +236,39 @@ private slots:
         QVERIFY(none->isFinished());
         QCOMPARE(none->loadedLines(), 0);
         QVERIFY(empty.document()->isEmpty());
+    }
+
+    void stopsAtTheHeightLimit()
+    {
+        QString text;
+        for (int i = 0; i < 1000; ++i)
+            text += QStringLiteral("line %1\n").arg(i);
+        QTextEdit edit;
+        edit.resize(300, 200);
+        // Hidden, the text edit gives its document no page size, and nothing is laid out.
+        edit.show();
+        const qreal limit = 600;
+        auto *loader = new TextSliceLoader(&edit, text, 10, limit);
+        QSignalSpy finished(loader, &TextSliceLoader::finished);
+        QSignalSpy truncated(loader, &TextSliceLoader::truncated);
+        QTRY_VERIFY(loader->isFinished());
+        QCOMPARE(finished.count(), 0);
+        QCOMPARE(truncated.count(), 1);
+        const int shown = truncated.first().at(0).toInt();
+        QCOMPARE(truncated.first().at(1).toInt(), 1000);
+        QCOMPARE(shown, loader->loadedLines());
+        QVERIFY(shown > 10 && shown < 1000);
+        QCOMPARE(shown % 10, 0);
+
+        // Whole lines from the start, up to the slice that reached the limit.
+        QString lines;
+        for (int i = 0; i < shown; ++i)
+            lines += QStringLiteral("line %1\n").arg(i);
+        QCOMPARE(edit.toPlainText(), lines);
+        QCOMPARE(loader->loadedLength(), lines.size());
+        const QAbstractTextDocumentLayout *layout = edit.document()->documentLayout();
+        QVERIFY(layout->documentSize().height() >= limit);
+        QVERIFY(layout->blockBoundingRect(edit.document()->findBlockByNumber(shown - 10)).top() < limit);
     }
 };
 
