@@ -9,6 +9,7 @@
 #include "highlighterc.h"
 #include "highlighterlua.h"
 #include "savesequence.h"
+#include "textsliceloader.h"
 #include "tools.h"
 
 #include <QClipboard>
@@ -20,6 +21,7 @@
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QPushButton>
 #include <QSyntaxHighlighter>
 #include <QTextEdit>
@@ -54,7 +56,8 @@ QDialog *CodeViewer::createViewer(const QString &title, QSyntaxHighlighter *high
         highlighter->setDocument(edit->document());
         highlighter->setParent(edit);
     }
-    edit->setPlainText(text);
+    // A long text goes in a slice at a time, so that the first screen shows at once.
+    auto *loader = new TextSliceLoader(edit, text);
     edit->setReadOnly(true);
 
     // Below the text: saving and copying the text exactly as it was generated (the text edit
@@ -71,6 +74,16 @@ QDialog *CodeViewer::createViewer(const QString &title, QSyntaxHighlighter *high
         button->setDefault(false);
     }
     outer->addWidget(buttons);
+    connect(loader, &TextSliceLoader::truncated, dialog, [dialog, outer](int shownLines, int totalLines) {
+        auto *note = new QLabel(EditorWindow::tr("The text is too long to be shown whole: these are its first %L1 of "
+                                                 "%L2 lines. Save as... and Copy all take the whole text.")
+                                    .arg(shownLines)
+                                    .arg(totalLines),
+                                dialog);
+        note->setObjectName(QStringLiteral("truncatedNote"));
+        note->setWordWrap(true);
+        outer->insertWidget(1, note);
+    });
     connect(saveAs, &QPushButton::clicked, dialog, [this, dialog, text]() {
         const QString start = EditorSettings::startPath(EditorSettings::LastViewerSavePath);
         const QString path = QFileDialog::getSaveFileName(dialog, EditorWindow::tr("Save generated text"), start);

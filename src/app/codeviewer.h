@@ -25,6 +25,7 @@ public:
     CodeViewer(EditorWindow *window, EditorDocument *document);
 
     /// Opens a viewer of `text` titled `title`; the viewer takes `highlighter` when one is given.
+    /// A long text comes in a slice at a time after the viewer is shown (TextSliceLoader).
     QDialog *createViewer(const QString &title, QSyntaxHighlighter *highlighter, const QString &text);
     /// Writes `text` UTF-8 encoded to `path` through a temporary file and a rename; failures
     /// are reported with EditorWindow::error(). True on success.
