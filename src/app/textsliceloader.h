@@ -15,9 +15,10 @@ class QTextEdit;
 /// every block ends up with the formats it would have had if the whole text had been set at once.
 /// The loader is a child of the text edit: closing the viewer stops it.
 ///
-/// The text edit's document layout cannot lay out a document taller than INT_MAX / 256 pixels
-/// (it makes no progress beyond that and the event loop hangs), so loading stops once the
-/// document is as tall as a limit below that, and truncated() says how much of the text is shown.
+/// The text edit's document layout does not get past a height of INT_MAX / 256 pixels: an append
+/// that makes the document taller than that does not return, and the layout of a text set at
+/// once stalls there. Loading stops once the document is as tall as a limit below that height,
+/// and truncated() says how much of the text is shown.
 /// A hidden text edit lays nothing out: the viewer is shown before the first slice is appended.
 class TextSliceLoader : public QObject
 {
