@@ -169,8 +169,10 @@ void ProblemList::onDataChanged(const QModelIndex &topLeft, const QModelIndex &b
                     counts->update(row, item, &changed);
                     markChanged(changed);
                 }
-                // A tag's name and code are part of the descriptions of the entries below it.
-                markDirty(item, item->type == Tag);
+                // A tag's name and code are part of the descriptions of the entries below it, and
+                // the entries below an item show their codes in its display mode unless they have
+                // one of their own.
+                markDirty(item, !item->children.isEmpty());
             }
             if (!counts)
                 m_unindexed.insert(parent);

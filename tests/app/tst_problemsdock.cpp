@@ -215,6 +215,24 @@ private slots:
         }
     }
 
+    // The values of a list show their codes in the list's display mode: a new mode of the list
+    // changes their problems' texts, though no value changed.
+    void listDisplayModeRewordsItsValues()
+    {
+        m_window->showProblems();
+        QCOMPARE(rows(list()), loaded);
+        const QModelIndex enums = model()->index(0, 0, model()->index(1, 0));
+        ItemData data = *model()->index2item(enums);
+        data.display.mode = 4;
+        QVERIFY(model()->setItemData(enums, data));
+        QStringList octal = loaded;
+        octal[0] = QStringLiteral("Enum Off (0o0) of Tag Mode (0x1002): code collision with a sibling");
+        octal[1] = QStringLiteral("Enum On (0o0) of Tag Mode (0x1002): code collision with a sibling");
+        QTRY_COMPARE(rows(list()), octal);
+        m_window->undoStack()->undo();
+        QTRY_COMPARE(rows(list()), loaded);
+    }
+
     // A burst of changes recomputes the list once.
     void burstRecomputesOnce()
     {
