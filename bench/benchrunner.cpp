@@ -214,6 +214,16 @@ double BenchRunner::median(QList<double> values)
     return n % 2 ? values.at(n / 2) : (values.at(n / 2 - 1) + values.at(n / 2)) / 2;
 }
 
+void BenchRunner::printGrowth(const QList<int> &sizes, const QList<double> &values)
+{
+    if (!sizes.contains(10000) || !sizes.contains(100000))
+        return;
+    const double small = values.at(sizes.indexOf(10000));
+    const double large = values.at(sizes.indexOf(100000));
+    if (small > 0 && large >= 0)
+        std::printf("  %9.2f", large / small);
+}
+
 QString BenchRunner::grouped(qint64 n)
 {
     QString text = QString::number(n);
@@ -491,12 +501,7 @@ void BenchRunner::printTable() const
                 else
                     std::printf(" %11.3f %8s", ms, "");
             }
-            if (growth) {
-                const double small = times.at(m_sizes.indexOf(10000));
-                const double large = times.at(m_sizes.indexOf(100000));
-                if (small > 0 && large >= 0)
-                    std::printf("  %9.2f", large / small);
-            }
+            printGrowth(m_sizes, times);
             std::printf("\n");
         }
     }

@@ -72,6 +72,9 @@ public:
     static double median(QList<double> values);
     /// `n` with commas between groups of three digits.
     static QString grouped(qint64 n);
+    /// Prints the growth column of a table row: the value at 100,000 tags over the one at 10,000,
+    /// when `sizes` has both and they were measured.
+    static void printGrowth(const QList<int> &sizes, const QList<double> &values);
 
 private:
     bool measureSize(int column);

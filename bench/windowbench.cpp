@@ -354,12 +354,7 @@ void WindowBench::printTable() const
                 else
                     std::printf(" %12.3f %3d", medians.last(), int(times.size()));
             }
-            if (growth) {
-                const double small = medians.at(m_sizes.indexOf(10000));
-                const double large = medians.at(m_sizes.indexOf(100000));
-                if (small > 0 && large >= 0)
-                    std::printf("  %9.2f", large / small);
-            }
+            BenchRunner::printGrowth(m_sizes, medians);
             std::printf("\n");
         }
     }
