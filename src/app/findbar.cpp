@@ -73,17 +73,36 @@ bool mayBeInCode(const QString &text)
     return true;
 }
 
-// Whether the first character of a text ignoring case is one of two ASCII characters only: its
-// two cases, or a digit or sign alone. "k" and "s" are not, since the Kelvin sign and the long s
-// fold to them, nor is "i", whose dotted capital folds in its own way.
-bool hasPlainFirst(const QString &text)
+// A character of the text that only two ASCII characters match ignoring case (its two cases),
+// or one (a digit or sign): then `c | bits` equals `folded` exactly for those. "k" and "s" are not
+// plain, since the Kelvin sign and the long s fold to them, nor is "i", whose dotted capital
+// folds in its own way.
+struct PlainChar {
+    bool plain = false;
+    char16_t folded = 0;
+    char16_t bits = 0;
+
+    explicit PlainChar(QChar c)
+    {
+        const char16_t u = c.toLower().unicode();
+        if (u >= 128 || u <= ' ' || u == 'k' || u == 's' || u == 'i')
+            return;
+        plain = true;
+        bits = u >= 'a' && u <= 'z' ? 0x20 : 0;
+        folded = u;
+    }
+
+    bool matches(char16_t c) const { return char16_t(c | bits) == folded; }
+};
+
+// The place of the first plain character of a text at or after `from`, -1 if there is none.
+qsizetype plainAt(const QString &text, qsizetype from)
 {
-    if (text.isEmpty())
-        return false;
-    const char16_t u = text.at(0).toLower().unicode();
-    if (u >= 128 || u == 'k' || u == 's' || u == 'i')
-        return false;
-    return u > ' ';
+    for (qsizetype at = from; at < text.size(); ++at) {
+        if (PlainChar(text.at(at)).plain)
+            return at;
+    }
+    return -1;
 }
 
 // The test of FindBar::matches for one text, prepared once for a whole search.
@@ -93,33 +112,33 @@ public:
     explicit Matcher(const QString &text)
         : m_text(text)
         , m_matcher(text, Qt::CaseInsensitive)
-        , m_plainFirst(hasPlainFirst(text))
-        , m_lower(m_plainFirst ? text.at(0).toLower() : QChar())
-        , m_upper(m_plainFirst ? text.at(0).toUpper() : QChar())
+        , m_firstAt(plainAt(text, 0))
+        , m_secondAt(m_firstAt < 0 ? -1 : plainAt(text, m_firstAt + 1))
+        , m_first(m_firstAt < 0 ? QChar() : text.at(m_firstAt))
+        , m_second(m_secondAt < 0 ? QChar() : text.at(m_secondAt))
         , m_code(mayBeInCode(text))
         , m_hex(text.size() > 2 && text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive) ? text.mid(2) : QString())
         , m_hexMatcher(m_hex, Qt::CaseInsensitive)
     {
     }
 
-    // Whether `in` contains the text, ignoring case. Where the text starts with a plain
-    // character, the places of that character are found first (a fast search for one
-    // character) and the text is compared there: most names and comments do not contain it.
+    // Whether `in` contains the text, ignoring case. Where the text holds plain characters, one
+    // pass looks for the first two of them at their distance and compares the whole text only
+    // there: most names and comments hold neither.
     bool contains(QStringView in) const
     {
-        if (!m_plainFirst)
+        if (m_firstAt < 0)
             return m_matcher.indexIn(in) >= 0;
         const qsizetype size = m_text.size();
-        qsizetype from = 0;
-        while (from + size <= in.size()) {
-            const qsizetype lower = in.indexOf(m_lower, from);
-            const qsizetype upper = m_upper == m_lower ? -1 : in.indexOf(m_upper, from);
-            const qsizetype at = lower < 0 ? upper : (upper < 0 ? lower : qMin(lower, upper));
-            if (at < 0 || at + size > in.size())
-                return false;
-            if (in.mid(at, size).compare(m_text, Qt::CaseInsensitive) == 0)
+        const char16_t *chars = in.utf16();
+        const qsizetype last = in.size() - size;
+        for (qsizetype at = 0; at <= last; ++at) {
+            if (!m_first.matches(chars[at + m_firstAt]))
+                continue;
+            if (m_secondAt >= 0 && !m_second.matches(chars[at + m_secondAt]))
+                continue;
+            if (QStringView(chars + at, size).compare(m_text, Qt::CaseInsensitive) == 0)
                 return true;
-            from = at + 1;
         }
         return false;
     }
@@ -145,9 +164,10 @@ public:
 private:
     QString m_text;
     QStringMatcher m_matcher;
-    bool m_plainFirst;
-    QChar m_lower;
-    QChar m_upper;
+    qsizetype m_firstAt;
+    qsizetype m_secondAt;
+    PlainChar m_first;
+    PlainChar m_second;
     bool m_code;
     QString m_hex;
     QStringMatcher m_hexMatcher;

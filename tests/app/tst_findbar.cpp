@@ -272,10 +272,11 @@ private slots:
                 QStringLiteral("\u0130nfo"), QStringLiteral("info"),       QStringLiteral("Stra\u00DFe"),
                 QStringLiteral("0x1A-2"),    QStringLiteral("aaab"),       QStringLiteral("") };
         const QStringList texts
-            = { QStringLiteral("power"), QStringLiteral("P"),     QStringLiteral("kel"),  QStringLiteral("KELVIN"),
-                QStringLiteral("mose"),  QStringLiteral("S"),     QStringLiteral("info"), QStringLiteral("\u00DF"),
-                QStringLiteral("a-2"),   QStringLiteral("aab"),   QStringLiteral("-"),    QStringLiteral("x1a"),
-                QStringLiteral("wer"),   QStringLiteral("powerp") };
+            = { QStringLiteral("power"), QStringLiteral("P"),       QStringLiteral("kel"),  QStringLiteral("KELVIN"),
+                QStringLiteral("mose"),  QStringLiteral("S"),       QStringLiteral("info"), QStringLiteral("\u00DF"),
+                QStringLiteral("a-2"),   QStringLiteral("aab"),     QStringLiteral("-"),    QStringLiteral("x1a"),
+                QStringLiteral("wer"),   QStringLiteral("powerp"),  QStringLiteral("OSE"),  QStringLiteral("kelv"),
+                QStringLiteral("sE"),    QStringLiteral("\u00DFe"), QStringLiteral("1a-") };
         int found = 0;
         for (const QString &word : words) {
             for (const QString &text : texts) {
