@@ -337,7 +337,9 @@ bool EditorDocument::reload(const QString &path)
 
 void EditorDocument::reportSaved(const QString &path)
 {
-    m_window->popupMessage(EditorWindow::tr("Saved to %1").arg(QDir::toNativeSeparators(path)));
+    const QString note = EditorWindow::tr("Saved to %1").arg(QDir::toNativeSeparators(path));
+    m_window->popupMessage(note);
+    m_window->showNote(note);
 }
 
 void EditorDocument::reportFailure(const SaveSequence &sequence)

@@ -14,13 +14,19 @@ namespace {
 
 // In the order of EditorSettings::Key.
 const char *const keyNames[] = {
-    "ZAT16Editor/State",          "ZAT16Editor/Geometry",
-    "ZAT16Editor/TreeHeader",     "ZAT16Editor/LayoutCheck",
-    "ZAT16Editor/Restoring",      "ZAT16Editor/FixedFont",
-    "ZAT16Editor/CommentFont",    "ZAT16Editor/LastOpenPath",
-    "ZAT16Editor/LastSaveAsPath", "ZAT16Editor/LastViewerSavePath",
+    "ZAT16Editor/State",
+    "ZAT16Editor/Geometry",
+    "ZAT16Editor/TreeHeader",
+    "ZAT16Editor/LayoutCheck",
+    "ZAT16Editor/Restoring",
+    "ZAT16Editor/FixedFont",
+    "ZAT16Editor/CommentFont",
+    "ZAT16Editor/LastOpenPath",
+    "ZAT16Editor/LastSaveAsPath",
+    "ZAT16Editor/LastViewerSavePath",
+    "ZAT16Editor/UserSizedColumns",
 };
-static_assert(std::size(keyNames) == EditorSettings::LastViewerSavePath + 1, "one name for each key");
+static_assert(std::size(keyNames) == EditorSettings::UserSizedColumns + 1, "one name for each key");
 
 } // namespace
 

@@ -25,6 +25,7 @@ public:
         LastOpenPath, ///< the file last chosen in the Open dialog, reopened at start
         LastSaveAsPath, ///< the file last chosen in the Save As dialog
         LastViewerSavePath, ///< the file a viewer's text was last saved to
+        UserSizedColumns, ///< the tree columns the user has resized by hand, a bit each (ColumnFitter)
     };
 
     /// The full name of `key` in the settings.
