@@ -79,6 +79,7 @@ void EditorDocument::initialize(const QString &path, const QString &displayName)
         offerRecovery(QString(), QDateTime());
     m_recovery->setDocument(m_fileName);
     m_window->updateCleanState();
+    emit shown(m_fileName);
 }
 
 // Offers the newest unsaved changes to `document` (empty: to a document without a file) that
@@ -151,6 +152,7 @@ void EditorDocument::open()
     m_window->updateCleanState();
     m_banner->watchFile(path);
     emit opened(root, path);
+    emit shown(path);
 }
 
 // The file that loadDefinitionFile() read last is now the document's: what it was, and whether
@@ -332,6 +334,7 @@ bool EditorDocument::reload(const QString &path)
     if (path == m_fileName)
         takeLoadedFile();
     emit opened(root, path);
+    emit shown(m_fileName);
     return true;
 }
 

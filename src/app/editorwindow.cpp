@@ -138,7 +138,7 @@ EditorWindow::EditorWindow(QWidget *parent)
         dock->installEventFilter(this);
 
     m_statusLine = new StatusLine(statusBar(), m_model, m_problemsDock, this);
-    connect(m_document, &EditorDocument::opened, this, [this](Item *, const QString &path) {
+    connect(m_document, &EditorDocument::shown, this, [this](const QString &path) {
         m_statusLine->setPath(path);
         m_columnFitter->fit();
     });
