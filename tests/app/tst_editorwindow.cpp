@@ -265,8 +265,12 @@ private slots:
         const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
         QCOMPARE(m_window->size(),
                  QSize(std::max(800, screen.width() * 2 / 3), std::max(500, screen.height() * 2 / 3)));
-        QCOMPARE(ui()->m_view->header()->sectionSize(0), 250);
-        QCOMPARE(ui()->m_view->header()->sectionSize(1), 60);
+        {
+            // the form's widths, until a file is opened and the columns fit it
+            EditorWindow fresh;
+            QCOMPARE(fresh.ui()->m_view->header()->sectionSize(0), 250);
+            QCOMPARE(fresh.ui()->m_view->header()->sectionSize(1), 60);
+        }
         QCOMPARE(m_window->undoStack()->undoLimit(), 1000);
         QCOMPARE(m_window->undoDock()->objectName(), QStringLiteral("UndoDock"));
         QCOMPARE(m_window->undoDock()->windowTitle(), QStringLiteral("Undo History"));
