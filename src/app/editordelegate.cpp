@@ -116,6 +116,29 @@ void EditorDelegate::setModelData(QWidget *editor, QAbstractItemModel *model, co
     }
 }
 
+void EditorDelegate::updateEditorGeometry(QWidget *editor,
+                                          const QStyleOptionViewItem &option,
+                                          const QModelIndex &index) const
+{
+    QItemDelegate::updateEditorGeometry(editor, option, index);
+    if (index.column() != 1)
+        return;
+    auto *lineEdit = qobject_cast<QLineEdit *>(editor);
+    // Room for the frame and the cursor; a tag's editor has its drop-down button too.
+    int room = 16;
+    if (auto *tagEdit = qobject_cast<EditorTagEdit *>(editor)) {
+        lineEdit = tagEdit->lineEdit();
+        room += editor->style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, editor) + 8;
+    }
+    if (!lineEdit)
+        return;
+    // One digit more than the code, so that the text can grow a little before it scrolls.
+    const QString text = index.data(Qt::EditRole).toString() + QLatin1Char('0');
+    const int wanted = lineEdit->fontMetrics().horizontalAdvance(text) + room;
+    if (editor->width() < wanted)
+        editor->resize(wanted, editor->height());
+}
+
 void EditorDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
     if (option.state & QStyle::State_Selected) {
