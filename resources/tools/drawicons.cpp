@@ -1,12 +1,19 @@
-// drawicons: draws the editor's 16 x 16 icons and the application icon for the desktop.
+// drawicons: draws the editor's 16 x 16 icons, their 32 x 32 versions and the application icon for the
+// desktop.
 //
-//   drawicons --output <resources folder>   writes icons/i16_*.png and hicolor/<N>x<N>/apps/zatedit.png
-//   drawicons --sheet <file.png>            writes a contact sheet (8x enlarged, names, 1:1 strips) for review
+//   drawicons --output <resources folder>   writes icons/i16_*.png, icons/i16_*@2x.png and
+//                                           hicolor/<N>x<N>/apps/zatedit.png
+//   drawicons --sheet <file.png>            writes a contact sheet (enlarged, names, 1:1 strips) for review
 //
 // Every icon is drawn with QPainter on a transparent QImage. No text is drawn with fonts: the few
 // characters ("123", "abc", "01", ".h", "?", "!") are small pixel glyphs, so that the result is the
 // same on every machine and stays sharp at 16 pixels. Straight edges lie on the pixel grid (fills on
 // whole pixels, one-pixel strokes on half pixels); antialiasing only smooths curves and diagonals.
+//
+// The 32 x 32 versions ("@2x", which QIcon picks on screens with a device pixel ratio of 2) are drawn
+// by the same functions on a painter scaled by 2, so the grid stays the grid: fills cover whole
+// pixels, glyph pixels become 2 x 2 blocks, a one-pixel stroke becomes two pixels, and curves and
+// diagonals get the finer resolution instead of being enlarged pixels.
 
 #include <QCommandLineParser>
 #include <QDir>
@@ -57,8 +64,15 @@ const QColor binaryGreen(0x8c, 0xf0, 0x96);
 const QColor navy(0x20, 0x2f, 0x8a);
 const QColor pink(0xf0, 0x8c, 0x9c);
 
+// The scale of the icon being drawn: 1 for the 16 pixel icons, 2 for their 32 pixel versions.
+int drawScale = 1;
+
+// At a scale above 1 a stroke is widened or narrowed to whole pixels (at least one), so that thin
+// outlines of 0.8 pixels become crisp two-pixel lines instead of blurred ones of 1.6.
 QPen pen(const QColor &color, qreal width = 1.0, Qt::PenCapStyle cap = Qt::RoundCap)
 {
+    if (drawScale > 1)
+        width = std::max(1.0, std::round(width * drawScale)) / drawScale;
     QPen p(color, width);
     p.setCapStyle(cap);
     p.setJoinStyle(Qt::RoundJoin);
@@ -932,6 +946,8 @@ void iconTableEdit(QPainter &p)
 struct Icon {
     const char *name;
     void (*draw)(QPainter &);
+    /// For an icon drawn for its size rather than scaled: draws it `size` pixels wide.
+    void (*drawSized)(QPainter &, int size) = nullptr;
 };
 
 const std::vector<Icon> &icons()
@@ -972,7 +988,7 @@ const std::vector<Icon> &icons()
         { "i16_header", iconHeader },
         { "i16_lua", iconLua },
         { "i16_font", iconFont },
-        { "i16_table_edit", iconTableEdit },
+        { "i16_table_edit", iconTableEdit, drawTableEdit },
     };
     return list;
 }
@@ -990,9 +1006,18 @@ QImage render(int size, const std::function<void(QPainter &)> &draw)
     return image.convertToFormat(QImage::Format_ARGB32);
 }
 
-QImage renderIcon(const Icon &icon)
+// The icon at 16 pixels (scale 1) or at 32 (scale 2).
+QImage renderIcon(const Icon &icon, int scale = 1)
 {
-    return render(16, [&](QPainter &p) { icon.draw(p); });
+    if (icon.drawSized)
+        return render(16 * scale, [&](QPainter &p) { icon.drawSized(p, 16 * scale); });
+    drawScale = scale;
+    const QImage image = render(16 * scale, [&](QPainter &p) {
+        p.scale(scale, scale);
+        icon.draw(p);
+    });
+    drawScale = 1;
+    return image;
 }
 
 QImage renderAppIcon(int size)
@@ -1012,8 +1037,10 @@ bool save(const QImage &image, const QString &path)
 bool writeAll(const QString &folder)
 {
     bool ok = true;
-    for (const Icon &icon : icons())
+    for (const Icon &icon : icons()) {
         ok = save(renderIcon(icon), folder + "/icons/" + icon.name + ".png") && ok;
+        ok = save(renderIcon(icon, 2), folder + "/icons/" + icon.name + "@2x.png") && ok;
+    }
     for (int size : appIconSizes) {
         ok = save(renderAppIcon(size), QString("%1/hicolor/%2x%2/apps/zatedit.png").arg(folder).arg(size)) && ok;
     }
@@ -1031,20 +1058,23 @@ void checker(QPainter &p, const QRect &r, int square)
     }
 }
 
-// Review sheet: every icon 8 times enlarged (nearest neighbour) on a checker board with its name,
-// then the icons at their real size on white and on a dark background, then the application icon.
+// Review sheet: every icon enlarged to 128 pixels (nearest neighbour) on a checker board with its
+// name, the 16 pixel icon 8 times on the left and its 32 pixel version 4 times on the right; then the
+// icons at their real sizes, 16 and 32, on white, dark and two blue backgrounds; then the
+// application icon.
 bool writeSheet(const QString &path)
 {
-    const int zoom = 8;
+    const int big = 128;
     const int columns = 6;
-    const int cellW = 16 * zoom + 24;
-    const int cellH = 16 * zoom + 28;
+    const int cellW = 2 * big + 8 + 24;
+    const int cellH = big + 28;
     const int count = int(icons().size());
     const int gridRows = (count + columns - 1) / columns;
     const int stripTop = gridRows * cellH + 12;
-    const int stripH = 16 + 12;
-    const int appTop = stripTop + 4 * stripH + 12;
-    const int width = columns * cellW + 12;
+    const int stripH16 = 16 + 12;
+    const int stripH32 = 32 + 12;
+    const int appTop = stripTop + 4 * stripH16 + 4 * stripH32 + 12;
+    const int width = std::max(columns * cellW + 12, 8 + count * (32 + 6));
     const int height = appTop + 256 + 24;
 
     QImage sheetImage(width, height, QImage::Format_ARGB32_Premultiplied);
@@ -1054,24 +1084,31 @@ bool writeSheet(const QString &path)
     font.setPixelSize(12);
     p.setFont(font);
     for (int i = 0; i < count; ++i) {
-        const QImage image = renderIcon(icons()[size_t(i)]);
+        const Icon &icon = icons()[size_t(i)];
         const int x = 6 + (i % columns) * cellW + 12;
         const int y = 6 + (i / columns) * cellH;
-        const QRect target(x, y, 16 * zoom, 16 * zoom);
-        checker(p, target, zoom);
-        p.drawImage(target, image.scaled(16 * zoom, 16 * zoom, Qt::IgnoreAspectRatio, Qt::FastTransformation));
+        const QRect small(x, y, big, big);
+        const QRect large(x + big + 8, y, big, big);
+        checker(p, small, 8);
+        checker(p, large, 8);
+        p.drawImage(small, renderIcon(icon).scaled(big, big, Qt::IgnoreAspectRatio, Qt::FastTransformation));
+        p.drawImage(large, renderIcon(icon, 2).scaled(big, big, Qt::IgnoreAspectRatio, Qt::FastTransformation));
         p.setPen(Qt::black);
-        p.drawText(QRect(x - 12, y + 16 * zoom + 2, cellW, 20),
+        p.drawText(QRect(x - 12, y + big + 2, cellW, 20),
                    Qt::AlignHCenter | Qt::AlignTop,
-                   QString::fromLatin1(icons()[size_t(i)].name));
+                   QString::fromLatin1(icon.name));
     }
     const QColor backgrounds[]
         = { Qt::white, QColor(0x2b, 0x2b, 0x2b), QColor(0xdd, 0xe6, 0xf2), QColor(0x30, 0x5a, 0x9e) };
-    for (int b = 0; b < 4; ++b) {
-        const int y = stripTop + b * stripH;
-        p.fillRect(QRect(0, y, width, stripH), backgrounds[b]);
-        for (int i = 0; i < count; ++i)
-            p.drawImage(QPoint(8 + i * 22, y + 6), renderIcon(icons()[size_t(i)]));
+    int y = stripTop;
+    for (int scale : { 1, 2 }) {
+        const int size = 16 * scale;
+        for (const QColor &background : backgrounds) {
+            p.fillRect(QRect(0, y, width, size + 12), background);
+            for (int i = 0; i < count; ++i)
+                p.drawImage(QPoint(8 + i * (size + 6), y + 6), renderIcon(icons()[size_t(i)], scale));
+            y += size + 12;
+        }
     }
     int x = 8;
     for (int size : appIconSizes) {

@@ -161,14 +161,17 @@ void TestIcons::allDifferent()
     QVERIFY2(equalPairs.isEmpty(), qPrintable(QStringLiteral("identical: ") + equalPairs.join(QStringLiteral(", "))));
 }
 
-// The resource holds exactly the icons above, nothing else.
+// The resource holds exactly the icons above and their 32 pixel versions (tst_icons2x), nothing else.
 void TestIcons::noOtherFiles()
 {
     QStringList expected;
-    for (const char *path : iconPaths)
-        expected.append(QString::fromLatin1(path).mid(QStringLiteral(":/icons/").size()));
+    for (const char *path : iconPaths) {
+        const QString name = QString::fromLatin1(path).mid(QStringLiteral(":/icons/").size());
+        expected.append(name);
+        expected.append(QString(name).replace(QStringLiteral(".png"), QStringLiteral("@2x.png")));
+    }
     expected.sort();
-    QCOMPARE(expected.size(), 36);
+    QCOMPARE(expected.size(), 72);
     QStringList actual = QDir(QStringLiteral(":/icons")).entryList(QDir::Files | QDir::NoDotAndDotDot, QDir::Name);
     QCOMPARE(actual, expected);
 }
