@@ -943,6 +943,134 @@ void iconTableEdit(QPainter &p)
     drawTableEdit(p, 16);
 }
 
+// ---------------------------------------------------------------------------------------------------
+// Icons for finding, problems and moving through and around the tree
+
+void iconFind(QPainter &p)
+{
+    // the handle, under the lens
+    p.setPen(pen(brownDark, 3.6));
+    p.drawLine(QPointF(10.5, 10.5), QPointF(13.8, 13.8));
+    p.setPen(pen(brown, 1.8));
+    p.drawLine(QPointF(10.8, 10.8), QPointF(13.8, 13.8));
+    // the lens with its rim and a glint
+    p.setPen(pen(slate, 1.5));
+    p.setBrush(blueLight);
+    p.drawEllipse(QPointF(6.5, 6.5), 4.8, 4.8);
+    p.setPen(pen(paper, 1.2));
+    p.setBrush(Qt::NoBrush);
+    p.drawArc(QRectF(3.6, 3.6, 5.8, 5.8), 100 * 16, 70 * 16);
+}
+
+// A warning sign in the upper left corner and a vertical arrow in the lower right, pointing down
+// (to the next problem) or up (to the previous one).
+void problemArrow(QPainter &p, bool down)
+{
+    QPainterPath triangle;
+    triangle.moveTo(6, 0.8);
+    triangle.lineTo(11.6, 11.5);
+    triangle.lineTo(0.4, 11.5);
+    triangle.closeSubpath();
+    p.setPen(pen(orangeDark));
+    p.setBrush(yellow);
+    p.drawPath(triangle);
+    fill(p, 5, 4, 2, 4, ink);
+    fill(p, 5, 9, 2, 2, ink);
+
+    QPainterPath arrow;
+    arrow.moveTo(11.5, 7.5);
+    arrow.lineTo(13.5, 7.5);
+    arrow.lineTo(13.5, 11.5);
+    arrow.lineTo(15.5, 11.5);
+    arrow.lineTo(12.5, 15.5);
+    arrow.lineTo(9.5, 11.5);
+    arrow.lineTo(11.5, 11.5);
+    arrow.closeSubpath();
+    if (!down) {
+        // the same arrow turned over within its own rows (7.5 to 15.5)
+        QTransform flip;
+        flip.translate(0, 23);
+        flip.scale(1, -1);
+        arrow = flip.map(arrow);
+    }
+    knockOut(p, arrow, 0.8);
+    p.setPen(pen(blueDark));
+    p.setBrush(blue);
+    p.drawPath(arrow);
+}
+
+void iconNextProblem(QPainter &p)
+{
+    problemArrow(p, true);
+}
+
+void iconPreviousProblem(QPainter &p)
+{
+    problemArrow(p, false);
+}
+
+// Two tree nodes, one behind the other, the front one with the expander's plus or minus.
+void stackedNodes(QPainter &p, bool plus)
+{
+    p.setPen(pen(grey));
+    p.setBrush(paperShade);
+    p.drawRect(QRectF(4.5, 0.5, 11, 11));
+    p.setPen(pen(ink));
+    p.setBrush(paper);
+    p.drawRect(QRectF(0.5, 4.5, 11, 11));
+    fill(p, 3, 9, 6, 2, blueDark);
+    if (plus)
+        fill(p, 5, 7, 2, 6, blueDark);
+}
+
+void iconExpandAll(QPainter &p)
+{
+    stackedNodes(p, true);
+}
+
+void iconCollapseAll(QPainter &p)
+{
+    stackedNodes(p, false);
+}
+
+// An arrow pointing up beside three rows, the top one highlighted; upside down it moves down.
+void moveArrow(QPainter &p, bool up)
+{
+    if (!up) {
+        p.translate(0, 16);
+        p.scale(1, -1);
+    }
+    for (int i = 0; i < 3; ++i)
+        fill(p, 12, 2 + 5 * i, 4, 2, i == 0 ? blue : lineGrey);
+    QPainterPath arrow;
+    arrow.moveTo(5.5, 0.5);
+    arrow.lineTo(10.5, 5.5);
+    arrow.lineTo(7.5, 5.5);
+    arrow.lineTo(7.5, 15.5);
+    arrow.lineTo(3.5, 15.5);
+    arrow.lineTo(3.5, 5.5);
+    arrow.lineTo(0.5, 5.5);
+    arrow.closeSubpath();
+    p.setPen(pen(blueDark));
+    p.setBrush(blue);
+    p.drawPath(arrow);
+}
+
+void iconMoveUp(QPainter &p)
+{
+    moveArrow(p, true);
+}
+
+void iconMoveDown(QPainter &p)
+{
+    moveArrow(p, false);
+}
+
+void iconEdit(QPainter &p)
+{
+    pencil(p, QPointF(1.5, 14.5), 16, 4.6, 0.8, true);
+}
+
 struct Icon {
     const char *name;
     void (*draw)(QPainter &);
@@ -989,6 +1117,14 @@ const std::vector<Icon> &icons()
         { "i16_lua", iconLua },
         { "i16_font", iconFont },
         { "i16_table_edit", iconTableEdit, drawTableEdit },
+        { "i16_find", iconFind },
+        { "i16_next_problem", iconNextProblem },
+        { "i16_previous_problem", iconPreviousProblem },
+        { "i16_expand_all", iconExpandAll },
+        { "i16_collapse_all", iconCollapseAll },
+        { "i16_move_up", iconMoveUp },
+        { "i16_move_down", iconMoveDown },
+        { "i16_edit", iconEdit },
     };
     return list;
 }
