@@ -141,13 +141,20 @@ void EditorDelegate::updateEditorGeometry(QWidget *editor,
 
 void EditorDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
-    if (option.state & QStyle::State_Selected) {
-        QPalette::ColorGroup group = (option.state & QStyle::State_Enabled) ? QPalette::Normal : QPalette::Disabled;
-        if (group == QPalette::Normal && !(option.state & QStyle::State_Active))
-            group = QPalette::Inactive;
-        painter->fillRect(option.rect, option.palette.brush(group, QPalette::Highlight));
+    if (!(option.state & QStyle::State_Selected)) {
+        QItemDelegate::paint(painter, option, index);
+        return;
     }
-    QItemDelegate::paint(painter, option, index);
+    QPalette::ColorGroup group = (option.state & QStyle::State_Enabled) ? QPalette::Normal : QPalette::Disabled;
+    if (group == QPalette::Normal && !(option.state & QStyle::State_Active))
+        group = QPalette::Inactive;
+    painter->fillRect(option.rect, option.palette.brush(group, QPalette::Highlight));
+    // Unless the style lets the selection cover the decoration too, the base class fills the cell
+    // with the model's background (a comment line's green, a marked cell's red) and highlights only
+    // the text; told otherwise, it fills the whole cell with the highlight, as above.
+    QStyleOptionViewItem selected(option);
+    selected.showDecorationSelected = true;
+    QItemDelegate::paint(painter, selected, index);
 }
 
 } // namespace ZAT16

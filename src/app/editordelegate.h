@@ -22,7 +22,7 @@ public:
                               const QStyleOptionViewItem &option,
                               const QModelIndex &index) const override;
     /// A selected cell is first filled with the highlight colour, so that the selection covers
-    /// the whole cell.
+    /// the whole cell, also where the model gives the cell a background colour of its own.
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
 };
 
