@@ -132,7 +132,9 @@ int ColumnFitter::fittedWidth(int column) const
         for (const QString &name : std::as_const(longest[depth]))
             widest = std::max(widest, indent + iconRoom + fixed.horizontalAdvance(name));
     }
-    const int limit = std::max(minimumNameWidth, m_view->viewport()->width() / 2);
+    // Before the window is first shown, its view is not laid out yet: the window's width stands in.
+    const int viewWidth = m_view->isVisible() ? m_view->viewport()->width() : m_view->window()->width();
+    const int limit = std::max(minimumNameWidth, viewWidth / 2);
     return std::clamp(widest + textMargin, std::max(header, minimumNameWidth), limit);
 }
 

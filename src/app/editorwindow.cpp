@@ -136,6 +136,16 @@ EditorWindow::EditorWindow(QWidget *parent)
     m_ui->m_menu_view->insertSeparator(m_ui->m_act_fixed_font);
     for (QDockWidget *dock : { m_undoDock, m_messageDock, static_cast<QDockWidget *>(m_problemsDock) })
         dock->installEventFilter(this);
+    // Without a stored layout, a bottom dock shown for the first time takes a quarter of the
+    // window's height rather than half of it.
+    for (QDockWidget *dock : { m_messageDock, static_cast<QDockWidget *>(m_problemsDock) }) {
+        connect(dock, &QDockWidget::visibilityChanged, this, [this, dock](bool visible) {
+            if (!visible || m_layoutRestored || m_sizedDocks.contains(dock) || dock->isFloating())
+                return;
+            m_sizedDocks.append(dock);
+            resizeDocks({ dock }, { std::max(120, height() / 4) }, Qt::Vertical);
+        });
+    }
 
     m_statusLine = new StatusLine(statusBar(), m_model, m_problemsDock, this);
     connect(m_document, &EditorDocument::shown, this, [this](const QString &path) {
@@ -187,7 +197,8 @@ EditorWindow::EditorWindow(QWidget *parent)
 
     // Settings that are missing or unreadable leave the defaults. The layout comes back only
     // with its check intact, as Qt's restore functions crash on some damaged bytes.
-    if (!WindowLayout::restore(this, view->header())) {
+    m_layoutRestored = WindowLayout::restore(this, view->header());
+    if (!m_layoutRestored) {
         // A first start: two thirds of the screen, and the columns fitted to what is opened.
         m_columnFitter->reset();
         if (const QScreen *screen = QGuiApplication::primaryScreen()) {

@@ -178,6 +178,9 @@ private:
     QToolBar *m_toolBar = nullptr;
     StatusLine *m_statusLine = nullptr;
     ColumnFitter *m_columnFitter = nullptr;
+    bool m_layoutRestored = false;
+    // The bottom docks given their first height.
+    QList<QDockWidget *> m_sizedDocks;
     // Top-level entries expanded in a burst, whose children are expanded when the loop is idle.
     QList<QPersistentModelIndex> m_pendingExpansions;
     bool m_expansionBurst = false;

@@ -5,6 +5,7 @@
 #include "problemsdock.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QLabel>
 #include <QStatusBar>
 #include <QTimer>
@@ -51,7 +52,7 @@ StatusLine::StatusLine(QStatusBar *bar, EditorModel *model, ProblemsDock *proble
 
 void StatusLine::setPath(const QString &path)
 {
-    m_path->setText(path.isEmpty() ? tr("No file") : QDir::toNativeSeparators(path));
+    m_path->setText(path.isEmpty() ? tr("No file") : QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath()));
     m_path->setToolTip(m_path->text());
 }
 
