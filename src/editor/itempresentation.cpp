@@ -105,7 +105,7 @@ QVariant ItemPresentation::tooltip(const Item *item,
                                    const std::function<Item::CollisionFlags()> &collisions) const
 {
     QStringList lines;
-    if (Marks::isEntry(item) && Marks::cellMark(item, column, collisions) == Marks::ProblemMark)
+    if (Marks::isEntry(item))
         lines = problemLines(item, column, collisions());
     if (item->type == Tag && item->hasId && (column == 0 || column == 1)) {
         if (const char *text = DataTypes::tooltip(dataType(quint32(item->id))))
@@ -116,7 +116,8 @@ QVariant ItemPresentation::tooltip(const Item *item,
     return lines.join(QLatin1Char('\n'));
 }
 
-// What is wrong with the entry, as far as the cell in `column` shows it.
+// What is wrong with the entry, as far as the cell in `column` shows it: nothing for a cell that
+// is not marked.
 QStringList ItemPresentation::problemLines(const Item *item, int column, Item::CollisionFlags collisions)
 {
     QString invalid;

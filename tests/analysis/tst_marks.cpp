@@ -37,6 +37,20 @@ QString columns(const Item *item)
     return text.isEmpty() ? QStringLiteral("-") : text;
 }
 
+// The same for the columns whose cellReasons() are not empty, and which reasons each gives.
+QString reasonColumns(const Item *item, QList<int> *reasons)
+{
+    QString text;
+    for (int column = 0; column < 3; ++column) {
+        QString invalid;
+        const Marks::Reasons found = Marks::cellReasons(item, column, item->findCollision(), &invalid);
+        reasons->append(int(found));
+        if (found)
+            text += QString::number(column);
+    }
+    return text.isEmpty() ? QStringLiteral("-") : text;
+}
+
 } // namespace
 
 class TestMarks : public QObject
@@ -95,6 +109,31 @@ private slots:
             entry(item, Enum, QStringLiteral("X"), 1, true);
         QCOMPARE(int(Marks::reasons(item, item->findCollision())), reasons);
         QCOMPARE(::columns(item), columns);
+        // The reasons a cell shows mark exactly the cells that are marked, and come from the
+        // entry's reasons; a comment line shows none.
+        QList<int> cellReasons;
+        QCOMPARE(reasonColumns(item, &cellReasons), columns == QLatin1String("ccc") ? QStringLiteral("-") : columns);
+        for (int found : std::as_const(cellReasons))
+            QCOMPARE(found & ~reasons, 0);
+    }
+
+    // Each cell names only its own faults: the name column the refused name, the code column
+    // not; a collision only in the column of the key that collides.
+    void cellReasonsOfEachColumn()
+    {
+        Item root;
+        root.type = Root;
+        Item *reserved = entry(&root, Tag, QStringLiteral("Tag"), 0, false);
+        QString invalid;
+        QCOMPARE(int(Marks::cellReasons(reserved, 0, {}, &invalid)), int(Marks::NameWithoutCode | Marks::InvalidName));
+        QCOMPARE(invalid, QStringLiteral("The name \"Tag\" is reserved."));
+        QCOMPARE(int(Marks::cellReasons(reserved, 1, {}, &invalid)), int(Marks::NameWithoutCode));
+        QCOMPARE(int(Marks::cellReasons(reserved, 2, {}, &invalid)), 0);
+        Item *a = entry(&root, Tag, QStringLiteral("A"), 0x1001, true);
+        entry(&root, Tag, QStringLiteral("A"), 0x1001, true);
+        QCOMPARE(int(Marks::cellReasons(a, 0, a->findCollision(), &invalid)), int(Marks::NameCollision));
+        QCOMPARE(int(Marks::cellReasons(a, 1, a->findCollision(), &invalid)), int(Marks::CodeCollision));
+        QCOMPARE(int(Marks::cellReasons(a, 2, a->findCollision(), &invalid)), 0);
     }
 
     void collisions()
