@@ -89,22 +89,27 @@ int ColumnFitter::fittedWidth(int column) const
         + 2 * textMargin;
     if (column == 1) {
         // A tag's code always has the same width; a value's width grows with its size, so the
-        // largest and smallest value of each list stand for the whole list.
+        // extremes of each list stand for the whole list: the largest and smallest taken without
+        // a sign, and with one, where a signed display shows the most negative value widest.
         int widest = fixed.horizontalAdvance(QStringLiteral("0x0000"));
         if (root) {
             for (const Item *tag : root->children) {
                 for (const Item *list : tag->children) {
-                    const Item *largest = nullptr;
-                    const Item *smallest = nullptr;
+                    const Item *extremes[4] = {};
                     for (const Item *value : list->children) {
                         if (!value->hasId)
                             continue;
-                        if (!largest || value->id > largest->id)
-                            largest = value;
-                        if (!smallest || value->id < smallest->id)
-                            smallest = value;
+                        const qint64 id = qint64(value->id);
+                        if (!extremes[0] || value->id > extremes[0]->id)
+                            extremes[0] = value;
+                        if (!extremes[1] || value->id < extremes[1]->id)
+                            extremes[1] = value;
+                        if (!extremes[2] || id > qint64(extremes[2]->id))
+                            extremes[2] = value;
+                        if (!extremes[3] || id < qint64(extremes[3]->id))
+                            extremes[3] = value;
                     }
-                    for (const Item *value : { largest, smallest }) {
+                    for (const Item *value : extremes) {
                         if (value)
                             widest = std::max(widest, fixed.horizontalAdvance(value->formatId()));
                     }

@@ -17,8 +17,8 @@ using namespace ZAT16;
 
 namespace {
 
-// The widest code is a value of the second list, shown with eight hex digits; the longest name
-// is a value's.
+// The widest code is the most negative value of the last list, which neither the largest nor the
+// smallest value taken without a sign is; the longest name is a value's.
 const QByteArray defs = "<?xml version=\"1.0\" encoding=\"UTF-8\"?> <!-- -*- nxml -*- -->\n"
                         "<zat16>\n"
                         "  <tag name=\"Power\" id=\"0x2001\"/>\n"
@@ -32,6 +32,13 @@ const QByteArray defs = "<?xml version=\"1.0\" encoding=\"UTF-8\"?> <!-- -*- nxm
                         "    <enums display=\"8x\">\n"
                         "      <enum name=\"Low\" id=\"1\"/>\n"
                         "      <enum name=\"High\" id=\"0x12345678\"/>\n"
+                        "    </enums>\n"
+                        "  </tag>\n"
+                        "  <tag name=\"Offset\" id=\"0x1004\">\n"
+                        "    <enums>\n"
+                        "      <enum name=\"Plus\" id=\"1\"/>\n"
+                        "      <enum name=\"Minus\" id=\"-1\"/>\n"
+                        "      <enum name=\"Far\" id=\"-1234567890123\"/>\n"
                         "    </enums>\n"
                         "  </tag>\n"
                         "</zat16>\n";
@@ -71,7 +78,7 @@ private slots:
         QCOMPARE(header->sectionSize(1), 60);
         window.initialize(writeDefs(), QString());
         const QFontMetrics fixed(window.model()->fixedFont());
-        const int code = fixed.horizontalAdvance(QStringLiteral("0x12345678"));
+        const int code = fixed.horizontalAdvance(QStringLiteral("-1234567890123"));
         QVERIFY2(header->sectionSize(1) >= code, qPrintable(QString::number(header->sectionSize(1))));
         QVERIFY(header->sectionSize(1) <= code + 40);
         const int name = fixed.horizontalAdvance(QStringLiteral("AVeryLongNameOfAValueThatNeedsRoom"))
