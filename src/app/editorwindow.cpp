@@ -148,6 +148,7 @@ EditorWindow::EditorWindow(QWidget *parent)
     }
 
     m_statusLine = new StatusLine(statusBar(), m_model, m_problemsDock, this);
+    m_columnFitter = new ColumnFitter(view, m_model, this);
     connect(m_document, &EditorDocument::shown, this, [this](const QString &path) {
         m_statusLine->setPath(path);
         m_columnFitter->fit();
@@ -155,7 +156,6 @@ EditorWindow::EditorWindow(QWidget *parent)
     connect(m_document, &EditorDocument::saved, this, [this](Item *, const QString &path) {
         m_statusLine->setPath(path);
     });
-    m_columnFitter = new ColumnFitter(view, m_model, this);
     view->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(view, &QWidget::customContextMenuRequested, this, &EditorWindow::onTreeContextMenu);
 
@@ -422,8 +422,13 @@ void EditorWindow::onTreeContextMenu(const QPoint &position)
 {
     RowTreeView *view = m_ui->m_view;
     const QModelIndex index = view->indexAt(position);
-    if (index.isValid() && index.siblingAtColumn(0) != view->currentIndex().siblingAtColumn(0))
-        setCurrentItem(index.siblingAtColumn(0));
+    // The menu's actions go to the clicked row; below the rows, to the last top-level row, so
+    // that Insert after adds at the end and not next to a row scrolled out of sight.
+    const int rows = m_model->rowCount();
+    const QModelIndex anchor
+        = index.isValid() ? index.siblingAtColumn(0) : (rows > 0 ? m_model->index(rows - 1, 0) : QModelIndex());
+    if (anchor.isValid() && anchor != view->currentIndex().siblingAtColumn(0))
+        setCurrentItem(anchor);
     updateActions();
     QMenu *menu = treeContextMenu(index);
     menu->setAttribute(Qt::WA_DeleteOnClose);

@@ -1715,6 +1715,28 @@ private slots:
         QTRY_VERIFY(menu.isNull());
     }
 
+    // Below the rows the menu's actions go to the last top-level row: Insert after adds at the end.
+    void contextMenuBelowTheRowsGoesToTheEnd()
+    {
+        RowTreeView *view = ui()->m_view;
+        view->collapseAll();
+        view->setCurrentIndex(model()->index(0, 0));
+        const int rows = model()->rowCount();
+        const QModelIndex last = model()->index(rows - 1, 0);
+        const QPoint below(view->visualRect(last).center().x(), view->visualRect(last).bottom() + 20);
+        QVERIFY(!view->indexAt(below).isValid());
+        QTimer::singleShot(0, [] {
+            if (QWidget *popup = QApplication::activePopupWidget())
+                popup->close();
+        });
+        emit view->customContextMenuRequested(below);
+        QCOMPARE(view->currentIndex().siblingAtColumn(0), last);
+        ui()->m_act_insert_after->trigger();
+        QCOMPARE(model()->rowCount(), rows + 1);
+        QCOMPARE(view->currentIndex().row(), rows);
+        QVERIFY(model()->index2item(model()->index(rows, 0))->name.isEmpty());
+    }
+
     void expandAndCollapse()
     {
         RowTreeView *view = ui()->m_view;
