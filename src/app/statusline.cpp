@@ -54,6 +54,9 @@ void StatusLine::setPath(const QString &path)
 {
     m_path->setText(path.isEmpty() ? tr("No file") : QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath()));
     m_path->setToolTip(m_path->text());
+    // A document that has just been put in the window is painted and taken in first; its counts
+    // follow after a longer pause, as counting the problems of a large file takes a moment.
+    m_timer->start(firstCountDelay);
 }
 
 void StatusLine::showNote(const QString &text)
@@ -78,7 +81,7 @@ QString StatusLine::problemsText() const
 
 void StatusLine::scheduleCount()
 {
-    m_timer->start();
+    m_timer->start(countDelay);
 }
 
 void StatusLine::count()

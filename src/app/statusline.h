@@ -31,8 +31,9 @@ public:
     QString tagsText() const;
     QString problemsText() const;
 
-    /// How long after the last change the counts are taken.
+    /// How long after the last change the counts are taken, and after a document was shown.
     static const int countDelay = 250;
+    static const int firstCountDelay = 1000;
 
 public slots:
     /// Takes the counts now.
