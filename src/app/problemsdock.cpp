@@ -125,15 +125,6 @@ void ProblemsDock::onActivated(const QModelIndex &row)
     emit itemChosen(m_model->item2index(problems.at(row.row()).item));
 }
 
-QList<int> ProblemsDock::path(const Item *item) const
-{
-    QList<int> rows;
-    const Item *root = m_model->root();
-    for (const Item *at = item; at && at != root; at = at->parent)
-        rows.prepend(m_model->findRow(at));
-    return rows;
-}
-
 QModelIndex ProblemsDock::step(const QModelIndex &current, bool forward)
 {
     if (m_problems->isStale())
@@ -150,14 +141,13 @@ QModelIndex ProblemsDock::step(const QModelIndex &current, bool forward)
     } else if (!item || item == m_model->root()) {
         target = forward ? 0 : count - 1;
     } else {
-        // The list is in document order: a binary search on the rows leading to each entry
-        // finds the first problem after the current entry, or the last one before it.
-        const QList<int> here = path(item);
-        auto first = std::partition_point(problems.cbegin(), problems.cend(), [&](const Problems::Problem &p) {
-            const QList<int> there = path(p.item);
-            return forward ? !(here < there) : there < here;
-        });
-        const int at = int(first - problems.cbegin());
+        // The list is in document order: the first problem at or after the current entry, past
+        // the entry's own, is the next one; the one before it the previous one.
+        int at = int(m_problems->lowerBound(item));
+        if (forward) {
+            while (at < count && problems.at(at).item == item)
+                ++at;
+        }
         target = forward ? (at == count ? 0 : at) : (at == 0 ? count - 1 : at - 1);
     }
     m_list->setCurrentRow(target);

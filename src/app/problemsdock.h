@@ -55,9 +55,6 @@ private slots:
     void onRebuilt();
 
 private:
-    // The rows leading from the root to `item`, which orders entries as the document does.
-    QList<int> path(const Item *item) const;
-
     QIcon icon(const Problems::Problem &problem) const;
 
     EditorModel *m_model;

@@ -39,6 +39,9 @@ public:
     bool isStale() const { return m_rebuild || !m_dirty.isEmpty() || !m_unindexed.isEmpty(); }
     /// Brings the list up to date with the document.
     void update();
+    /// The place of the first problem at or after `item` in document order (the number of
+    /// problems when there is none), in the list as of the last update().
+    qsizetype lowerBound(const Item *item) const;
 
     /// The number of remembered entries above which update() rebuilds the whole list.
     static constexpr qsizetype rebuildThreshold = 4096;
@@ -80,8 +83,6 @@ private:
     void replace(const Item *item, const QList<Problems::Problem> &problems);
 
     Path path(const Item *item) const;
-    // The first problem at or after `item` in document order.
-    qsizetype lowerBound(const Item *item) const;
     // The end of the problems of `item` and its subtree, from `from` on.
     qsizetype subtreeEnd(const Item *item, qsizetype from) const;
 
