@@ -23,7 +23,7 @@ public:
         Restoring, ///< set while a start restores the layout (WindowLayout)
         FixedFont, ///< the code font, QFont::toString()
         CommentFont, ///< the comment font, QFont::toString()
-        LastOpenPath, ///< the file last chosen in the Open dialog, reopened at start
+        LastOpenPath, ///< the file last opened, reopened at start
         LastSaveAsPath, ///< the file last chosen in the Save As dialog
         LastViewerSavePath, ///< the file a viewer's text was last saved to
         RecentFiles, ///< the "file:" URLs of the files last opened or saved, newest first (RecentFiles)

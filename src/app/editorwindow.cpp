@@ -9,6 +9,7 @@
 #include "editorsettings.h"
 #include "findbar.h"
 #include "problemsdock.h"
+#include "recentfiles.h"
 #include "recovery.h"
 #include "treeediting.h"
 #include "windowlayout.h"
@@ -98,6 +99,7 @@ EditorWindow::EditorWindow(QWidget *parent)
     connect(m_document, &EditorDocument::saved, this, &EditorWindow::saved);
     m_viewer = new CodeViewer(this, m_document);
     m_editing = new TreeEditing(this);
+    setUpFileOpening();
 
     FindBar *find = m_ui->m_wdg_find;
     find->hide();
@@ -357,6 +359,7 @@ void EditorWindow::closeEvent(QCloseEvent *event)
         event->ignore();
         return;
     }
+    m_document->storeLastOpened();
     // Closed normally, whatever the answer: nothing is left for the next start.
     m_recovery->discard();
     QMainWindow::closeEvent(event);
@@ -365,6 +368,7 @@ void EditorWindow::closeEvent(QCloseEvent *event)
 void EditorWindow::terminate()
 {
     m_recovery->write();
+    m_document->storeLastOpened();
     // Not quit(): that closes the windows, and this one would ask about the unsaved changes.
     QCoreApplication::exit(0);
 }
@@ -463,6 +467,17 @@ void EditorWindow::onPreviousProblem()
 {
     m_problemsDock->show();
     showItem(m_problemsDock->step(m_ui->m_view->currentIndex(), false));
+}
+
+// Recent files
+
+void EditorWindow::setUpFileOpening()
+{
+    m_recentFiles = new RecentFiles(this);
+    QMenu *file = m_ui->m_menu_file;
+    const QList<QAction *> actions = file->actions();
+    file->insertMenu(actions.value(actions.indexOf(m_ui->m_act_open) + 1), m_recentFiles->menu());
+    connect(m_recentFiles, &RecentFiles::chosen, this, &EditorWindow::openFile);
 }
 
 } // namespace ZAT16

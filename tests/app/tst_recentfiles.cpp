@@ -1,0 +1,398 @@
+// File > Open Recent with the files last opened or saved, kept from one start to the next, and
+// the file last opened in any way, opened again by the next start. Offscreen, in a home folder of
+// the test's own, where the settings live; boxes are answered from timers.
+
+#include "editormodel.h"
+#include "editorwindow.h"
+#include "filedialog.h"
+#include "modal.h"
+#include "recentfiles.h"
+#include "testfiles.h"
+#include "ui_editorwindow.h"
+
+#include <QAction>
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QMenu>
+#include <QMessageBox>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QUndoStack>
+
+using namespace ZAT16;
+
+namespace {
+
+using TestFiles::writeFile;
+
+QByteArray defsNamed(const QString &tag)
+{
+    return "<zat16>\n  <tag name=\"" + tag.toUtf8() + "\" id=\"0x2001\"/>\n</zat16>\n";
+}
+
+const QString unsavedQuestion = QStringLiteral("There are unsaved changes. What do you want to do?");
+
+QStringList menuTexts(const QMenu *menu)
+{
+    QStringList texts;
+    for (const QAction *action : menu->actions()) {
+        if (action->isSeparator())
+            texts << QStringLiteral("|");
+        else
+            texts << action->text() + (action->isEnabled() ? QString() : QStringLiteral(" (disabled)"));
+    }
+    return texts;
+}
+
+QMenu *recentMenu(const EditorWindow &window)
+{
+    return window.recentFiles()->menu();
+}
+
+// The entries as the user sees them when the submenu opens.
+QStringList entries(const EditorWindow &window)
+{
+    QMenu *menu = recentMenu(window);
+    emit menu->aboutToShow();
+    return menuTexts(menu);
+}
+
+QStringList tooltips(const EditorWindow &window)
+{
+    QStringList texts;
+    for (const QAction *action : recentMenu(window)->actions()) {
+        if (!action->isSeparator() && action != window.findChild<QAction *>(QStringLiteral("m_act_clear_recent")))
+            texts << action->toolTip();
+    }
+    return texts;
+}
+
+QAction *entry(const EditorWindow &window, const QString &text)
+{
+    for (QAction *action : recentMenu(window)->actions()) {
+        if (action->text() == text)
+            return action;
+    }
+    return nullptr;
+}
+
+QString tagName(const EditorWindow &window)
+{
+    return window.model()->data(window.model()->index(0, 0), Qt::DisplayRole).toString();
+}
+
+} // namespace
+
+class TestRecentFiles : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_home;
+    QTemporaryDir *m_dir = nullptr;
+    EditorWindow *m_window = nullptr;
+
+    QString path(const QString &name) const { return m_dir->filePath(name); }
+
+    // A definitions file `name` in the test's folder whose one tag is called after the file.
+    QString makeFile(const QString &name)
+    {
+        const QString file = path(name);
+        if (!writeFile(file, defsNamed(QFileInfo(name).baseName().remove(QLatin1Char('&')))))
+            return QString();
+        return file;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        // A home of its own, before the settings are first used.
+        QVERIFY(m_home.isValid());
+        qputenv("HOME", QFile::encodeName(m_home.path()));
+        QStandardPaths::setTestModeEnabled(true);
+        QCoreApplication::setOrganizationName(QStringLiteral("zatedit-tests"));
+        QCoreApplication::setApplicationName(QStringLiteral("tst_recentfiles"));
+        QCOMPARE(QDir::homePath(), m_home.path());
+    }
+
+    void init()
+    {
+        QSettings().clear();
+        m_dir = new QTemporaryDir;
+        QVERIFY(m_dir->isValid());
+        m_window = new EditorWindow;
+        m_window->initialize(QString(), QString());
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window));
+    }
+
+    void cleanup()
+    {
+        TestModal::cancelAll();
+        if (m_window) {
+            m_window->undoStack()->setClean();
+            delete m_window;
+            m_window = nullptr;
+        }
+        delete m_dir;
+        m_dir = nullptr;
+    }
+
+    // --- the submenu ---
+
+    void submenuFollowsOpen()
+    {
+        QMenu *file = m_window->ui()->m_menu_file;
+        QCOMPARE(menuTexts(file),
+                 QStringList({ "Open",
+                               "Open Recent (disabled)",
+                               "|",
+                               "Save",
+                               "Save as...",
+                               "|",
+                               "Close",
+                               "|",
+                               "Compare with file..." }));
+        QCOMPARE(file->actions().at(1)->menu(), recentMenu(*m_window));
+        QCOMPARE(entries(*m_window), QStringList({ "|", "Clear List (disabled)" }));
+
+        m_window->openFile(makeFile(QStringLiteral("a.zatdef")));
+        QVERIFY(file->actions().at(1)->isEnabled());
+        QCOMPARE(file->actions().at(1)->text(), QStringLiteral("Open Recent"));
+        QCOMPARE(entries(*m_window), QStringList({ "&1 a.zatdef", "|", "Clear List" }));
+    }
+
+    void listOutlastsTheWindow()
+    {
+        const QString a = makeFile(QStringLiteral("a.zatdef"));
+        const QString b = makeFile(QStringLiteral("b&b.zatdef"));
+        const QString c = makeFile(QStringLiteral("c.zatdef"));
+        delete m_window;
+        m_window = new EditorWindow;
+        m_window->initialize(a, QString());
+        QVERIFY(m_window->openFile(b));
+        QVERIFY(m_window->openFile(c));
+        QCOMPARE(entries(*m_window),
+                 QStringList({ "&1 c.zatdef", "&2 b&&b.zatdef", "&3 a.zatdef", "|", "Clear List" }));
+        QCOMPARE(tooltips(*m_window), QStringList({ c, b, a }));
+
+        // The next start shows them; a file that is gone cannot be chosen.
+        delete m_window;
+        QVERIFY(QFile::remove(b));
+        m_window = new EditorWindow;
+        QCOMPARE(menuTexts(recentMenu(*m_window)),
+                 QStringList({ "&1 c.zatdef", "&2 b&&b.zatdef (disabled)", "&3 a.zatdef", "|", "Clear List" }));
+
+        // A file that goes while the window is open is looked for when the submenu opens.
+        QVERIFY(QFile::remove(a));
+        QCOMPARE(entries(*m_window),
+                 QStringList(
+                     { "&1 c.zatdef", "&2 b&&b.zatdef (disabled)", "&3 a.zatdef (disabled)", "|", "Clear List" }));
+
+        m_window->findChild<QAction *>(QStringLiteral("m_act_clear_recent"))->trigger();
+        QCOMPARE(entries(*m_window), QStringList({ "|", "Clear List (disabled)" }));
+        QVERIFY(!recentMenu(*m_window)->menuAction()->isEnabled());
+        delete m_window;
+        m_window = new EditorWindow;
+        QCOMPARE(entries(*m_window), QStringList({ "|", "Clear List (disabled)" }));
+    }
+
+    void atMostTen()
+    {
+        for (int i = 1; i <= 12; ++i)
+            QVERIFY(m_window->openFile(makeFile(QStringLiteral("f%1.zatdef").arg(i, 2, 10, QLatin1Char('0')))));
+        const QStringList expected({ "&1 f12.zatdef",
+                                     "&2 f11.zatdef",
+                                     "&3 f10.zatdef",
+                                     "&4 f09.zatdef",
+                                     "&5 f08.zatdef",
+                                     "&6 f07.zatdef",
+                                     "&7 f06.zatdef",
+                                     "&8 f05.zatdef",
+                                     "&9 f04.zatdef",
+                                     "1&0 f03.zatdef",
+                                     "|",
+                                     "Clear List" });
+        QCOMPARE(entries(*m_window), expected);
+        QCOMPARE(QSettings().value(QStringLiteral("ZAT16Editor/RecentFiles")).toStringList().size(), 10);
+        delete m_window;
+        m_window = new EditorWindow;
+        QCOMPARE(entries(*m_window), expected);
+    }
+
+    void choosingAnEntryOpensItAndMovesItUp()
+    {
+        const QString a = makeFile(QStringLiteral("a.zatdef"));
+        const QString b = makeFile(QStringLiteral("b.zatdef"));
+        const QString c = makeFile(QStringLiteral("c.zatdef"));
+        for (const QString &file : { a, b, c })
+            QVERIFY(m_window->openFile(file));
+        QCOMPARE(tagName(*m_window), QStringLiteral("c"));
+        QSignalSpy opened(m_window, &EditorWindow::opened);
+        entries(*m_window);
+        entry(*m_window, QStringLiteral("&3 a.zatdef"))->trigger();
+        QCOMPARE(opened.count(), 1);
+        QCOMPARE(m_window->fileName(), a);
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("a.zatdef [ZAT16 tag editor]"));
+        QCOMPARE(tagName(*m_window), QStringLiteral("a"));
+        QVERIFY(m_window->undoStack()->isClean());
+        QCOMPARE(entries(*m_window), QStringList({ "&1 a.zatdef", "&2 c.zatdef", "&3 b.zatdef", "|", "Clear List" }));
+    }
+
+    void savedFilesAreListed()
+    {
+        const QString a = makeFile(QStringLiteral("a.zatdef"));
+        const QString b = makeFile(QStringLiteral("b.zatdef"));
+        const QString copy = path(QStringLiteral("copy.zatdef"));
+        QVERIFY(m_window->openFile(a));
+        TestModal::onNextModalOf<QFileDialog>([&](QWidget *w) {
+            chooseFile(qobject_cast<QFileDialog *>(w), copy);
+            qobject_cast<QDialog *>(w)->accept();
+        });
+        m_window->onSaveAs();
+        QCOMPARE(m_window->fileName(), copy);
+        QCOMPARE(entries(*m_window), QStringList({ "&1 copy.zatdef", "&2 a.zatdef", "|", "Clear List" }));
+        QVERIFY(m_window->openFile(b));
+        QVERIFY(m_window->save(a));
+        QCOMPARE(entries(*m_window),
+                 QStringList({ "&1 a.zatdef", "&2 b.zatdef", "&3 copy.zatdef", "|", "Clear List" }));
+    }
+
+    void unsavedChangesAreAskedAbout()
+    {
+        const QString a = makeFile(QStringLiteral("a.zatdef"));
+        const QString b = makeFile(QStringLiteral("b.zatdef"));
+        QVERIFY(m_window->openFile(a));
+        QVERIFY(m_window->openFile(b));
+        QVERIFY(m_window->model()->setData(m_window->model()->index(0, 0), QStringLiteral("Edited"), Qt::EditRole));
+        entries(*m_window);
+
+        QString text;
+        TestModal::answerMessageBox(QMessageBox::Cancel, &text);
+        entry(*m_window, QStringLiteral("&2 a.zatdef"))->trigger();
+        QCOMPARE(text, unsavedQuestion);
+        QCOMPARE(m_window->fileName(), b);
+        QCOMPARE(tagName(*m_window), QStringLiteral("Edited"));
+        QVERIFY(!m_window->undoStack()->isClean());
+        QCOMPARE(entries(*m_window), QStringList({ "&1 b.zatdef", "&2 a.zatdef", "|", "Clear List" }));
+
+        text.clear();
+        TestModal::answerMessageBox(QMessageBox::Discard, &text);
+        entry(*m_window, QStringLiteral("&2 a.zatdef"))->trigger();
+        QCOMPARE(text, unsavedQuestion);
+        QCOMPARE(m_window->fileName(), a);
+        QCOMPARE(tagName(*m_window), QStringLiteral("a"));
+        QVERIFY(m_window->undoStack()->isClean());
+    }
+
+    void damagedListReadsEmpty_data()
+    {
+        QTest::addColumn<QVariant>("value");
+        QTest::newRow("a number") << QVariant(42);
+        QTest::newRow("bytes") << QVariant(QByteArray("\x01\x02\xFF"));
+        QTest::newRow("a text with a line break") << QVariant(QStringLiteral("/tmp/a.zatdef\n/tmp/b.zatdef"));
+        QTest::newRow("a list with a control character")
+            << QVariant(QStringList({ QStringLiteral("/tmp/a.zatdef"), QStringLiteral("/tmp/\x1b.zatdef") }));
+    }
+
+    void damagedListReadsEmpty()
+    {
+        QFETCH(QVariant, value);
+        delete m_window;
+        m_window = nullptr;
+        QSettings().setValue(QStringLiteral("ZAT16Editor/RecentFiles"), value);
+        EditorWindow window;
+        QCOMPARE(entries(window), QStringList({ "|", "Clear List (disabled)" }));
+    }
+
+    // The list holds the "file:" URLs of the files; what is not one is left out, and so is a
+    // repeat.
+    void entriesThatAreNoFilesAreDropped()
+    {
+        delete m_window;
+        m_window = nullptr;
+        QSettings().setValue(QStringLiteral("ZAT16Editor/RecentFiles"),
+                             QStringList({ QStringLiteral("file:///gone/a.zatdef"),
+                                           QStringLiteral("/gone/plain path.zatdef"),
+                                           QStringLiteral("file:relative.zatdef"),
+                                           QStringLiteral("https://example.invalid/c.zatdef"),
+                                           QStringLiteral("file://host/gone/d.zatdef"),
+                                           QStringLiteral("file:///gone/a.zatdef"),
+                                           QStringLiteral("file:///gone/with%20space%C3%A4.zatdef") }));
+        EditorWindow window;
+        QCOMPARE(entries(window),
+                 QStringList({ "&1 a.zatdef (disabled)", "&2 with space\u00e4.zatdef (disabled)", "|", "Clear List" }));
+        QCOMPARE(tooltips(window),
+                 QStringList({ QStringLiteral("/gone/a.zatdef"), QStringLiteral("/gone/with space\u00e4.zatdef") }));
+    }
+
+    // --- the file opened again at start ---
+
+    void lastOpenedIsOpenedAtStart_data()
+    {
+        QTest::addColumn<QString>("way");
+        QTest::newRow("command line") << QStringLiteral("command line");
+        QTest::newRow("recent file") << QStringLiteral("recent file");
+    }
+
+    void lastOpenedIsOpenedAtStart()
+    {
+        QFETCH(QString, way);
+        const QString first = makeFile(QStringLiteral("first.zatdef"));
+        const QString last = makeFile(QStringLiteral("last.zatdef"));
+        delete m_window;
+        m_window = new EditorWindow;
+        if (way == QLatin1String("command line")) {
+            m_window->initialize(last, QString());
+        } else {
+            m_window->initialize(first, QString());
+            QVERIFY(m_window->openFile(last));
+            QVERIFY(m_window->openFile(first));
+            entries(*m_window);
+            entry(*m_window, QStringLiteral("&2 last.zatdef"))->trigger();
+        }
+        QCOMPARE(m_window->fileName(), last);
+
+        // An editor started meanwhile does not open the file that this one has open.
+        {
+            EditorWindow meanwhile;
+            meanwhile.initialize(QString(), QString());
+            QCOMPARE(meanwhile.fileName(), QString());
+        }
+
+        QVERIFY(m_window->close());
+        EditorWindow next;
+        next.initialize(QString(), QString());
+        QCOMPARE(next.fileName(), last);
+        QCOMPARE(tagName(next), QStringLiteral("last"));
+        QCOMPARE(next.windowTitle(), QStringLiteral("last.zatdef [ZAT16 tag editor]"));
+    }
+
+    // A file named relative to the working folder is kept with its absolute path.
+    void relativePathIsKeptAbsolute()
+    {
+        makeFile(QStringLiteral("rel.zatdef"));
+        const QString cwd = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(m_dir->path()));
+        delete m_window;
+        m_window = new EditorWindow;
+        m_window->initialize(QStringLiteral("rel.zatdef"), QString());
+        QVERIFY(m_window->close());
+        QDir::setCurrent(cwd);
+        QCOMPARE(QSettings().value(QStringLiteral("ZAT16Editor/LastOpenPath")).toString(),
+                 path(QStringLiteral("rel.zatdef")));
+        QCOMPARE(QSettings().value(QStringLiteral("ZAT16Editor/RecentFiles")).toStringList(),
+                 QStringList(QStringLiteral("file://") + path(QStringLiteral("rel.zatdef"))));
+        EditorWindow next;
+        next.initialize(QString(), QString());
+        QCOMPARE(tagName(next), QStringLiteral("rel"));
+    }
+};
+
+QTEST_MAIN(TestRecentFiles)
+
+#include "tst_recentfiles.moc"
