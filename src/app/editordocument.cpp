@@ -138,7 +138,7 @@ void EditorDocument::open()
         return;
     const QString path = QFileDialog::getOpenFileName(m_window,
                                                       EditorWindow::tr("Open ZAT16 definitions"),
-                                                      EditorSettings::startPath(EditorSettings::LastOpenPath),
+                                                      RecentFiles::startFolder(),
                                                       fileFilter());
     if (path.isEmpty())
         return;
@@ -213,7 +213,7 @@ bool EditorDocument::saveAs()
 {
     const QString path = QFileDialog::getSaveFileName(m_window,
                                                       EditorWindow::tr("Save ZAT16 definitions"),
-                                                      EditorSettings::startPath(EditorSettings::LastSaveAsPath),
+                                                      RecentFiles::startFolder(),
                                                       fileFilter());
     if (path.isEmpty())
         return false;

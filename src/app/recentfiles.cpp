@@ -65,6 +65,19 @@ QStringList RecentFiles::files()
     return files;
 }
 
+QString RecentFiles::startFolder()
+{
+    // The two paths of the dialogs are there for a list that was cleared.
+    QString last = files().value(0);
+    if (last.isEmpty())
+        last = EditorSettings::text(EditorSettings::LastOpenPath);
+    if (last.isEmpty())
+        last = EditorSettings::text(EditorSettings::LastSaveAsPath);
+    // Given a folder that does not exist, the dialog would show its last part as the file name.
+    const QString folder = last.isEmpty() ? QString() : QFileInfo(last).absolutePath();
+    return !folder.isEmpty() && QFileInfo(folder).isDir() ? folder : QDir::homePath();
+}
+
 QString RecentFiles::absolutePath(const QString &path)
 {
     if (path.isEmpty() || QDir::isAbsolutePath(path))

@@ -13,7 +13,8 @@ namespace ZAT16 {
 
 /// The files last opened or saved, most recent first, kept in the settings so that they outlast
 /// the program, and the submenu "Open Recent" that offers them: one numbered entry per file
-/// (disabled while the file is missing), then "Clear List".
+/// (disabled while the file is missing), then "Clear List". The dialogs start in the folder of
+/// the newest file.
 class RecentFiles : public QObject
 {
     Q_OBJECT
@@ -29,6 +30,9 @@ public:
     /// The files as the settings hold them, most recent first: absolute paths, no repeats, at most
     /// maxCount.
     static QStringList files();
+    /// Where the Open and Save As dialogs start: the folder of the file last opened or saved, or
+    /// the home folder when that folder is gone or no file was opened yet.
+    static QString startFolder();
 
     /// `path` made absolute against the working folder, and cleaned of "." and "..": as strings,
     /// so that a name that is not UTF-8 (see LocalFile) keeps its bytes.

@@ -1,6 +1,7 @@
-// File > Open Recent with the files last opened or saved, kept from one start to the next, and
-// the file last opened in any way, opened again by the next start. Offscreen, in a home folder of
-// the test's own, where the settings live; boxes are answered from timers.
+// File > Open Recent with the files last opened or saved, kept from one start to the next, the
+// file last opened in any way, opened again by the next start, and where the file dialogs start.
+// Offscreen, in a home folder of the test's own, where the settings live; boxes are answered from
+// timers.
 
 #include "editormodel.h"
 #include "editorwindow.h"
@@ -14,6 +15,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
 #include <QSettings>
@@ -107,16 +109,33 @@ private:
         return file;
     }
 
+    // Runs `dialogAction` (Open or Save As) and gives the folder and the typed-in name its dialog
+    // started with; the dialog is cancelled.
+    bool dialogStart(QAction *dialogAction, QString *folder, QString *name)
+    {
+        bool shown = false;
+        TestModal::onNextModalOf<QFileDialog>([&](QWidget *w) {
+            auto *dialog = qobject_cast<QFileDialog *>(w);
+            shown = true;
+            *folder = dialog->directory().absolutePath();
+            *name = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->text();
+            dialog->reject();
+        });
+        dialogAction->trigger();
+        return shown;
+    }
+
 private slots:
     void initTestCase()
     {
-        // A home of its own, before the settings are first used.
+        // A home of its own, without a Documents folder, before the settings are first used.
         QVERIFY(m_home.isValid());
         qputenv("HOME", QFile::encodeName(m_home.path()));
         QStandardPaths::setTestModeEnabled(true);
         QCoreApplication::setOrganizationName(QStringLiteral("zatedit-tests"));
         QCoreApplication::setApplicationName(QStringLiteral("tst_recentfiles"));
         QCOMPARE(QDir::homePath(), m_home.path());
+        QVERIFY(!QFileInfo::exists(m_home.filePath(QStringLiteral("Documents"))));
     }
 
     void init()
@@ -390,6 +409,64 @@ private slots:
         EditorWindow next;
         next.initialize(QString(), QString());
         QCOMPARE(tagName(next), QStringLiteral("rel"));
+    }
+
+    // --- where the dialogs start ---
+
+    void dialogsStartInTheLastFolder()
+    {
+        QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("sub")));
+        QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("other")));
+        const QString file = makeFile(QStringLiteral("sub/a.zatdef"));
+        QVERIFY(m_window->openFile(file));
+        QString folder;
+        QString name;
+        QVERIFY(dialogStart(m_window->ui()->m_act_open, &folder, &name));
+        QCOMPARE(folder, path(QStringLiteral("sub")));
+        QCOMPARE(name, QString());
+        QVERIFY(dialogStart(m_window->ui()->m_act_save_as, &folder, &name));
+        QCOMPARE(folder, path(QStringLiteral("sub")));
+        QCOMPARE(name, QString());
+
+        // Saved elsewhere: the dialogs start there.
+        QVERIFY(m_window->save(path(QStringLiteral("other/b.zatdef"))));
+        QVERIFY(dialogStart(m_window->ui()->m_act_open, &folder, &name));
+        QCOMPARE(folder, path(QStringLiteral("other")));
+        QCOMPARE(name, QString());
+    }
+
+    // Today the dialogs were given the folder "Documents" in the home folder, and where that
+    // does not exist they showed "Documents" typed in as the file's name.
+    void missingFolderGivesHome_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<bool>("saveAs");
+        for (bool saveAs : { false, true }) {
+            const char *dialog = saveAs ? "Save As, " : "Open, ";
+            QTest::newRow(QByteArray(dialog).append("nothing opened yet").constData()) << QString() << saveAs;
+            QTest::newRow(QByteArray(dialog).append("recent file").constData())
+                << QStringLiteral("RecentFiles") << saveAs;
+            QTest::newRow(QByteArray(dialog).append("path of the Open dialog").constData())
+                << QStringLiteral("LastOpenPath") << saveAs;
+        }
+    }
+
+    void missingFolderGivesHome()
+    {
+        QFETCH(QString, stored);
+        QFETCH(bool, saveAs);
+        QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("gone")));
+        const QString file = makeFile(QStringLiteral("gone/a.zatdef"));
+        if (stored == QLatin1String("RecentFiles"))
+            QSettings().setValue(QStringLiteral("ZAT16Editor/RecentFiles"), QString(QStringLiteral("file://") + file));
+        else if (!stored.isEmpty())
+            QSettings().setValue(QStringLiteral("ZAT16Editor/") + stored, file);
+        QVERIFY(QDir(path(QStringLiteral("gone"))).removeRecursively());
+        QString folder;
+        QString name;
+        QVERIFY(dialogStart(saveAs ? m_window->ui()->m_act_save_as : m_window->ui()->m_act_open, &folder, &name));
+        QCOMPARE(folder, m_home.path());
+        QCOMPARE(name, QString());
     }
 };
 
