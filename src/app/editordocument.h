@@ -19,7 +19,7 @@ class Recovery;
 class SaveSequence;
 
 /// The life cycle of the window's document: opening its file (at start with the offer of unsaved
-/// changes, from the Open dialog or a recent file), saving with one backup after asking
+/// changes, from the Open dialog, a recent file or a drop), saving with one backup after asking
 /// before anything another program wrote or the editor did not read is lost, the question before
 /// unsaved changes go, and reloading. It remembers what the file held when it was read or saved
 /// here, so that a change by another program is noticed, and it reports how a save ended.
@@ -47,7 +47,7 @@ public:
     /// Asks for a file and opens it, once unsaved changes may be dropped.
     void open();
     /// Opens `path` as open() opens the file chosen in its dialog, once unsaved changes may be
-    /// dropped: a recent file. True when it was opened.
+    /// dropped: a recent file, a dropped file. True when it was opened.
     bool openFile(const QString &path);
     /// Stores the file last opened as the one that the next start opens; called when the window
     /// closes. A file chosen in the Open dialog is stored at once as well.

@@ -17,15 +17,20 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDockWidget>
+#include <QDragEnterEvent>
+#include <QDragMoveEvent>
+#include <QDropEvent>
 #include <QFontDialog>
 #include <QHeaderView>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QTextCursor>
 #include <QTextEdit>
 #include <QTimer>
 #include <QToolTip>
 #include <QUndoStack>
 #include <QUndoView>
+#include <QUrl>
 
 #include <utility>
 
@@ -469,7 +474,23 @@ void EditorWindow::onPreviousProblem()
     showItem(m_problemsDock->step(m_ui->m_view->currentIndex(), false));
 }
 
-// Recent files
+// Recent files, and definitions files dropped onto the window
+
+namespace {
+
+// The definitions file that a drag from a file manager carries: one local file whose name ends
+// in ".zatdef". Empty for anything else, which the window refuses and the tree takes as its own.
+QString definitionsFileIn(const QMimeData *data)
+{
+    if (!data || !data->hasUrls())
+        return QString();
+    const QList<QUrl> urls = data->urls();
+    // The name as the bytes it is, as a file named on the command line is taken.
+    const QString path = urls.size() == 1 ? RecentFiles::localPath(urls.first()) : QString();
+    return path.endsWith(QLatin1String(".zatdef"), Qt::CaseInsensitive) ? path : QString();
+}
+
+} // namespace
 
 void EditorWindow::setUpFileOpening()
 {
@@ -478,6 +499,55 @@ void EditorWindow::setUpFileOpening()
     const QList<QAction *> actions = file->actions();
     file->insertMenu(actions.value(actions.indexOf(m_ui->m_act_open) + 1), m_recentFiles->menu());
     connect(m_recentFiles, &RecentFiles::chosen, this, &EditorWindow::openFile);
+
+    setAcceptDrops(true);
+    m_ui->m_view->viewport()->installEventFilter(this);
+}
+
+bool EditorWindow::takeFileDrop(QEvent *event)
+{
+    if (event->type() != QEvent::DragEnter && event->type() != QEvent::DragMove && event->type() != QEvent::Drop)
+        return false;
+    // The enter and move events are drop events too.
+    auto *drop = static_cast<QDropEvent *>(event);
+    const QString path = definitionsFileIn(drop->mimeData());
+    // Never a move: the file manager would remove the file that was opened.
+    if (path.isEmpty() || !(drop->possibleActions() & Qt::CopyAction))
+        return false;
+    drop->setDropAction(Qt::CopyAction);
+    drop->accept();
+    // Once the drop has ended: the file manager waits for it while a question is open.
+    if (event->type() == QEvent::Drop)
+        QMetaObject::invokeMethod(
+            this, [this, path]() { openFile(path); }, Qt::QueuedConnection);
+    return true;
+}
+
+void EditorWindow::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (!takeFileDrop(event))
+        QMainWindow::dragEnterEvent(event);
+}
+
+void EditorWindow::dragMoveEvent(QDragMoveEvent *event)
+{
+    if (!takeFileDrop(event))
+        QMainWindow::dragMoveEvent(event);
+}
+
+void EditorWindow::dropEvent(QDropEvent *event)
+{
+    if (!takeFileDrop(event))
+        QMainWindow::dropEvent(event);
+}
+
+// A definitions file dropped onto the tree opens too; all other drops onto its cells are the
+// tree's.
+bool EditorWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_ui->m_view->viewport() && takeFileDrop(event))
+        return true;
+    return QMainWindow::eventFilter(watched, event);
 }
 
 } // namespace ZAT16

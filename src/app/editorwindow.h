@@ -51,7 +51,7 @@ public:
     /// Asks before unsaved changes are lost; true when they may be dropped.
     bool canDiscard() { return m_document->canDiscard(); }
     /// Opens `path` once unsaved changes may be dropped, as Open does with the file chosen in its
-    /// dialog (a recent file); true when it was opened.
+    /// dialog (a recent file, a dropped file); true when it was opened.
     bool openFile(const QString &path) { return m_document->openFile(path); }
     /// Ends the program without a question, for SIGTERM: unsaved changes go to the recovery
     /// file, which the next start offers.
@@ -140,6 +140,10 @@ protected:
     void closeEvent(QCloseEvent *event) override;
     void hideEvent(QHideEvent *event) override;
     void showEvent(QShowEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void addList(ItemType type);
@@ -148,8 +152,10 @@ private:
     // Expands the direct children of `index` that are not expanded yet.
     void expandChildren(const QModelIndex &index);
     void expandPending();
-    /// The submenu Open Recent.
+    /// The submenu Open Recent, and the definitions files dropped onto the window.
     void setUpFileOpening();
+    /// Takes a drag event that carries a definitions file; false for any other.
+    bool takeFileDrop(QEvent *event);
 
     Ui_ZAT16EditorWindow *m_ui;
     EditorModel *m_model;

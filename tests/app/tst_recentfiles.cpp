@@ -1,29 +1,40 @@
-// File > Open Recent with the files last opened or saved, kept from one start to the next, the
-// file last opened in any way, opened again by the next start, and where the file dialogs start.
-// Offscreen, in a home folder of the test's own, where the settings live; boxes are answered from
-// timers.
+// The ways of opening a file besides the Open dialog, and where the file dialogs start: File >
+// Open Recent with the files last opened or saved, kept from one start to the next; the file last
+// opened in any way, opened again by the next start; definitions files dropped onto the window.
+// Offscreen, in a home folder of the test's own, where the settings live; boxes are answered
+// from timers.
 
 #include "editormodel.h"
 #include "editorwindow.h"
 #include "filedialog.h"
+#include "localfile.h"
 #include "modal.h"
 #include "recentfiles.h"
+#include "rowtreeview.h"
 #include "testfiles.h"
 #include "ui_editorwindow.h"
 
 #include <QAction>
 #include <QDir>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFile>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUndoStack>
+#include <QUrl>
+
+#include <fcntl.h>
+#include <memory>
+#include <unistd.h>
 
 using namespace ZAT16;
 
@@ -87,6 +98,48 @@ QString tagName(const EditorWindow &window)
     return window.model()->data(window.model()->index(0, 0), Qt::DisplayRole).toString();
 }
 
+// A drag from a file manager, which offers to copy, move or link.
+std::unique_ptr<QMimeData> urlDrag(const QList<QUrl> &urls)
+{
+    auto data = std::make_unique<QMimeData>();
+    data->setUrls(urls);
+    return data;
+}
+
+QUrl fileUrl(const QByteArray &path)
+{
+    return QUrl::fromEncoded("file://" + path.toPercentEncoding("/"));
+}
+
+// Removes a file named by its bytes at the end of the scope: QTemporaryDir cannot remove a name
+// that is not UTF-8.
+struct RemovedAtEnd {
+    QByteArray name;
+    ~RemovedAtEnd() { ::unlink(name.constData()); }
+};
+
+const Qt::DropActions fileManagerActions = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
+
+struct Drop {
+    bool entered = false; ///< the enter event was accepted
+    bool dropped = false; ///< the drop was accepted, as a copy
+};
+
+// The events of a drag that enters `target` at `pos` and is dropped there.
+Drop dropOnto(QWidget *target, const QPoint &pos, const QMimeData *data, Qt::DropActions actions = fileManagerActions)
+{
+    Drop result;
+    QDragEnterEvent enter(pos, actions, data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(target, &enter);
+    result.entered = enter.isAccepted();
+    QDragMoveEvent move(pos, actions, data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(target, &move);
+    QDropEvent drop(QPointF(pos), actions, data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(target, &drop);
+    result.dropped = drop.isAccepted() && drop.dropAction() == Qt::CopyAction;
+    return result;
+}
+
 } // namespace
 
 class TestRecentFiles : public QObject
@@ -107,6 +160,12 @@ private:
         if (!writeFile(file, defsNamed(QFileInfo(name).baseName().remove(QLatin1Char('&')))))
             return QString();
         return file;
+    }
+
+    QPoint cellCentre(int row) const
+    {
+        RowTreeView *view = m_window->ui()->m_view;
+        return view->visualRect(m_window->model()->index(row, 0)).center();
     }
 
     // Runs `dialogAction` (Open or Save As) and gives the folder and the typed-in name its dialog
@@ -356,6 +415,7 @@ private slots:
         QTest::addColumn<QString>("way");
         QTest::newRow("command line") << QStringLiteral("command line");
         QTest::newRow("recent file") << QStringLiteral("recent file");
+        QTest::newRow("drop") << QStringLiteral("drop");
     }
 
     void lastOpenedIsOpenedAtStart()
@@ -369,12 +429,17 @@ private slots:
             m_window->initialize(last, QString());
         } else {
             m_window->initialize(first, QString());
-            QVERIFY(m_window->openFile(last));
-            QVERIFY(m_window->openFile(first));
-            entries(*m_window);
-            entry(*m_window, QStringLiteral("&2 last.zatdef"))->trigger();
+            if (way == QLatin1String("recent file")) {
+                QVERIFY(m_window->openFile(last));
+                QVERIFY(m_window->openFile(first));
+                entries(*m_window);
+                entry(*m_window, QStringLiteral("&2 last.zatdef"))->trigger();
+            } else {
+                const auto data = urlDrag({ QUrl::fromLocalFile(last) });
+                QVERIFY(dropOnto(m_window, QPoint(10, 10), data.get()).dropped);
+            }
         }
-        QCOMPARE(m_window->fileName(), last);
+        QTRY_COMPARE(m_window->fileName(), last);
 
         // An editor started meanwhile does not open the file that this one has open.
         {
@@ -467,6 +532,136 @@ private slots:
         QVERIFY(dialogStart(saveAs ? m_window->ui()->m_act_save_as : m_window->ui()->m_act_open, &folder, &name));
         QCOMPARE(folder, m_home.path());
         QCOMPARE(name, QString());
+    }
+
+    // --- dropped files ---
+
+    void droppedFileOpens_data()
+    {
+        QTest::addColumn<bool>("ontoTree");
+        QTest::addColumn<QByteArray>("name");
+        QTest::newRow("onto the window") << false << QByteArray("dropped.zatdef");
+        QTest::newRow("onto a cell of the tree") << true << QByteArray("dropped.zatdef");
+        QTest::newRow("suffix in capitals") << false << QByteArray("DROPPED.ZATDEF");
+        QTest::newRow("name not UTF-8") << false << QByteArray("caf\xE9.zatdef");
+    }
+
+    void droppedFileOpens()
+    {
+        QFETCH(bool, ontoTree);
+        QFETCH(QByteArray, name);
+        QVERIFY(m_window->openFile(makeFile(QStringLiteral("a.zatdef"))));
+        const QByteArray bytes = QFile::encodeName(m_dir->path()) + '/' + name;
+        const int fd = ::open(bytes.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        QVERIFY(fd >= 0);
+        const QByteArray content = defsNamed(QStringLiteral("Dropped"));
+        QCOMPARE(::write(fd, content.constData(), size_t(content.size())), ssize_t(content.size()));
+        ::close(fd);
+        const RemovedAtEnd removed { bytes };
+        const QString file = LocalFile::decodeName(bytes);
+
+        const auto data = urlDrag({ fileUrl(bytes) });
+        QWidget *target = ontoTree ? m_window->ui()->m_view->viewport() : static_cast<QWidget *>(m_window);
+        const Drop drop = dropOnto(target, ontoTree ? cellCentre(0) : QPoint(10, 10), data.get());
+        QVERIFY(drop.entered);
+        QVERIFY(drop.dropped);
+        QTRY_COMPARE(m_window->fileName(), file);
+        QCOMPARE(tagName(*m_window), QStringLiteral("Dropped"));
+        QVERIFY(m_window->undoStack()->isClean());
+        QCOMPARE(RecentFiles::files(), QStringList({ file, path(QStringLiteral("a.zatdef")) }));
+
+        // Listed under its own name, and it can be chosen, also in the next start.
+        delete m_window;
+        m_window = new EditorWindow;
+        QAction *listed = recentMenu(*m_window)->actions().value(0);
+        QVERIFY(listed);
+        QCOMPARE(listed->toolTip(), file);
+        QVERIFY(listed->isEnabled());
+    }
+
+    void droppedFileAsksAboutUnsavedChanges()
+    {
+        const QString a = makeFile(QStringLiteral("a.zatdef"));
+        const QString b = makeFile(QStringLiteral("b.zatdef"));
+        QVERIFY(m_window->openFile(a));
+        QVERIFY(m_window->model()->setData(m_window->model()->index(0, 0), QStringLiteral("Edited"), Qt::EditRole));
+        QString text;
+        TestModal::answerMessageBox(QMessageBox::Cancel, &text);
+        const auto data = urlDrag({ QUrl::fromLocalFile(b) });
+        QVERIFY(dropOnto(m_window, QPoint(10, 10), data.get()).dropped);
+        QTRY_COMPARE(text, unsavedQuestion);
+        QCOMPARE(m_window->fileName(), a);
+        QCOMPARE(tagName(*m_window), QStringLiteral("Edited"));
+
+        TestModal::answerMessageBox(QMessageBox::Discard);
+        QVERIFY(dropOnto(m_window->ui()->m_view->viewport(), cellCentre(0), data.get()).dropped);
+        QTRY_COMPARE(m_window->fileName(), b);
+        QCOMPARE(tagName(*m_window), QStringLiteral("b"));
+    }
+
+    void otherDropsAreRefused_data()
+    {
+        QTest::addColumn<bool>("ontoTree");
+        QTest::addColumn<QString>("kind");
+        for (bool ontoTree : { false, true }) {
+            const QByteArray where = ontoTree ? "tree: " : "window: ";
+            for (const char *kind : { "other suffix", "two files", "remote file", "move only", "no urls" })
+                QTest::newRow((where + kind).constData()) << ontoTree << QString::fromLatin1(kind);
+        }
+    }
+
+    void otherDropsAreRefused()
+    {
+        QFETCH(bool, ontoTree);
+        QFETCH(QString, kind);
+        const QString a = makeFile(QStringLiteral("a.zatdef"));
+        const QString b = makeFile(QStringLiteral("b.zatdef"));
+        QVERIFY(writeFile(path(QStringLiteral("notes.txt")), defsNamed(QStringLiteral("Notes"))));
+        QVERIFY(m_window->openFile(a));
+        QList<QUrl> urls;
+        Qt::DropActions actions = fileManagerActions;
+        if (kind == QLatin1String("other suffix"))
+            urls = { QUrl::fromLocalFile(path(QStringLiteral("notes.txt"))) };
+        else if (kind == QLatin1String("two files"))
+            urls = { QUrl::fromLocalFile(b), QUrl::fromLocalFile(a) };
+        else if (kind == QLatin1String("remote file"))
+            urls = { QUrl(QStringLiteral("https://example.invalid/b.zatdef")) };
+        else if (kind == QLatin1String("move only")) {
+            urls = { QUrl::fromLocalFile(b) };
+            actions = Qt::MoveAction;
+        }
+        auto data = urlDrag(urls);
+        if (kind == QLatin1String("no urls"))
+            data->setData(QStringLiteral("application/octet-stream"), "b.zatdef");
+        QWidget *target = ontoTree ? m_window->ui()->m_view->viewport() : static_cast<QWidget *>(m_window);
+        const Drop drop = dropOnto(target, ontoTree ? cellCentre(0) : QPoint(10, 10), data.get(), actions);
+        QVERIFY(!drop.entered);
+        QVERIFY(!drop.dropped);
+        // An accepted drop would open the file once the events are handled.
+        QCoreApplication::processEvents();
+        QCOMPARE(m_window->fileName(), a);
+        QCOMPARE(tagName(*m_window), QStringLiteral("a"));
+        QVERIFY(m_window->undoStack()->isClean());
+    }
+
+    // Text dropped onto a cell is the tree's, as before: it replaces the cell's text.
+    void textDropOntoTreeIsTheTrees()
+    {
+        const QString a = makeFile(QStringLiteral("a.zatdef"));
+        QVERIFY(m_window->openFile(a));
+        QMimeData data;
+        data.setText(QStringLiteral("Renamed"));
+        const Drop drop = dropOnto(m_window->ui()->m_view->viewport(), cellCentre(0), &data, Qt::CopyAction);
+        QVERIFY(drop.entered);
+        QVERIFY(drop.dropped);
+        QCOMPARE(tagName(*m_window), QStringLiteral("Renamed"));
+        QCOMPARE(m_window->undoStack()->undoText(), QStringLiteral("Change name"));
+        QCOMPARE(m_window->fileName(), a);
+
+        // Onto the window outside the tree, text is refused.
+        const Drop outside = dropOnto(m_window, QPoint(10, 10), &data, Qt::CopyAction);
+        QVERIFY(!outside.entered);
+        QVERIFY(!outside.dropped);
     }
 };
 
