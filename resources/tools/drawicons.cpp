@@ -1,12 +1,19 @@
-// drawicons: draws the editor's 16 x 16 icons and the application icon for the desktop.
+// drawicons: draws the editor's 16 x 16 icons, their 32 x 32 versions and the application icon for the
+// desktop.
 //
-//   drawicons --output <resources folder>   writes icons/i16_*.png and hicolor/<N>x<N>/apps/zatedit.png
-//   drawicons --sheet <file.png>            writes a contact sheet (8x enlarged, names, 1:1 strips) for review
+//   drawicons --output <resources folder>   writes icons/i16_*.png, icons/i16_*@2x.png and
+//                                           hicolor/<N>x<N>/apps/zatedit.png
+//   drawicons --sheet <file.png>            writes a contact sheet (enlarged, names, 1:1 strips) for review
 //
 // Every icon is drawn with QPainter on a transparent QImage. No text is drawn with fonts: the few
 // characters ("123", "abc", "01", ".h", "?", "!") are small pixel glyphs, so that the result is the
 // same on every machine and stays sharp at 16 pixels. Straight edges lie on the pixel grid (fills on
 // whole pixels, one-pixel strokes on half pixels); antialiasing only smooths curves and diagonals.
+//
+// The 32 x 32 versions ("@2x", which QIcon picks on screens with a device pixel ratio of 2) are drawn
+// by the same functions on a painter scaled by 2, so the grid stays the grid: fills cover whole
+// pixels, glyph pixels become 2 x 2 blocks, a one-pixel stroke becomes two pixels, and curves and
+// diagonals get the finer resolution instead of being enlarged pixels.
 
 #include <QCommandLineParser>
 #include <QDir>
@@ -57,8 +64,15 @@ const QColor binaryGreen(0x8c, 0xf0, 0x96);
 const QColor navy(0x20, 0x2f, 0x8a);
 const QColor pink(0xf0, 0x8c, 0x9c);
 
+// The scale of the icon being drawn: 1 for the 16 pixel icons, 2 for their 32 pixel versions.
+int drawScale = 1;
+
+// At a scale above 1 a stroke is widened or narrowed to whole pixels (at least one), so that thin
+// outlines of 0.8 pixels become crisp two-pixel lines instead of blurred ones of 1.6.
 QPen pen(const QColor &color, qreal width = 1.0, Qt::PenCapStyle cap = Qt::RoundCap)
 {
+    if (drawScale > 1)
+        width = std::max(1.0, std::round(width * drawScale)) / drawScale;
     QPen p(color, width);
     p.setCapStyle(cap);
     p.setJoinStyle(Qt::RoundJoin);
@@ -929,9 +943,139 @@ void iconTableEdit(QPainter &p)
     drawTableEdit(p, 16);
 }
 
+// ---------------------------------------------------------------------------------------------------
+// Icons for finding, problems and moving through and around the tree
+
+void iconFind(QPainter &p)
+{
+    // the handle, under the lens
+    p.setPen(pen(brownDark, 3.6));
+    p.drawLine(QPointF(10.5, 10.5), QPointF(13.8, 13.8));
+    p.setPen(pen(brown, 1.8));
+    p.drawLine(QPointF(10.8, 10.8), QPointF(13.8, 13.8));
+    // the lens with its rim and a glint
+    p.setPen(pen(slate, 1.5));
+    p.setBrush(blueLight);
+    p.drawEllipse(QPointF(6.5, 6.5), 4.8, 4.8);
+    p.setPen(pen(paper, 1.2));
+    p.setBrush(Qt::NoBrush);
+    p.drawArc(QRectF(3.6, 3.6, 5.8, 5.8), 100 * 16, 70 * 16);
+}
+
+// A warning sign in the upper left corner and a vertical arrow in the lower right, pointing down
+// (to the next problem) or up (to the previous one).
+void problemArrow(QPainter &p, bool down)
+{
+    QPainterPath triangle;
+    triangle.moveTo(6, 0.8);
+    triangle.lineTo(11.6, 11.5);
+    triangle.lineTo(0.4, 11.5);
+    triangle.closeSubpath();
+    p.setPen(pen(orangeDark));
+    p.setBrush(yellow);
+    p.drawPath(triangle);
+    fill(p, 5, 4, 2, 4, ink);
+    fill(p, 5, 9, 2, 2, ink);
+
+    QPainterPath arrow;
+    arrow.moveTo(11.5, 7.5);
+    arrow.lineTo(13.5, 7.5);
+    arrow.lineTo(13.5, 11.5);
+    arrow.lineTo(15.5, 11.5);
+    arrow.lineTo(12.5, 15.5);
+    arrow.lineTo(9.5, 11.5);
+    arrow.lineTo(11.5, 11.5);
+    arrow.closeSubpath();
+    if (!down) {
+        // the same arrow turned over within its own rows (7.5 to 15.5)
+        QTransform flip;
+        flip.translate(0, 23);
+        flip.scale(1, -1);
+        arrow = flip.map(arrow);
+    }
+    knockOut(p, arrow, 0.8);
+    p.setPen(pen(blueDark));
+    p.setBrush(blue);
+    p.drawPath(arrow);
+}
+
+void iconNextProblem(QPainter &p)
+{
+    problemArrow(p, true);
+}
+
+void iconPreviousProblem(QPainter &p)
+{
+    problemArrow(p, false);
+}
+
+// Two tree nodes, one behind the other, the front one with the expander's plus or minus.
+void stackedNodes(QPainter &p, bool plus)
+{
+    p.setPen(pen(grey));
+    p.setBrush(paperShade);
+    p.drawRect(QRectF(4.5, 0.5, 11, 11));
+    p.setPen(pen(ink));
+    p.setBrush(paper);
+    p.drawRect(QRectF(0.5, 4.5, 11, 11));
+    fill(p, 3, 9, 6, 2, blueDark);
+    if (plus)
+        fill(p, 5, 7, 2, 6, blueDark);
+}
+
+void iconExpandAll(QPainter &p)
+{
+    stackedNodes(p, true);
+}
+
+void iconCollapseAll(QPainter &p)
+{
+    stackedNodes(p, false);
+}
+
+// An arrow pointing up beside three rows, the top one highlighted; upside down it moves down.
+void moveArrow(QPainter &p, bool up)
+{
+    if (!up) {
+        p.translate(0, 16);
+        p.scale(1, -1);
+    }
+    for (int i = 0; i < 3; ++i)
+        fill(p, 12, 2 + 5 * i, 4, 2, i == 0 ? blue : lineGrey);
+    QPainterPath arrow;
+    arrow.moveTo(5.5, 0.5);
+    arrow.lineTo(10.5, 5.5);
+    arrow.lineTo(7.5, 5.5);
+    arrow.lineTo(7.5, 15.5);
+    arrow.lineTo(3.5, 15.5);
+    arrow.lineTo(3.5, 5.5);
+    arrow.lineTo(0.5, 5.5);
+    arrow.closeSubpath();
+    p.setPen(pen(blueDark));
+    p.setBrush(blue);
+    p.drawPath(arrow);
+}
+
+void iconMoveUp(QPainter &p)
+{
+    moveArrow(p, true);
+}
+
+void iconMoveDown(QPainter &p)
+{
+    moveArrow(p, false);
+}
+
+void iconEdit(QPainter &p)
+{
+    pencil(p, QPointF(1.5, 14.5), 16, 4.6, 0.8, true);
+}
+
 struct Icon {
     const char *name;
     void (*draw)(QPainter &);
+    /// For an icon drawn for its size rather than scaled: draws it `size` pixels wide.
+    void (*drawSized)(QPainter &, int size) = nullptr;
 };
 
 const std::vector<Icon> &icons()
@@ -972,7 +1116,15 @@ const std::vector<Icon> &icons()
         { "i16_header", iconHeader },
         { "i16_lua", iconLua },
         { "i16_font", iconFont },
-        { "i16_table_edit", iconTableEdit },
+        { "i16_table_edit", iconTableEdit, drawTableEdit },
+        { "i16_find", iconFind },
+        { "i16_next_problem", iconNextProblem },
+        { "i16_previous_problem", iconPreviousProblem },
+        { "i16_expand_all", iconExpandAll },
+        { "i16_collapse_all", iconCollapseAll },
+        { "i16_move_up", iconMoveUp },
+        { "i16_move_down", iconMoveDown },
+        { "i16_edit", iconEdit },
     };
     return list;
 }
@@ -990,9 +1142,18 @@ QImage render(int size, const std::function<void(QPainter &)> &draw)
     return image.convertToFormat(QImage::Format_ARGB32);
 }
 
-QImage renderIcon(const Icon &icon)
+// The icon at 16 pixels (scale 1) or at 32 (scale 2).
+QImage renderIcon(const Icon &icon, int scale = 1)
 {
-    return render(16, [&](QPainter &p) { icon.draw(p); });
+    if (icon.drawSized)
+        return render(16 * scale, [&](QPainter &p) { icon.drawSized(p, 16 * scale); });
+    drawScale = scale;
+    const QImage image = render(16 * scale, [&](QPainter &p) {
+        p.scale(scale, scale);
+        icon.draw(p);
+    });
+    drawScale = 1;
+    return image;
 }
 
 QImage renderAppIcon(int size)
@@ -1012,8 +1173,10 @@ bool save(const QImage &image, const QString &path)
 bool writeAll(const QString &folder)
 {
     bool ok = true;
-    for (const Icon &icon : icons())
+    for (const Icon &icon : icons()) {
         ok = save(renderIcon(icon), folder + "/icons/" + icon.name + ".png") && ok;
+        ok = save(renderIcon(icon, 2), folder + "/icons/" + icon.name + "@2x.png") && ok;
+    }
     for (int size : appIconSizes) {
         ok = save(renderAppIcon(size), QString("%1/hicolor/%2x%2/apps/zatedit.png").arg(folder).arg(size)) && ok;
     }
@@ -1031,20 +1194,23 @@ void checker(QPainter &p, const QRect &r, int square)
     }
 }
 
-// Review sheet: every icon 8 times enlarged (nearest neighbour) on a checker board with its name,
-// then the icons at their real size on white and on a dark background, then the application icon.
+// Review sheet: every icon enlarged to 128 pixels (nearest neighbour) on a checker board with its
+// name, the 16 pixel icon 8 times on the left and its 32 pixel version 4 times on the right; then the
+// icons at their real sizes, 16 and 32, on white, dark and two blue backgrounds; then the
+// application icon.
 bool writeSheet(const QString &path)
 {
-    const int zoom = 8;
+    const int big = 128;
     const int columns = 6;
-    const int cellW = 16 * zoom + 24;
-    const int cellH = 16 * zoom + 28;
+    const int cellW = 2 * big + 8 + 24;
+    const int cellH = big + 28;
     const int count = int(icons().size());
     const int gridRows = (count + columns - 1) / columns;
     const int stripTop = gridRows * cellH + 12;
-    const int stripH = 16 + 12;
-    const int appTop = stripTop + 4 * stripH + 12;
-    const int width = columns * cellW + 12;
+    const int stripH16 = 16 + 12;
+    const int stripH32 = 32 + 12;
+    const int appTop = stripTop + 4 * stripH16 + 4 * stripH32 + 12;
+    const int width = std::max(columns * cellW + 12, 8 + count * (32 + 6));
     const int height = appTop + 256 + 24;
 
     QImage sheetImage(width, height, QImage::Format_ARGB32_Premultiplied);
@@ -1054,24 +1220,31 @@ bool writeSheet(const QString &path)
     font.setPixelSize(12);
     p.setFont(font);
     for (int i = 0; i < count; ++i) {
-        const QImage image = renderIcon(icons()[size_t(i)]);
+        const Icon &icon = icons()[size_t(i)];
         const int x = 6 + (i % columns) * cellW + 12;
         const int y = 6 + (i / columns) * cellH;
-        const QRect target(x, y, 16 * zoom, 16 * zoom);
-        checker(p, target, zoom);
-        p.drawImage(target, image.scaled(16 * zoom, 16 * zoom, Qt::IgnoreAspectRatio, Qt::FastTransformation));
+        const QRect small(x, y, big, big);
+        const QRect large(x + big + 8, y, big, big);
+        checker(p, small, 8);
+        checker(p, large, 8);
+        p.drawImage(small, renderIcon(icon).scaled(big, big, Qt::IgnoreAspectRatio, Qt::FastTransformation));
+        p.drawImage(large, renderIcon(icon, 2).scaled(big, big, Qt::IgnoreAspectRatio, Qt::FastTransformation));
         p.setPen(Qt::black);
-        p.drawText(QRect(x - 12, y + 16 * zoom + 2, cellW, 20),
+        p.drawText(QRect(x - 12, y + big + 2, cellW, 20),
                    Qt::AlignHCenter | Qt::AlignTop,
-                   QString::fromLatin1(icons()[size_t(i)].name));
+                   QString::fromLatin1(icon.name));
     }
     const QColor backgrounds[]
         = { Qt::white, QColor(0x2b, 0x2b, 0x2b), QColor(0xdd, 0xe6, 0xf2), QColor(0x30, 0x5a, 0x9e) };
-    for (int b = 0; b < 4; ++b) {
-        const int y = stripTop + b * stripH;
-        p.fillRect(QRect(0, y, width, stripH), backgrounds[b]);
-        for (int i = 0; i < count; ++i)
-            p.drawImage(QPoint(8 + i * 22, y + 6), renderIcon(icons()[size_t(i)]));
+    int y = stripTop;
+    for (int scale : { 1, 2 }) {
+        const int size = 16 * scale;
+        for (const QColor &background : backgrounds) {
+            p.fillRect(QRect(0, y, width, size + 12), background);
+            for (int i = 0; i < count; ++i)
+                p.drawImage(QPoint(8 + i * (size + 6), y + 6), renderIcon(icons()[size_t(i)], scale));
+            y += size + 12;
+        }
     }
     int x = 8;
     for (int size : appIconSizes) {

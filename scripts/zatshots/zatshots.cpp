@@ -1,13 +1,17 @@
 // Takes the screenshots of the documentation: run under a real X server (scripts/screenshots uses
 // xvfb-run), so that popups such as menus and combo box lists are on the screen.
 //
-// zatshots OUTDIR EXAMPLE WARNINGSFILE
+// zatshots OUTDIR EXAMPLE WARNINGSFILE          the pictures of the guide
+// zatshots OUTDIR EXAMPLE WARNINGSFILE scaled   only the window at a scale factor of 2 (run with
+//                                               QT_SCALE_FACTOR=2)
 
 #include "editoritemeditdialog.h"
 #include "editormodel.h"
 #include "editortagedit.h"
 #include "editorwindow.h"
 #include "item.h"
+#include "rowtreeview.h"
+#include "statusline.h"
 #include "ui_editorwindow.h"
 
 #include <QApplication>
@@ -18,6 +22,7 @@
 #include <QHeaderView>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPalette>
 #include <QScreen>
 #include <QStandardPaths>
 #include <QStyleFactory>
@@ -92,13 +97,67 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral("zatedit"));
     QApplication::setOrganizationName(QStringLiteral("zatedit-screenshots"));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/i16_message.png")));
-    if (argc != 4) {
-        std::fprintf(stderr, "usage: zatshots OUTDIR EXAMPLE WARNINGSFILE\n");
+    if (argc != 4 && !(argc == 5 && QByteArray(argv[4]) == "scaled")) {
+        std::fprintf(stderr, "usage: zatshots OUTDIR EXAMPLE WARNINGSFILE [scaled]\n");
         return 2;
     }
     outDir = QString::fromLocal8Bit(argv[1]);
     const QString example = QString::fromLocal8Bit(argv[2]);
     const QString warnings = QString::fromLocal8Bit(argv[3]);
+
+    // The window as a first start shows it: two thirds of the screen, columns fitted to the file.
+    {
+        auto *first = new EditorWindow;
+        first->initialize(example, QString());
+        first->show();
+        first->ui()->m_view->expandWholeTree();
+        first->showProblems();
+        settle(500);
+        grabWidget(first, argc == 5 ? QStringLiteral("scale-2.png") : QStringLiteral("first-start.png"));
+        if (argc == 5) {
+            delete first;
+            return 0;
+        }
+
+        // The tree's context menu on a tag with lists.
+        const QModelIndex row = findTag(first->model(), QStringLiteral("WindDirection"));
+        first->ui()->m_view->scrollTo(row, QAbstractItemView::PositionAtTop);
+        first->setCurrentItem(row);
+        settle();
+        QMenu *menu = first->treeContextMenu(row);
+        const QRect cell = first->ui()->m_view->visualRect(row);
+        menu->popup(first->ui()->m_view->viewport()->mapToGlobal(cell.center()));
+        settle();
+        grabScreen(first->frameGeometry().united(menu->frameGeometry()), QStringLiteral("context-menu.png"));
+        menu->hide();
+        delete menu;
+
+        // The toolbar and the status bar after a save.
+        first->statusLine()->showNote(EditorWindow::tr("Saved to %1").arg(QDir::toNativeSeparators(example)));
+        settle();
+        grabWidget(first, QStringLiteral("toolbar-status-bar.png"));
+
+        // The same window under a dark palette.
+        const QPalette light = QApplication::palette();
+        QPalette dark;
+        dark.setColor(QPalette::Window, QColor(0x2b, 0x2b, 0x2b));
+        dark.setColor(QPalette::WindowText, QColor(0xe6, 0xe6, 0xe6));
+        dark.setColor(QPalette::Base, QColor(0x1e, 0x1e, 0x1e));
+        dark.setColor(QPalette::AlternateBase, QColor(0x26, 0x26, 0x26));
+        dark.setColor(QPalette::Text, QColor(0xe6, 0xe6, 0xe6));
+        dark.setColor(QPalette::Button, QColor(0x35, 0x35, 0x35));
+        dark.setColor(QPalette::ButtonText, QColor(0xe6, 0xe6, 0xe6));
+        dark.setColor(QPalette::Highlight, QColor(0x2f, 0x6e, 0xd3));
+        dark.setColor(QPalette::HighlightedText, QColor(0xff, 0xff, 0xff));
+        dark.setColor(QPalette::ToolTipBase, QColor(0x35, 0x35, 0x35));
+        dark.setColor(QPalette::ToolTipText, QColor(0xe6, 0xe6, 0xe6));
+        QApplication::setPalette(dark);
+        settle(500);
+        grabWidget(first, QStringLiteral("dark-palette.png"));
+        QApplication::setPalette(light);
+        first->undoStack()->setClean();
+        delete first;
+    }
 
     // The main window with an expanded tree, after a few edits that collide.
     auto *window = new EditorWindow;
@@ -133,7 +192,7 @@ int main(int argc, char *argv[])
         const QRect area = window->frameGeometry().united(menu->frameGeometry());
         grabScreen(QRect(window->frameGeometry().topLeft(),
                          QSize(area.width(), menu->frameGeometry().bottom() - window->frameGeometry().top() + 8)),
-                   QStringLiteral("menu-%1.png").arg(action->text().toLower()));
+                   QStringLiteral("menu-%1.png").arg(action->text().remove(QLatin1Char('&')).toLower()));
         menu->hide();
     }
 

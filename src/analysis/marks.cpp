@@ -86,4 +86,14 @@ Marks::CellMark Marks::cellMark(const Item *item, int column, const std::functio
     return NoMark;
 }
 
+Marks::Reasons Marks::cellReasons(const Item *item, int column, Item::CollisionFlags collisions, QString *invalidName)
+{
+    const Reasons found = entryReasons(item, collisions, invalidName, column == 0);
+    Reasons shown = found & columnReasons(column);
+    const Reasons everyColumn = NameWithoutCode | CodeWithoutName | IncompleteParent;
+    if (!item->children.isEmpty())
+        shown |= found & everyColumn;
+    return shown;
+}
+
 } // namespace ZAT16

@@ -55,6 +55,10 @@ public:
     /// entry's own faults leave the cell unmarked.
     static CellMark cellMark(const Item *item, int column, const std::function<Item::CollisionFlags()> &collisions);
 
+    /// The reasons that mark the cell of `item` in `column`, by the rules of cellMark(): none
+    /// when the cell is not marked. `invalidName` receives the reader's message as in reasons().
+    static Reasons cellReasons(const Item *item, int column, Item::CollisionFlags collisions, QString *invalidName);
+
 private:
     static Reasons entryReasons(const Item *item,
                                 Item::CollisionFlags collisions,

@@ -116,15 +116,45 @@ void EditorDelegate::setModelData(QWidget *editor, QAbstractItemModel *model, co
     }
 }
 
+void EditorDelegate::updateEditorGeometry(QWidget *editor,
+                                          const QStyleOptionViewItem &option,
+                                          const QModelIndex &index) const
+{
+    QItemDelegate::updateEditorGeometry(editor, option, index);
+    if (index.column() != 1)
+        return;
+    auto *lineEdit = qobject_cast<QLineEdit *>(editor);
+    // Room for the frame and the cursor; a tag's editor has its drop-down button too.
+    int room = 16;
+    if (auto *tagEdit = qobject_cast<EditorTagEdit *>(editor)) {
+        lineEdit = tagEdit->lineEdit();
+        room += editor->style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, editor) + 8;
+    }
+    if (!lineEdit)
+        return;
+    // One digit more than the code, so that the text can grow a little before it scrolls.
+    const QString text = index.data(Qt::EditRole).toString() + QLatin1Char('0');
+    const int wanted = lineEdit->fontMetrics().horizontalAdvance(text) + room;
+    if (editor->width() < wanted)
+        editor->resize(wanted, editor->height());
+}
+
 void EditorDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
-    if (option.state & QStyle::State_Selected) {
-        QPalette::ColorGroup group = (option.state & QStyle::State_Enabled) ? QPalette::Normal : QPalette::Disabled;
-        if (group == QPalette::Normal && !(option.state & QStyle::State_Active))
-            group = QPalette::Inactive;
-        painter->fillRect(option.rect, option.palette.brush(group, QPalette::Highlight));
+    if (!(option.state & QStyle::State_Selected)) {
+        QItemDelegate::paint(painter, option, index);
+        return;
     }
-    QItemDelegate::paint(painter, option, index);
+    QPalette::ColorGroup group = (option.state & QStyle::State_Enabled) ? QPalette::Normal : QPalette::Disabled;
+    if (group == QPalette::Normal && !(option.state & QStyle::State_Active))
+        group = QPalette::Inactive;
+    painter->fillRect(option.rect, option.palette.brush(group, QPalette::Highlight));
+    // Unless the style lets the selection cover the decoration too, the base class fills the cell
+    // with the model's background (a comment line's green, a marked cell's red) and highlights only
+    // the text; told otherwise, it fills the whole cell with the highlight, as above.
+    QStyleOptionViewItem selected(option);
+    selected.showDecorationSelected = true;
+    QItemDelegate::paint(painter, selected, index);
 }
 
 } // namespace ZAT16

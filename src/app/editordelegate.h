@@ -17,8 +17,12 @@ public:
     QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
     void setEditorData(QWidget *editor, const QModelIndex &index) const override;
     void setModelData(QWidget *editor, QAbstractItemModel *model, const QModelIndex &index) const override;
+    /// The code's editor is as wide as its text needs, also where the column is narrower.
+    void updateEditorGeometry(QWidget *editor,
+                              const QStyleOptionViewItem &option,
+                              const QModelIndex &index) const override;
     /// A selected cell is first filled with the highlight colour, so that the selection covers
-    /// the whole cell.
+    /// the whole cell, also where the model gives the cell a background colour of its own.
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
 };
 

@@ -82,6 +82,7 @@ void EditorDocument::initialize(const QString &path, const QString &displayName)
         remember(m_fileName);
     m_recovery->setDocument(m_fileName);
     m_window->updateCleanState();
+    emit shown(m_fileName);
 }
 
 // Offers the newest unsaved changes to `document` (empty: to a document without a file) that
@@ -166,6 +167,7 @@ bool EditorDocument::load(const QString &path)
     m_banner->watchFile(path);
     remember(path);
     emit opened(root, path);
+    emit shown(path);
     return true;
 }
 
@@ -368,12 +370,15 @@ bool EditorDocument::reload(const QString &path)
     if (path == m_fileName)
         takeLoadedFile();
     emit opened(root, path);
+    emit shown(m_fileName);
     return true;
 }
 
 void EditorDocument::reportSaved(const QString &path)
 {
-    m_window->popupMessage(EditorWindow::tr("Saved to %1").arg(QDir::toNativeSeparators(path)));
+    const QString note = EditorWindow::tr("Saved to %1").arg(QDir::toNativeSeparators(path));
+    m_window->popupMessage(note);
+    m_window->showNote(note);
 }
 
 void EditorDocument::reportFailure(const SaveSequence &sequence)

@@ -73,6 +73,9 @@ public:
 signals:
     void saved(ZAT16::Item *root, const QString &path);
     void opened(ZAT16::Item *root, const QString &path);
+    /// A document was put in the window: at start, by opening or by reloading; `path` is its
+    /// file (empty when it has none).
+    void shown(const QString &path);
 
 private:
     bool reload(const QString &path);

@@ -94,6 +94,7 @@ void EditorItemEditDialog::setData(const Item *item)
     m_ui->m_cb_display_mode->setCurrentIndex(entry < 0 ? 0 : entry);
     m_ui->m_sb_digits->setValue(item->display.digits);
     m_ui->m_ck_secure->setChecked(item->secure);
+    m_ui->m_le_comment->setText(item->comment);
 }
 
 bool EditorItemEditDialog::readData(ItemData *result)
@@ -105,6 +106,7 @@ bool EditorItemEditDialog::readData(ItemData *result)
     if (!m_ui->m_le_name->hasAcceptableInput())
         return invalidInput(m_ui->m_le_name);
     data.name = m_ui->m_le_name->text();
+    data.comment = m_ui->m_le_comment->text();
 
     if (m_item->type == Tag) {
         if (!m_ui->m_te_id->hasAcceptableInput())

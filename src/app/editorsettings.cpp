@@ -15,11 +15,17 @@ namespace {
 
 // In the order of EditorSettings::Key.
 const char *const keyNames[] = {
-    "ZAT16Editor/State",          "ZAT16Editor/Geometry",
-    "ZAT16Editor/TreeHeader",     "ZAT16Editor/LayoutCheck",
-    "ZAT16Editor/Restoring",      "ZAT16Editor/FixedFont",
-    "ZAT16Editor/CommentFont",    "ZAT16Editor/LastOpenPath",
-    "ZAT16Editor/LastSaveAsPath", "ZAT16Editor/LastViewerSavePath",
+    "ZAT16Editor/State",
+    "ZAT16Editor/Geometry",
+    "ZAT16Editor/TreeHeader",
+    "ZAT16Editor/LayoutCheck",
+    "ZAT16Editor/Restoring",
+    "ZAT16Editor/FixedFont",
+    "ZAT16Editor/CommentFont",
+    "ZAT16Editor/LastOpenPath",
+    "ZAT16Editor/LastSaveAsPath",
+    "ZAT16Editor/LastViewerSavePath",
+    "ZAT16Editor/UserSizedColumns",
     "ZAT16Editor/RecentFiles",
 };
 static_assert(std::size(keyNames) == EditorSettings::RecentFiles + 1, "one name for each key");

@@ -26,6 +26,7 @@ public:
         LastOpenPath, ///< the file last opened, reopened at start
         LastSaveAsPath, ///< the file last chosen in the Save As dialog
         LastViewerSavePath, ///< the file a viewer's text was last saved to
+        UserSizedColumns, ///< the tree columns the user has resized by hand, a bit each (ColumnFitter)
         RecentFiles, ///< the "file:" URLs of the files last opened or saved, newest first (RecentFiles)
     };
 

@@ -3,6 +3,7 @@
 #include "ui_editorwindow.h"
 
 #include "codeviewer.h"
+#include "columnfitter.h"
 #include "editordelegate.h"
 #include "editordocument.h"
 #include "editormodel.h"
@@ -11,6 +12,7 @@
 #include "problemsdock.h"
 #include "recentfiles.h"
 #include "recovery.h"
+#include "statusline.h"
 #include "treeediting.h"
 #include "windowlayout.h"
 
@@ -22,11 +24,16 @@
 #include <QDropEvent>
 #include <QFontDialog>
 #include <QHeaderView>
+#include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QScreen>
+#include <QStatusBar>
 #include <QTextCursor>
 #include <QTextEdit>
 #include <QTimer>
+#include <QToolBar>
 #include <QToolTip>
 #include <QUndoStack>
 #include <QUndoView>
@@ -74,9 +81,14 @@ EditorWindow::EditorWindow(QWidget *parent)
     m_undoDock->setObjectName(QStringLiteral("UndoDock"));
     m_undoView = new QUndoView(m_undoStack, m_undoDock);
     m_undoDock->setWidget(m_undoView);
+    // Docked at the right when first shown: a floating history over the menu bar takes the
+    // clicks meant for the menus.
     addDockWidget(Qt::RightDockWidgetArea, m_undoDock);
-    m_undoDock->setFloating(true);
+    m_undoDock->setFloating(false);
     m_undoDock->hide();
+    // The bottom docks reach under the right one, across the whole window.
+    setCorner(Qt::BottomLeftCorner, Qt::BottomDockWidgetArea);
+    setCorner(Qt::BottomRightCorner, Qt::BottomDockWidgetArea);
 
     m_messageDock = new QDockWidget(tr("Messages"), this);
     m_messageDock->setObjectName(QStringLiteral("MessageDock"));
@@ -112,10 +124,10 @@ EditorWindow::EditorWindow(QWidget *parent)
     connect(find, &FindBar::found, this, &EditorWindow::showItem);
     connect(find, &FindBar::closed, view, qOverload<>(&QWidget::setFocus));
 
-    QAction *undo = m_undoStack->createUndoAction(m_ui->m_menu_edit, QString());
+    QAction *undo = m_undoStack->createUndoAction(this, QString());
     undo->setShortcut(QKeySequence(QStringLiteral("Ctrl+Z")));
     undo->setIcon(QIcon(QStringLiteral(":/icons/i16_undo.png")));
-    QAction *redo = m_undoStack->createRedoAction(m_ui->m_menu_edit, QString());
+    QAction *redo = m_undoStack->createRedoAction(this, QString());
     redo->setShortcut(QKeySequence(QStringLiteral("Ctrl+Y")));
     redo->setIcon(QIcon(QStringLiteral(":/icons/i16_redo.png")));
     m_ui->m_menu_edit->insertAction(m_ui->m_act_insert_before, undo);
@@ -126,6 +138,33 @@ EditorWindow::EditorWindow(QWidget *parent)
     m_ui->m_menu_view->insertAction(m_ui->m_act_fixed_font, history);
     m_ui->m_menu_view->insertSeparator(m_ui->m_act_fixed_font);
     m_ui->m_menu_view->insertAction(m_ui->m_act_next_problem, m_problemsDock->toggleViewAction());
+    createToolBar(undo, redo);
+    m_ui->m_menu_view->insertAction(m_ui->m_act_fixed_font, m_toolBar->toggleViewAction());
+    m_ui->m_menu_view->insertSeparator(m_ui->m_act_fixed_font);
+    for (QDockWidget *dock : { m_undoDock, m_messageDock, static_cast<QDockWidget *>(m_problemsDock) })
+        dock->installEventFilter(this);
+    // Without a stored layout, a bottom dock shown for the first time takes a quarter of the
+    // window's height rather than half of it.
+    for (QDockWidget *dock : { m_messageDock, static_cast<QDockWidget *>(m_problemsDock) }) {
+        connect(dock, &QDockWidget::visibilityChanged, this, [this, dock](bool visible) {
+            if (!visible || m_layoutRestored || m_sizedDocks.contains(dock) || dock->isFloating())
+                return;
+            m_sizedDocks.append(dock);
+            resizeDocks({ dock }, { std::max(120, height() / 4) }, Qt::Vertical);
+        });
+    }
+
+    m_statusLine = new StatusLine(statusBar(), m_model, m_problemsDock, this);
+    connect(m_document, &EditorDocument::shown, this, [this](const QString &path) {
+        m_statusLine->setPath(path);
+        m_columnFitter->fit();
+    });
+    connect(m_document, &EditorDocument::saved, this, [this](Item *, const QString &path) {
+        m_statusLine->setPath(path);
+    });
+    m_columnFitter = new ColumnFitter(view, m_model, this);
+    view->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(view, &QWidget::customContextMenuRequested, this, &EditorWindow::onTreeContextMenu);
 
     connect(m_ui->m_act_open, &QAction::triggered, this, &EditorWindow::onOpen);
     connect(m_ui->m_act_save, &QAction::triggered, this, &EditorWindow::onSave);
@@ -153,10 +192,28 @@ EditorWindow::EditorWindow(QWidget *parent)
     connect(m_ui->m_act_next_problem, &QAction::triggered, this, &EditorWindow::onNextProblem);
     connect(m_ui->m_act_previous_problem, &QAction::triggered, this, &EditorWindow::onPreviousProblem);
     connect(m_ui->m_act_compare, &QAction::triggered, this, &EditorWindow::onCompare);
+    connect(m_ui->m_act_expand_all, &QAction::triggered, view, &RowTreeView::expandWholeTree);
+    connect(m_ui->m_act_collapse_all, &QAction::triggered, view, &QTreeView::collapseAll);
+    connect(m_ui->m_act_edit, &QAction::triggered, this, [this] { m_editing->edit(m_ui->m_view->currentIndex()); });
+    connect(m_ui->m_act_expand_subtree, &QAction::triggered, this, [this] {
+        m_ui->m_view->expandRecursively(m_ui->m_view->currentIndex().siblingAtColumn(0));
+    });
+    connect(m_ui->m_act_collapse_subtree, &QAction::triggered, this, [this] {
+        collapseSubtree(m_ui->m_view->currentIndex().siblingAtColumn(0));
+    });
 
     // Settings that are missing or unreadable leave the defaults. The layout comes back only
     // with its check intact, as Qt's restore functions crash on some damaged bytes.
-    WindowLayout::restore(this, view->header());
+    m_layoutRestored = WindowLayout::restore(this, view->header());
+    if (!m_layoutRestored) {
+        // A first start: two thirds of the screen, and the columns fitted to what is opened.
+        m_columnFitter->reset();
+        if (const QScreen *screen = QGuiApplication::primaryScreen()) {
+            const QRect available = screen->availableGeometry();
+            resize(std::max(800, available.width() * 2 / 3), std::max(500, available.height() * 2 / 3));
+            move(available.center() - rect().center());
+        }
+    }
     QFont font;
     if (EditorSettings::readFont(EditorSettings::FixedFont, &font))
         m_model->setFixedFont(font);
@@ -192,6 +249,11 @@ void EditorWindow::popupMessage(const QString &text)
         return;
     const QPoint at = anchor->mapToGlobal(QPoint(0, anchor->height() - 16));
     QToolTip::showText(at, text, anchor, anchor->rect().adjusted(-16, -16, 16, 16));
+}
+
+void EditorWindow::showNote(const QString &text)
+{
+    m_statusLine->showNote(text);
 }
 
 void EditorWindow::message(const QString &text)
@@ -330,7 +392,91 @@ void EditorWindow::expandChildren(const QModelIndex &index)
     }
 }
 
+void EditorWindow::collapseSubtree(const QModelIndex &index)
+{
+    if (!index.isValid())
+        return;
+    const int rows = m_model->rowCount(index);
+    for (int row = 0; row < rows; ++row)
+        collapseSubtree(m_model->index(row, 0, index));
+    m_ui->m_view->collapse(index);
+}
+
 void EditorWindow::onUndoHistoryChanged() { }
+
+// Toolbar and context menu
+
+void EditorWindow::createToolBar(QAction *undo, QAction *redo)
+{
+    m_toolBar = new QToolBar(tr("Toolbar"), this);
+    m_toolBar->setObjectName(QStringLiteral("MainToolBar"));
+    m_toolBar->setIconSize(QSize(16, 16));
+    m_toolBar->addActions({ m_ui->m_act_open, m_ui->m_act_save });
+    m_toolBar->addSeparator();
+    m_toolBar->addActions({ undo, redo });
+    m_toolBar->addSeparator();
+    m_toolBar->addActions({ m_ui->m_act_insert_before,
+                            m_ui->m_act_insert_after,
+                            m_ui->m_act_add_enums,
+                            m_ui->m_act_add_bits,
+                            m_ui->m_act_delete });
+    m_toolBar->addSeparator();
+    m_toolBar->addActions({ m_ui->m_act_find, m_ui->m_act_next_problem });
+    addToolBar(Qt::TopToolBarArea, m_toolBar);
+}
+
+void EditorWindow::onTreeContextMenu(const QPoint &position)
+{
+    RowTreeView *view = m_ui->m_view;
+    const QModelIndex index = view->indexAt(position);
+    if (index.isValid() && index.siblingAtColumn(0) != view->currentIndex().siblingAtColumn(0))
+        setCurrentItem(index.siblingAtColumn(0));
+    updateActions();
+    QMenu *menu = treeContextMenu(index);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->popup(view->viewport()->mapToGlobal(position));
+}
+
+QMenu *EditorWindow::treeContextMenu(const QModelIndex &index)
+{
+    auto *menu = new QMenu(this);
+    menu->setObjectName(QStringLiteral("TreeContextMenu"));
+    menu->addActions({ m_ui->m_act_insert_before, m_ui->m_act_insert_after });
+    if (index.isValid()) {
+        menu->addSeparator();
+        menu->addActions({ m_ui->m_act_add_enums, m_ui->m_act_add_bits });
+        menu->addSeparator();
+        menu->addActions({ m_ui->m_act_cut, m_ui->m_act_copy, m_ui->m_act_paste, m_ui->m_act_delete });
+        menu->addSeparator();
+        menu->addAction(m_ui->m_act_edit);
+        m_ui->m_act_edit->setEnabled(m_model->index2item(index) && m_model->index2item(index)->isNamedKind());
+        const bool parent = m_model->hasChildren(index.siblingAtColumn(0));
+        m_ui->m_act_expand_subtree->setEnabled(parent);
+        m_ui->m_act_collapse_subtree->setEnabled(parent);
+        menu->addActions({ m_ui->m_act_expand_subtree, m_ui->m_act_collapse_subtree });
+    } else {
+        menu->addSeparator();
+        menu->addActions({ m_ui->m_act_paste, m_ui->m_act_expand_all, m_ui->m_act_collapse_all });
+    }
+    return menu;
+}
+
+// A floating dock never covers the menu bar, where it would take the clicks meant for the menus.
+bool EditorWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    // A definitions file dropped onto the tree opens too; all other drops onto its cells are the
+    // tree's.
+    if (watched == m_ui->m_view->viewport() && takeFileDrop(event))
+        return true;
+    auto *dock = qobject_cast<QDockWidget *>(watched);
+    if (dock && dock->isFloating() && (event->type() == QEvent::Move || event->type() == QEvent::Show)) {
+        const QWidget *bar = menuBar();
+        const QRect barRect(bar->mapToGlobal(QPoint(0, 0)), bar->size());
+        if (bar->isVisible() && dock->frameGeometry().intersects(barRect))
+            dock->move(dock->x(), barRect.bottom() + 1 + (dock->y() - dock->frameGeometry().y()));
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
 
 // Fonts
 
@@ -539,15 +685,6 @@ void EditorWindow::dropEvent(QDropEvent *event)
 {
     if (!takeFileDrop(event))
         QMainWindow::dropEvent(event);
-}
-
-// A definitions file dropped onto the tree opens too; all other drops onto its cells are the
-// tree's.
-bool EditorWindow::eventFilter(QObject *watched, QEvent *event)
-{
-    if (watched == m_ui->m_view->viewport() && takeFileDrop(event))
-        return true;
-    return QMainWindow::eventFilter(watched, event);
 }
 
 } // namespace ZAT16

@@ -11,6 +11,8 @@
 #include <QPersistentModelIndex>
 
 class QDockWidget;
+class QMenu;
+class QToolBar;
 class QSyntaxHighlighter;
 class QTextEdit;
 class QUndoStack;
@@ -21,9 +23,11 @@ namespace ZAT16 {
 
 class EditorModel;
 class FindBar;
+class ColumnFitter;
 class ProblemsDock;
 class RecentFiles;
 class Recovery;
+class StatusLine;
 
 /// The editor's single main window: the definitions tree with its actions, menus and docks, and
 /// the title that follows the undo stack's clean state. The document's file (opening, saving with
@@ -80,6 +84,12 @@ public:
     Ui_ZAT16EditorWindow *ui() const { return m_ui; }
     EditorModel *model() const { return m_model; }
     QUndoStack *undoStack() const { return m_undoStack; }
+    QToolBar *toolBar() const { return m_toolBar; }
+    StatusLine *statusLine() const { return m_statusLine; }
+    ColumnFitter *columnFitter() const { return m_columnFitter; }
+    /// The context menu of the tree for a click on `index` (invalid: below the rows); the
+    /// caller owns it.
+    QMenu *treeContextMenu(const QModelIndex &index);
     QString fileName() const { return m_document->fileName(); }
     QString displayName() const { return m_document->displayName(); }
     QDockWidget *undoDock() const { return m_undoDock; }
@@ -96,6 +106,8 @@ signals:
 
 public slots:
     void popupMessage(const QString &text);
+    /// Shows a quiet note ("Saved to ...") in the status bar for a while.
+    void showNote(const QString &text);
     void message(const QString &text);
     void error(const QString &text);
 
@@ -147,6 +159,9 @@ protected:
 
 private:
     void addList(ItemType type);
+    void createToolBar(QAction *undo, QAction *redo);
+    void onTreeContextMenu(const QPoint &position);
+    void collapseSubtree(const QModelIndex &index);
     /// Floating docks hide with the window (`shown` false) and come back when it shows again.
     void docksFollowWindow(bool shown);
     // Expands the direct children of `index` that are not expanded yet.
@@ -172,6 +187,12 @@ private:
     EditorDocument *m_document;
     CodeViewer *m_viewer;
     TreeEditing *m_editing;
+    QToolBar *m_toolBar = nullptr;
+    StatusLine *m_statusLine = nullptr;
+    ColumnFitter *m_columnFitter = nullptr;
+    bool m_layoutRestored = false;
+    // The bottom docks given their first height.
+    QList<QDockWidget *> m_sizedDocks;
     // Top-level entries expanded in a burst, whose children are expanded when the loop is idle.
     QList<QPersistentModelIndex> m_pendingExpansions;
     bool m_expansionBurst = false;

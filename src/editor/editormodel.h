@@ -42,7 +42,10 @@ public:
     QVariant displayData(const Item *item, int column) const { return m_presentation.display(item, column); }
     QVariant editData(const Item *item, int column) const { return m_presentation.edit(item, column); }
     QVariant decorationData(const Item *item, int column) const { return m_presentation.decoration(item, column); }
-    QVariant tooltipData(const Item *item, int column) const { return m_presentation.tooltip(item, column); }
+    QVariant tooltipData(const Item *item, int column) const
+    {
+        return m_presentation.tooltip(item, column, [this, item] { return findCollision(item); });
+    }
     QVariant fontData(const Item *item, int column) const { return m_presentation.font(item, column); }
     QVariant highlightData(const Item *item, int row, int column, int role) const;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;

@@ -100,17 +100,48 @@ QVariant ItemPresentation::decoration(const Item *item, int column) const
     return icon(QString::fromLatin1(path));
 }
 
-QVariant ItemPresentation::tooltip(const Item *item, int column) const
+QVariant ItemPresentation::tooltip(const Item *item,
+                                   int column,
+                                   const std::function<Item::CollisionFlags()> &collisions) const
 {
-    // A name that the reader refuses says why it is marked.
-    QString invalid;
-    if (column == 0 && Marks::isEntry(item) && !item->name.isEmpty() && !isValidIdentifier(item->name, &invalid))
-        return invalid;
-    if (item->type != Tag || !item->hasId || (column != 0 && column != 1))
+    QStringList lines;
+    if (Marks::isEntry(item) && Marks::cellMark(item, column, collisions) == Marks::ProblemMark)
+        lines = problemLines(item, column, collisions());
+    if (item->type == Tag && item->hasId && (column == 0 || column == 1)) {
+        if (const char *text = DataTypes::tooltip(dataType(quint32(item->id))))
+            lines.append(tr(text));
+    }
+    if (lines.isEmpty())
         return QVariant();
-    if (const char *text = DataTypes::tooltip(dataType(quint32(item->id))))
-        return tr(text);
-    return QVariant();
+    return lines.join(QLatin1Char('\n'));
+}
+
+// What is wrong with the entry, as far as the cell in `column` shows it.
+QStringList ItemPresentation::problemLines(const Item *item, int column, Item::CollisionFlags collisions)
+{
+    QString invalid;
+    const Marks::Reasons reasons = Marks::cellReasons(item, column, collisions, &invalid);
+    const QString kind = item->type == Tag ? tr("tag") : (item->type == Enum ? tr("value") : tr("bit"));
+    QStringList lines;
+    if (reasons & Marks::InvalidName)
+        lines.append(invalid);
+    if (reasons & Marks::NameWithoutCode)
+        lines.append(tr("Name without code"));
+    if (reasons & Marks::CodeWithoutName)
+        lines.append(tr("Code without name"));
+    if (reasons & Marks::NameCollision)
+        lines.append(tr("Another %1 of this list has the name %2").arg(kind, item->name));
+    if (reasons & Marks::CodeCollision)
+        lines.append(tr("Another %1 of this list has the code %2").arg(kind, item->formatId()));
+    if (reasons & Marks::IncompleteParent) {
+        if (item->name.isEmpty() && !item->hasId)
+            lines.append(tr("Entries below, but no name and no code"));
+        else if (item->name.isEmpty())
+            lines.append(tr("Entries below, but no name"));
+        else
+            lines.append(tr("Entries below, but no code"));
+    }
+    return lines;
 }
 
 QVariant ItemPresentation::font(const Item *item, int column) const

@@ -25,7 +25,9 @@ public:
     QVariant display(const Item *item, int column) const;
     QVariant edit(const Item *item, int column) const;
     QVariant decoration(const Item *item, int column) const;
-    QVariant tooltip(const Item *item, int column) const;
+    /// A tag's data type; in a marked cell first what is wrong, one reason a line. `collisions`
+    /// gives the item's collision flags and is called only for entries.
+    QVariant tooltip(const Item *item, int column, const std::function<Item::CollisionFlags()> &collisions) const;
     QVariant font(const Item *item, int column) const;
     /// The background or foreground colour of a cell; `collisions` gives the item's collision
     /// flags and is called only when no other rule has decided.
@@ -44,6 +46,7 @@ public:
 
 private:
     static QVariant colour(Marks::CellMark mark, int role);
+    static QStringList problemLines(const Item *item, int column, Item::CollisionFlags collisions);
     QIcon icon(const QString &path) const;
 
     QFont m_fixedFont;

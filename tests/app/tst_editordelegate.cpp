@@ -9,6 +9,7 @@
 
 #include <QAbstractTableModel>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QImage>
 #include <QLineEdit>
 #include <QPainter>
@@ -97,6 +98,7 @@ private slots:
     void inPlaceTagCodeOutOfRangeIsRefused();
     void inPlaceBitNumberMinusOneIsRefused();
     void inPlaceNegativeValueIsStoredSigned();
+    void codeEditorIsAsWideAsItsText();
     void paintFillsSelectedCell();
     void paintLeavesUnselectedCell();
 
@@ -519,6 +521,30 @@ void TestEditorDelegate::inPlaceTagCodeIsCommitted()
     QCoreApplication::processEvents();
     QCOMPARE(m_alpha->id, quint64(0x8012));
     QCOMPARE(m_stack->count(), 1);
+}
+
+void TestEditorDelegate::codeEditorIsAsWideAsItsText()
+{
+    m_view->header()->resizeSection(1, 30);
+    auto *tagEdit = qobject_cast<EditorTagEdit *>(openEditor(m_alpha, 1));
+    QVERIFY(tagEdit);
+    const int tagText = tagEdit->lineEdit()->fontMetrics().horizontalAdvance(QStringLiteral("0x1001"));
+    QVERIFY2(tagEdit->lineEdit()->width() >= tagText,
+             qPrintable(QStringLiteral("%1 < %2").arg(tagEdit->lineEdit()->width()).arg(tagText)));
+    m_view->closePersistentEditor(indexOf(m_alpha, 1));
+    QTest::keyClick(tagEdit, Qt::Key_Escape);
+
+    m_one->id = 123456789012ULL;
+    auto *edit = qobject_cast<QLineEdit *>(openEditor(m_one, 1));
+    QVERIFY(edit);
+    QCOMPARE(edit->text(), QStringLiteral("123456789012"));
+    QVERIFY(edit->width() > edit->fontMetrics().horizontalAdvance(edit->text()));
+    // the other columns keep the cell's width
+    QTest::keyClick(edit, Qt::Key_Escape);
+    m_view->header()->resizeSection(0, 40);
+    QWidget *name = openEditor(m_one, 0);
+    QVERIFY(name);
+    QVERIFY(name->width() <= 40);
 }
 
 void TestEditorDelegate::inPlaceTagCodeOutOfRangeIsRefused()

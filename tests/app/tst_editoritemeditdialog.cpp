@@ -82,6 +82,7 @@ private slots:
     void leadingZeroValueIsDecimal();
     void cancelCloses();
     void applyTurnsCancelIntoClose();
+    void commentIsEditedWithTheRest();
     void defaultDisablesDigitsAndKeepsThem();
     void otherDisplayModeTakesDigits();
     void setDataLeavesDigitsEnabledState();
@@ -249,7 +250,8 @@ void TestEditorItemEditDialog::formFieldOrder()
         offsetof(Ui, m_pg_tag),           offsetof(Ui, horizontalLayout_3), offsetof(Ui, m_te_id),
         offsetof(Ui, m_lbl_display_mode), offsetof(Ui, horizontalLayout),   offsetof(Ui, m_cb_display_mode),
         offsetof(Ui, m_lbl_digits),       offsetof(Ui, m_sb_digits),        offsetof(Ui, m_lbl_secure),
-        offsetof(Ui, m_ck_secure),        offsetof(Ui, m_buttunz),
+        offsetof(Ui, m_ck_secure),        offsetof(Ui, m_lbl_comment),      offsetof(Ui, m_le_comment),
+        offsetof(Ui, m_buttunz),
     };
     for (std::size_t i = 0; i < std::size(offsets); ++i)
         QCOMPARE(offsets[i], i * sizeof(void *));
@@ -279,6 +281,9 @@ void TestEditorItemEditDialog::formLabels_data()
     QTest::newRow("secure") << "m_lbl_secure"
                             << "&Secure:"
                             << "m_ck_secure";
+    QTest::newRow("comment") << "m_lbl_comment"
+                             << "&Comment:"
+                             << "m_le_comment";
 }
 
 void TestEditorItemEditDialog::formLabels()
@@ -650,6 +655,32 @@ void TestEditorItemEditDialog::bitNumberIsApplied()
     QCOMPARE(m_applied.size(), 1);
     QCOMPARE(m_applied.at(0).data.id, quint64(31));
     QCOMPARE(m_b1->id, quint64(31));
+}
+
+void TestEditorItemEditDialog::commentIsEditedWithTheRest()
+{
+    openDialog(m_beta);
+    QLineEdit *comment = field<QLineEdit>("m_le_comment");
+    QCOMPARE(comment->text(), QStringLiteral("second"));
+    retype(nameEdit(), "gamma");
+    retype(comment, "the third");
+    const int steps = m_stack->count();
+    click(QDialogButtonBox::Ok);
+    QCOMPARE(m_applied.size(), 1);
+    QCOMPARE(m_applied.at(0).data.comment, QStringLiteral("the third"));
+    QCOMPARE(m_beta->name, QStringLiteral("gamma"));
+    QCOMPARE(m_beta->comment, QStringLiteral("the third"));
+    // one undo step takes both back
+    QCOMPARE(m_stack->count(), steps + 1);
+    m_stack->undo();
+    QCOMPARE(m_beta->name, QStringLiteral("beta"));
+    QCOMPARE(m_beta->comment, QStringLiteral("second"));
+    m_stack->redo();
+    QCOMPARE(m_beta->comment, QStringLiteral("the third"));
+
+    // an item without a comment shows an empty field
+    openDialog(m_one);
+    QCOMPARE(comment->text(), QString());
 }
 
 void TestEditorItemEditDialog::negativeEnumValueIsSignExtended()

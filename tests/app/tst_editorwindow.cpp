@@ -8,6 +8,7 @@
 #include "filedialog.h"
 #include "item.h"
 #include "modal.h"
+#include "rowtreeview.h"
 #include "savesequence.h"
 #include "testfiles.h"
 #include "ui_editorwindow.h"
@@ -27,19 +28,24 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QPointer>
 #include <QProcess>
 #include <QPushButton>
+#include <QScreen>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextEdit>
+#include <QTimer>
+#include <QToolBar>
 #include <QUndoStack>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -255,13 +261,21 @@ private slots:
     void form()
     {
         QCOMPARE(m_window->objectName(), QStringLiteral("ZAT16EditorWindow"));
-        QCOMPARE(m_window->size(), QSize(800, 500));
-        QCOMPARE(ui()->m_view->header()->sectionSize(0), 250);
-        QCOMPARE(ui()->m_view->header()->sectionSize(1), 60);
+        // a first start takes two thirds of the screen, and no less than 800 x 500
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        QCOMPARE(m_window->size(),
+                 QSize(std::max(800, screen.width() * 2 / 3), std::max(500, screen.height() * 2 / 3)));
+        {
+            // the form's widths, until a file is opened and the columns fit it
+            EditorWindow fresh;
+            QCOMPARE(fresh.ui()->m_view->header()->sectionSize(0), 250);
+            QCOMPARE(fresh.ui()->m_view->header()->sectionSize(1), 60);
+        }
         QCOMPARE(m_window->undoStack()->undoLimit(), 1000);
         QCOMPARE(m_window->undoDock()->objectName(), QStringLiteral("UndoDock"));
         QCOMPARE(m_window->undoDock()->windowTitle(), QStringLiteral("Undo History"));
-        QVERIFY(m_window->undoDock()->isFloating());
+        // docked at the right when first shown, away from the menu bar
+        QVERIFY(!m_window->undoDock()->isFloating());
         QVERIFY(!m_window->undoDock()->isVisible());
         QCOMPARE(m_window->messageDock()->objectName(), QStringLiteral("MessageDock"));
         QCOMPARE(m_window->messageDock()->windowTitle(), QStringLiteral("Messages"));
@@ -271,6 +285,9 @@ private slots:
         QVERIFY(ui()->m_wdg_file_changed->isHidden());
         QCOMPARE(m_window->dockWidgetArea(m_window->undoDock()), Qt::RightDockWidgetArea);
         QCOMPARE(m_window->dockWidgetArea(m_window->messageDock()), Qt::BottomDockWidgetArea);
+        // the bottom docks span the whole width, under the right one too
+        QCOMPARE(m_window->corner(Qt::BottomLeftCorner), Qt::BottomDockWidgetArea);
+        QCOMPARE(m_window->corner(Qt::BottomRightCorner), Qt::BottomDockWidgetArea);
 
         const RowTreeView *view = ui()->m_view;
         QVERIFY(view->acceptDrops());
@@ -367,7 +384,7 @@ private slots:
         // Added to the window's own actions: find, problems, comparison.
         QTest::newRow("find") << "m_act_find"
                               << "Find..."
-                              << "Ctrl+F" << false;
+                              << "Ctrl+F" << true;
         QTest::newRow("find next") << "m_act_find_next"
                                    << "Find next"
                                    << "F3" << false;
@@ -376,10 +393,10 @@ private slots:
                                        << "Shift+F3" << false;
         QTest::newRow("next problem") << "m_act_next_problem"
                                       << "Next problem"
-                                      << "F8" << false;
+                                      << "F8" << true;
         QTest::newRow("previous problem") << "m_act_previous_problem"
                                           << "Previous problem"
-                                          << "Shift+F8" << false;
+                                          << "Shift+F8" << true;
         QTest::newRow("compare") << "m_act_compare"
                                  << "Compare with file..."
                                  << "" << false;
@@ -414,9 +431,9 @@ private slots:
     {
         const QList<QAction *> bar = ui()->m_menubar->actions();
         QCOMPARE(bar.size(), 3);
-        QCOMPARE(bar.at(0)->text(), QStringLiteral("File"));
-        QCOMPARE(bar.at(1)->text(), QStringLiteral("Edit"));
-        QCOMPARE(bar.at(2)->text(), QStringLiteral("View"));
+        QCOMPARE(bar.at(0)->text(), QStringLiteral("&File"));
+        QCOMPARE(bar.at(1)->text(), QStringLiteral("&Edit"));
+        QCOMPARE(bar.at(2)->text(), QStringLiteral("&View"));
         // Each menu holds its own actions first, then the later additions (find, problems,
         // comparison) after a separator.
         QCOMPARE(menuTexts(ui()->m_menu_file),
@@ -451,12 +468,17 @@ private slots:
                                "|",
                                "Undo History",
                                "|",
+                               "Toolbar",
+                               "|",
                                "Chose Code Font",
                                "Chose Comment Font",
                                "|",
                                "Problems",
                                "Next problem",
-                               "Previous problem" }));
+                               "Previous problem",
+                               "|",
+                               "Expand all",
+                               "Collapse all" }));
         const QList<QAction *> edit = ui()->m_menu_edit->actions();
         QCOMPARE(edit.at(0)->shortcut(), QKeySequence(QStringLiteral("Ctrl+Z")));
         QCOMPARE(edit.at(1)->shortcut(), QKeySequence(QStringLiteral("Ctrl+Y")));
@@ -1598,12 +1620,147 @@ private slots:
 
     void floatingDocksFollowTheWindow()
     {
+        m_window->undoDock()->setFloating(true);
         m_window->undoDock()->show();
         QTRY_VERIFY(m_window->undoDock()->isVisible());
         m_window->hide();
         QVERIFY(!m_window->undoDock()->isVisible());
         m_window->show();
         QTRY_VERIFY(m_window->undoDock()->isVisible());
+    }
+
+    // --- toolbar, context menu, expanding ---
+
+    void toolBarHoldsTheCommonActions()
+    {
+        QToolBar *bar = m_window->toolBar();
+        QVERIFY(bar);
+        QStringList texts;
+        for (QAction *action : bar->actions())
+            texts << (action->isSeparator() ? QStringLiteral("|") : action->objectName());
+        // the undo stack's actions have no object name
+        QCOMPARE(texts,
+                 QStringList({ "m_act_open",
+                               "m_act_save",
+                               "|",
+                               "",
+                               "",
+                               "|",
+                               "m_act_insert_before",
+                               "m_act_insert_after",
+                               "m_act_add_enums",
+                               "m_act_add_bits",
+                               "m_act_delete",
+                               "|",
+                               "m_act_find",
+                               "m_act_next_problem" }));
+        QCOMPARE(bar->actions().at(3), ui()->m_menu_edit->actions().at(0));
+        QCOMPARE(bar->actions().at(4), ui()->m_menu_edit->actions().at(1));
+        QVERIFY(bar->isVisible());
+        QAction *toggle = bar->toggleViewAction();
+        QVERIFY(ui()->m_menu_view->actions().contains(toggle));
+        toggle->trigger();
+        QVERIFY(!bar->isVisible());
+        toggle->trigger();
+        QVERIFY(bar->isVisible());
+    }
+
+    void contextMenuOfARow()
+    {
+        const QModelIndex mode = model()->index(1, 0);
+        std::unique_ptr<QMenu> menu(m_window->treeContextMenu(mode));
+        QCOMPARE(menuTexts(menu.get()),
+                 QStringList({ "Insert before",
+                               "Insert after",
+                               "|",
+                               "Add enums",
+                               "Add bits",
+                               "|",
+                               "Cut",
+                               "Copy",
+                               "Paste",
+                               "Delete",
+                               "|",
+                               "Edit...",
+                               "Expand subtree",
+                               "Collapse subtree" }));
+        QVERIFY(ui()->m_act_expand_subtree->isEnabled());
+        QVERIFY(ui()->m_act_edit->isEnabled());
+        // a tag without lists has nothing to expand
+        menu.reset(m_window->treeContextMenu(model()->index(0, 0)));
+        QVERIFY(!ui()->m_act_expand_subtree->isEnabled());
+        QVERIFY(!ui()->m_act_collapse_subtree->isEnabled());
+        // below the rows
+        menu.reset(m_window->treeContextMenu(QModelIndex()));
+        QCOMPARE(menuTexts(menu.get()),
+                 QStringList({ "Insert before", "Insert after", "|", "Paste", "Expand all", "Collapse all" }));
+    }
+
+    void contextMenuRequestMakesTheRowCurrent()
+    {
+        RowTreeView *view = ui()->m_view;
+        const QModelIndex flags = model()->index(4, 0);
+        QVERIFY(model()->index2item(flags));
+        QCOMPARE(model()->index2item(flags)->name, QStringLiteral("Flags"));
+        QTimer::singleShot(0, [] {
+            if (QWidget *popup = QApplication::activePopupWidget())
+                popup->close();
+        });
+        emit view->customContextMenuRequested(view->visualRect(flags).center());
+        QCOMPARE(view->currentIndex().siblingAtColumn(0), flags);
+        QPointer<QMenu> menu = m_window->findChild<QMenu *>(QStringLiteral("TreeContextMenu"));
+        QVERIFY(menu);
+        QVERIFY(menu->isVisible());
+        // closed, it goes
+        QTRY_VERIFY(menu.isNull());
+    }
+
+    void expandAndCollapse()
+    {
+        RowTreeView *view = ui()->m_view;
+        const QModelIndex mode = model()->index(1, 0);
+        const QModelIndex values = model()->index(0, 0, mode);
+        view->collapseAll();
+        ui()->m_act_expand_all->trigger();
+        QVERIFY(view->isExpanded(mode));
+        QVERIFY(view->isExpanded(values));
+        ui()->m_act_collapse_all->trigger();
+        QVERIFY(!view->isExpanded(mode));
+        QVERIFY(!view->isExpanded(values));
+
+        view->setCurrentIndex(mode);
+        ui()->m_act_expand_subtree->trigger();
+        QVERIFY(view->isExpanded(mode));
+        QVERIFY(view->isExpanded(values));
+        QVERIFY(!view->isExpanded(model()->index(4, 0)));
+        ui()->m_act_collapse_subtree->trigger();
+        QVERIFY(!view->isExpanded(mode));
+        QVERIFY(!view->isExpanded(values));
+    }
+
+    void editActionOpensTheDialog()
+    {
+        ui()->m_view->setCurrentIndex(model()->index(0, 0));
+        QString title;
+        TestModal::onNextModal([&](QWidget *w) {
+            title = w->windowTitle();
+            w->close();
+        });
+        ui()->m_act_edit->trigger();
+        QTRY_VERIFY(!title.isEmpty());
+    }
+
+    void floatingDockStaysOffTheMenuBar()
+    {
+        QDockWidget *dock = m_window->undoDock();
+        dock->setFloating(true);
+        dock->show();
+        QTRY_VERIFY(dock->isVisible());
+        const QWidget *bar = m_window->menuBar();
+        const QRect barRect(bar->mapToGlobal(QPoint(0, 0)), bar->size());
+        dock->move(barRect.topLeft());
+        QTRY_VERIFY(!dock->frameGeometry().intersects(barRect));
+        QVERIFY(dock->frameGeometry().top() > barRect.bottom());
     }
 };
 

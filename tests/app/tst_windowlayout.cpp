@@ -29,8 +29,15 @@ const QString keyTreeHeader = QStringLiteral("ZAT16Editor/TreeHeader");
 const QString keyCheck = QStringLiteral("ZAT16Editor/LayoutCheck");
 const QString keyRestoring = QStringLiteral("ZAT16Editor/Restoring");
 
-// The window as a start leaves it after construction and restoring, before anything else.
-const QString defaultLayout = QStringLiteral("size 800x500, tree column 250, messages hidden");
+// The window as a start leaves it after construction and restoring, before anything else: a
+// first start takes two thirds of the screen, and no less than 800 x 500.
+QString defaultLayout()
+{
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    return QStringLiteral("size %1x%2, tree column 250, messages hidden")
+        .arg(std::max(800, screen.width() * 2 / 3))
+        .arg(std::max(500, screen.height() * 2 / 3));
+}
 // What storeChangedLayout() makes of it.
 const QString changedLayout = QStringLiteral("size 700x450, tree column 180, messages shown");
 
@@ -127,7 +134,7 @@ private:
         EditorWindow window;
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
-        QCOMPARE(describe(&window), defaultLayout);
+        QCOMPARE(describe(&window), defaultLayout());
         window.resize(700, 450);
         window.ui()->m_view->header()->resizeSection(0, 180);
         window.messageDock()->show();
@@ -154,7 +161,7 @@ private slots:
         QCOMPARE(runStart("show"), changedLayout);
     }
 
-    void noStoredLayoutLeavesDefaults() { QCOMPARE(runStart("show"), defaultLayout); }
+    void noStoredLayoutLeavesDefaults() { QCOMPARE(runStart("show"), defaultLayout()); }
 
     void missingCheckRestoresNothing()
     {
@@ -163,7 +170,7 @@ private slots:
         QVERIFY(settings.contains(keyCheck));
         settings.remove(keyCheck);
         settings.sync();
-        QCOMPARE(runStart("show"), defaultLayout);
+        QCOMPARE(runStart("show"), defaultLayout());
     }
 
     void changedCheckRestoresNothing()
@@ -176,7 +183,7 @@ private slots:
         check[last] = check.at(last) == QLatin1Char('0') ? QLatin1Char('1') : QLatin1Char('0');
         settings.setValue(keyCheck, check);
         settings.sync();
-        QCOMPARE(runStart("show"), defaultLayout);
+        QCOMPARE(runStart("show"), defaultLayout());
     }
 
     void corruptedByteRestoresNothing_data()
@@ -209,7 +216,7 @@ private slots:
         bytes[position] = char(bytes.at(position) ^ 0xff);
         settings.setValue(key, bytes);
         settings.sync();
-        QCOMPARE(runStart("show"), defaultLayout);
+        QCOMPARE(runStart("show"), defaultLayout());
     }
 
     void startEndedBeforeShowingSkipsLayoutOnce()
@@ -219,7 +226,7 @@ private slots:
         QCOMPARE(runStart("die"), QString());
         QVERIFY(QSettings().value(keyRestoring).toBool());
         // The next start does not risk what may have ended the one before.
-        QCOMPARE(runStart("show"), defaultLayout);
+        QCOMPARE(runStart("show"), defaultLayout());
         QVERIFY(!QSettings().contains(keyRestoring));
         // The layout is still stored, and the start after that restores it again.
         QCOMPARE(runStart("show"), changedLayout);

@@ -778,14 +778,14 @@ void TestClipboard::refusedNameDroppedOrPastedIsMarked()
     QCOMPARE(f.at({ 0 })->name, QStringLiteral("1abc"));
     QCOMPARE(name.data(Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
     QCOMPARE(name.data(Qt::ForegroundRole).value<QColor>(), QColor(255, 255, 255));
-    QCOMPARE(name.data(Qt::ToolTipRole).toString(), QStringLiteral("Name must not start with a digit."));
+    QCOMPARE(name.data(Qt::ToolTipRole).toString(), QStringLiteral("Name must not start with a digit.\nInteger"));
     QVERIFY(!f.index({ 0 }, 1).data(Qt::BackgroundRole).isValid());
 
     std::unique_ptr<QMimeData> reserved = textData(QStringLiteral("Tag"));
     f.model.paste(name, reserved.get());
     QCOMPARE(f.at({ 0 })->name, QStringLiteral("Tag"));
     QCOMPARE(name.data(Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
-    QCOMPARE(name.data(Qt::ToolTipRole).toString(), QStringLiteral("The name \"Tag\" is reserved."));
+    QCOMPARE(name.data(Qt::ToolTipRole).toString(), QStringLiteral("The name \"Tag\" is reserved.\nInteger"));
 
     f.stack.undo();
     f.stack.undo();

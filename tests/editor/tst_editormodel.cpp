@@ -96,6 +96,7 @@ private slots:
     void decorationIconsAreDistinct();
     void tooltip_data();
     void tooltip();
+    void markedCellsSayWhatIsWrong();
     void font_data();
     void font();
     void defaultFonts();
@@ -520,7 +521,9 @@ void TestEditorModel::tooltip_data()
     tag("type 0x83", 0x8301, nullptr);
     QTest::newRow("code column") << int(Tag) << true << quint64(0x3001) << 1 << QVariant(QStringLiteral("String"));
     QTest::newRow("comment column") << int(Tag) << true << quint64(0x3001) << 2 << invalid;
-    QTest::newRow("tag without code") << int(Tag) << false << quint64(0x3001) << 0 << invalid;
+    // a red cell says what is wrong
+    QTest::newRow("tag without code") << int(Tag) << false << quint64(0x3001) << 0
+                                      << QVariant(QStringLiteral("Name without code"));
     QTest::newRow("enum value") << int(Enum) << true << quint64(0x3001) << 0 << invalid;
     QTest::newRow("bit") << int(Bit) << true << quint64(0x3001) << 1 << invalid;
     QTest::newRow("enum list") << int(Enums) << true << quint64(0x3001) << 0 << invalid;
@@ -542,6 +545,50 @@ void TestEditorModel::tooltip()
     QCOMPARE(value.isValid(), expected.isValid());
     if (expected.isValid())
         QCOMPARE(value.toString(), expected.toString());
+}
+
+// A red cell's tooltip names each fault that marks it, a line each, and a tag's data type last.
+void TestEditorModel::markedCellsSayWhatIsWrong()
+{
+    Item *root = makeItem(Root);
+    root->appendChild(makeItem(Tag, QStringLiteral("A"), true, 0x1001));
+    root->appendChild(makeItem(Tag, QStringLiteral("B"), true, 0x1001));
+    root->appendChild(makeItem(Tag, QStringLiteral("C")));
+    root->appendChild(makeItem(Tag, QStringLiteral("Tag"), true, 0x3002));
+    Item *nameless = makeItem(Tag, QString(), true, 0x1003);
+    Item *values = makeItem(Enums);
+    values->appendChild(makeItem(Enum, QStringLiteral("On"), true, 1));
+    values->appendChild(makeItem(Enum, QStringLiteral("On"), true, 2));
+    values->appendChild(makeItem(Enum, QString(), true, 3));
+    nameless->appendChild(values);
+    root->appendChild(nameless);
+    Item *blank = makeItem(Tag);
+    Item *bits = makeItem(Bits);
+    bits->appendChild(makeItem(Bit, QStringLiteral("Ready"), true, 0));
+    blank->appendChild(bits);
+    root->appendChild(blank);
+    Fixture f(root);
+    auto tip = [&](const QModelIndex &index) { return index.data(Qt::ToolTipRole).toString(); };
+    const QModelIndex a = f.model.index(0, 0);
+    QCOMPARE(tip(a.siblingAtColumn(1)), QStringLiteral("Another tag of this list has the code 0x1001\nInteger"));
+    // the name of A is fine: its tooltip is the data type's alone
+    QCOMPARE(tip(a), QStringLiteral("Integer"));
+    QVERIFY(!f.model.index(0, 2).data(Qt::ToolTipRole).isValid());
+    QCOMPARE(tip(f.model.index(2, 0)), QStringLiteral("Name without code"));
+    QCOMPARE(tip(f.model.index(2, 1)), QStringLiteral("Name without code"));
+    QCOMPARE(tip(f.model.index(3, 0)), QStringLiteral("The name \"Tag\" is reserved.\nString"));
+    const QModelIndex tag = f.model.index(4, 0);
+    QCOMPARE(tip(tag), QStringLiteral("Code without name\nInteger"));
+    QCOMPARE(tip(tag.siblingAtColumn(2)), QStringLiteral("Code without name"));
+    QCOMPARE(tip(f.model.index(5, 2)), QStringLiteral("Entries below, but no name and no code"));
+    const QModelIndex list = f.model.index(0, 0, tag);
+    QCOMPARE(tip(f.model.index(0, 0, list)), QStringLiteral("Another value of this list has the name On"));
+    QVERIFY(!f.model.index(0, 1, list).data(Qt::ToolTipRole).isValid());
+    QCOMPARE(tip(f.model.index(2, 1, list)), QStringLiteral("Code without name"));
+
+    // once the collision is gone, so is its line
+    QVERIFY(f.model.setData(f.model.index(1, 1), QStringLiteral("0x1002")));
+    QCOMPARE(tip(a.siblingAtColumn(1)), QStringLiteral("Integer"));
 }
 
 // ---------------------------------------------------------------------------------------------

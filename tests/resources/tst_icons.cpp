@@ -9,20 +9,23 @@
 namespace {
 
 // Every icon the editor uses: data types and item kinds in the tree, the tag type selector, and the
-// actions of the main window.
+// actions of the main window, with those for finding, problems, expanding and moving.
 const char *const iconPaths[] = {
-    ":/icons/i16_add.png",         ":/icons/i16_answer.png",     ":/icons/i16_bomb.png",
-    ":/icons/i16_bool.png",        ":/icons/i16_copy.png",       ":/icons/i16_cut.png",
-    ":/icons/i16_data.png",        ":/icons/i16_date.png",       ":/icons/i16_datetime.png",
-    ":/icons/i16_empty.png",       ":/icons/i16_exit.png",       ":/icons/i16_folder.png",
-    ":/icons/i16_folder_open.png", ":/icons/i16_font.png",       ":/icons/i16_header.png",
-    ":/icons/i16_int.png",         ":/icons/i16_list.png",       ":/icons/i16_list_bullets.png",
-    ":/icons/i16_lua.png",         ":/icons/i16_message.png",    ":/icons/i16_network.png",
-    ":/icons/i16_paste.png",       ":/icons/i16_point.png",      ":/icons/i16_question.png",
-    ":/icons/i16_rect.png",        ":/icons/i16_redo.png",       ":/icons/i16_remove.png",
-    ":/icons/i16_save.png",        ":/icons/i16_save_as.png",    ":/icons/i16_size.png",
-    ":/icons/i16_string.png",      ":/icons/i16_table_edit.png", ":/icons/i16_time.png",
-    ":/icons/i16_tiny_bullet.png", ":/icons/i16_undo.png",       ":/icons/i16_undo_history.png",
+    ":/icons/i16_add.png",         ":/icons/i16_answer.png",       ":/icons/i16_bomb.png",
+    ":/icons/i16_bool.png",        ":/icons/i16_copy.png",         ":/icons/i16_cut.png",
+    ":/icons/i16_data.png",        ":/icons/i16_date.png",         ":/icons/i16_datetime.png",
+    ":/icons/i16_empty.png",       ":/icons/i16_exit.png",         ":/icons/i16_folder.png",
+    ":/icons/i16_folder_open.png", ":/icons/i16_font.png",         ":/icons/i16_header.png",
+    ":/icons/i16_int.png",         ":/icons/i16_list.png",         ":/icons/i16_list_bullets.png",
+    ":/icons/i16_lua.png",         ":/icons/i16_message.png",      ":/icons/i16_network.png",
+    ":/icons/i16_paste.png",       ":/icons/i16_point.png",        ":/icons/i16_question.png",
+    ":/icons/i16_rect.png",        ":/icons/i16_redo.png",         ":/icons/i16_remove.png",
+    ":/icons/i16_save.png",        ":/icons/i16_save_as.png",      ":/icons/i16_size.png",
+    ":/icons/i16_string.png",      ":/icons/i16_table_edit.png",   ":/icons/i16_time.png",
+    ":/icons/i16_tiny_bullet.png", ":/icons/i16_undo.png",         ":/icons/i16_undo_history.png",
+    ":/icons/i16_find.png",        ":/icons/i16_next_problem.png", ":/icons/i16_previous_problem.png",
+    ":/icons/i16_expand_all.png",  ":/icons/i16_collapse_all.png", ":/icons/i16_move_up.png",
+    ":/icons/i16_move_down.png",   ":/icons/i16_edit.png",
 };
 
 const char emptyIcon[] = ":/icons/i16_empty.png";
@@ -150,7 +153,7 @@ void TestIcons::allDifferent()
         images.append(loadImage(paths.last()));
         QVERIFY(!images.last().isNull());
     }
-    QCOMPARE(images.size(), 35);
+    QCOMPARE(images.size(), 43);
     QStringList equalPairs;
     for (int i = 0; i < images.size(); ++i) {
         for (int j = i + 1; j < images.size(); ++j) {
@@ -161,14 +164,17 @@ void TestIcons::allDifferent()
     QVERIFY2(equalPairs.isEmpty(), qPrintable(QStringLiteral("identical: ") + equalPairs.join(QStringLiteral(", "))));
 }
 
-// The resource holds exactly the icons above, nothing else.
+// The resource holds exactly the icons above and their 32 pixel versions (tst_icons2x), nothing else.
 void TestIcons::noOtherFiles()
 {
     QStringList expected;
-    for (const char *path : iconPaths)
-        expected.append(QString::fromLatin1(path).mid(QStringLiteral(":/icons/").size()));
+    for (const char *path : iconPaths) {
+        const QString name = QString::fromLatin1(path).mid(QStringLiteral(":/icons/").size());
+        expected.append(name);
+        expected.append(QString(name).replace(QStringLiteral(".png"), QStringLiteral("@2x.png")));
+    }
     expected.sort();
-    QCOMPARE(expected.size(), 36);
+    QCOMPARE(expected.size(), 88);
     QStringList actual = QDir(QStringLiteral(":/icons")).entryList(QDir::Files | QDir::NoDotAndDotDot, QDir::Name);
     QCOMPARE(actual, expected);
 }
