@@ -6,6 +6,7 @@
 #include "filechangedwidget.h"
 #include "localfile.h"
 #include "parser.h"
+#include "recentfiles.h"
 #include "recovery.h"
 #include "rowtreeview.h"
 #include "savesequence.h"
@@ -77,6 +78,8 @@ void EditorDocument::initialize(const QString &path, const QString &displayName)
     // Only a start without a file can take up a document that never had one.
     if (m_fileName.isEmpty())
         offerRecovery(QString(), QDateTime());
+    else
+        remember(m_fileName);
     m_recovery->setDocument(m_fileName);
     m_window->updateCleanState();
     emit shown(m_fileName);
@@ -136,23 +139,55 @@ void EditorDocument::open()
         return;
     const QString path = QFileDialog::getOpenFileName(m_window,
                                                       EditorWindow::tr("Open ZAT16 definitions"),
-                                                      EditorSettings::startPath(EditorSettings::LastOpenPath),
+                                                      RecentFiles::startFolder(),
                                                       fileFilter());
     if (path.isEmpty())
         return;
     // Stored before loading, so that a file that fails to load is still offered next time.
     EditorSettings::writePath(EditorSettings::LastOpenPath, path);
+    m_lastOpened = path;
+    load(path);
+}
+
+bool EditorDocument::openFile(const QString &path)
+{
+    return canDiscard() && load(path);
+}
+
+bool EditorDocument::load(const QString &path)
+{
     Item *root = loadDefinitionFile(path);
     if (!root)
-        return;
+        return false;
     m_model->setTags(root);
     m_fileName = path;
     m_displayName = QFileInfo(path).fileName();
     takeLoadedFile();
     m_window->updateCleanState();
     m_banner->watchFile(path);
+    remember(path);
     emit opened(root, path);
     emit shown(path);
+    return true;
+}
+
+// `path` is now the document's file, opened in whatever way: it goes to the top of the recent
+// files, and becomes the file that the next start opens.
+void EditorDocument::remember(const QString &path)
+{
+    m_lastOpened = RecentFiles::absolutePath(path);
+    m_window->recentFiles()->add(path);
+}
+
+// The Open dialog's choice is stored at once, before loading, so that a file that fails to load
+// is still offered next time. The other ways of opening wait until the window closes, so that an
+// editor started meanwhile without a file does not open the file that this one has open.
+void EditorDocument::storeLastOpened()
+{
+    // The settings file keeps texts as UTF-8: a name that is not (see LocalFile) would come back
+    // as the name of another file, which the next start could not open.
+    if (!m_lastOpened.isEmpty() && m_lastOpened.isValidUtf16())
+        EditorSettings::writePath(EditorSettings::LastOpenPath, m_lastOpened);
 }
 
 // The file that loadDefinitionFile() read last is now the document's: what it was, and whether
@@ -180,7 +215,7 @@ bool EditorDocument::saveAs()
 {
     const QString path = QFileDialog::getSaveFileName(m_window,
                                                       EditorWindow::tr("Save ZAT16 definitions"),
-                                                      EditorSettings::startPath(EditorSettings::LastSaveAsPath),
+                                                      RecentFiles::startFolder(),
                                                       fileFilter());
     if (path.isEmpty())
         return false;
@@ -288,6 +323,7 @@ bool EditorDocument::dosave(const QString &path)
     // Clean again: the recovery file is gone.
     m_undoStack->setClean();
     m_fileName = path;
+    m_window->recentFiles()->add(path);
     m_recovery->setDocument(path);
     m_fileStamp = sequence.stamp;
     m_fileStoppedAt = 0;

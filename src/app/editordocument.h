@@ -19,10 +19,10 @@ class Recovery;
 class SaveSequence;
 
 /// The life cycle of the window's document: opening its file (at start with the offer of unsaved
-/// changes, or from the Open dialog), saving with one backup after asking before anything another
-/// program wrote or the editor did not read is lost, the question before unsaved changes go, and
-/// reloading. It remembers what the file held when it was read or saved here, so that a change by
-/// another program is noticed, and it reports how a save ended.
+/// changes, from the Open dialog, a recent file or a drop), saving with one backup after asking
+/// before anything another program wrote or the editor did not read is lost, the question before
+/// unsaved changes go, and reloading. It remembers what the file held when it was read or saved
+/// here, so that a change by another program is noticed, and it reports how a save ended.
 class EditorDocument : public QObject
 {
     Q_OBJECT
@@ -38,7 +38,7 @@ public:
     /// The filter of the file dialogs: definitions files, then all files.
     QString fileFilter() const;
 
-    /// Opens `path`, or the file last chosen in the Open dialog when `path` is empty, and offers
+    /// Opens `path`, or the file last opened when `path` is empty, and offers
     /// unsaved changes that a program before this one left. The title shows `displayName`, or the
     /// file's name when that is empty.
     void initialize(const QString &path, const QString &displayName);
@@ -46,6 +46,12 @@ public:
     Item *loadDefinitionFile(const QString &path);
     /// Asks for a file and opens it, once unsaved changes may be dropped.
     void open();
+    /// Opens `path` as open() opens the file chosen in its dialog, once unsaved changes may be
+    /// dropped: a recent file, a dropped file. True when it was opened.
+    bool openFile(const QString &path);
+    /// Stores the file last opened as the one that the next start opens; called when the window
+    /// closes. A file chosen in the Open dialog is stored at once as well.
+    void storeLastOpened();
     /// Saves to the document's file; a document without one asks where to go.
     bool save();
     /// Asks where to save, and saves there.
@@ -73,6 +79,8 @@ signals:
 
 private:
     bool reload(const QString &path);
+    bool load(const QString &path);
+    void remember(const QString &path);
     void takeLoadedFile();
     bool mayOverwrite(const QString &path);
     bool isDocumentFile(const QString &path) const;
@@ -92,6 +100,7 @@ private:
     int m_loadedStoppedAt = 0; ///< where loadDefinitionFile() stopped reading early
     bool m_overwriteConfirmed = false; ///< the user chose to overwrite what another program wrote
     bool m_changeFoundBySave = false; ///< the last dosave() found the file changed at its last look
+    QString m_lastOpened; ///< the file last opened in any way, which the next start opens
 };
 
 } // namespace ZAT16

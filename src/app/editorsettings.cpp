@@ -7,6 +7,7 @@
 #include <QVariant>
 
 #include <iterator>
+#include <utility>
 
 namespace ZAT16 {
 
@@ -25,8 +26,18 @@ const char *const keyNames[] = {
     "ZAT16Editor/LastSaveAsPath",
     "ZAT16Editor/LastViewerSavePath",
     "ZAT16Editor/UserSizedColumns",
+    "ZAT16Editor/RecentFiles",
 };
-static_assert(std::size(keyNames) == EditorSettings::UserSizedColumns + 1, "one name for each key");
+static_assert(std::size(keyNames) == EditorSettings::RecentFiles + 1, "one name for each key");
+
+bool isPlainText(const QString &text)
+{
+    for (QChar c : text) {
+        if (c.unicode() < 0x20 || c.category() == QChar::Other_Control)
+            return false;
+    }
+    return true;
+}
 
 } // namespace
 
@@ -41,16 +52,40 @@ QString EditorSettings::text(const QSettings &settings, Key key)
     if (value.typeId() != QMetaType::QString)
         return QString();
     const QString text = value.toString();
-    for (QChar c : text) {
-        if (c.unicode() < 0x20 || c.category() == QChar::Other_Control)
-            return QString();
-    }
-    return text;
+    return isPlainText(text) ? text : QString();
 }
 
 QString EditorSettings::text(Key key)
 {
     return text(QSettings(), key);
+}
+
+QStringList EditorSettings::texts(Key key)
+{
+    const QVariant value = QSettings().value(EditorSettings::key(key));
+    QStringList texts;
+    // The settings file gives a list of one back as a plain text.
+    if (value.typeId() == QMetaType::QStringList)
+        texts = value.toStringList();
+    else if (value.typeId() == QMetaType::QString)
+        texts = QStringList(value.toString());
+    else
+        return QStringList();
+    for (const QString &text : std::as_const(texts)) {
+        if (!isPlainText(text))
+            return QStringList();
+    }
+    return texts;
+}
+
+void EditorSettings::writeTexts(Key key, const QStringList &texts)
+{
+    QSettings settings;
+    if (texts.isEmpty())
+        settings.remove(EditorSettings::key(key));
+    else
+        settings.setValue(EditorSettings::key(key), texts);
+    settings.sync();
 }
 
 QByteArray EditorSettings::bytes(const QSettings &settings, Key key)

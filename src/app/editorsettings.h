@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 class QFont;
 class QSettings;
@@ -22,10 +23,11 @@ public:
         Restoring, ///< set while a start restores the layout (WindowLayout)
         FixedFont, ///< the code font, QFont::toString()
         CommentFont, ///< the comment font, QFont::toString()
-        LastOpenPath, ///< the file last chosen in the Open dialog, reopened at start
+        LastOpenPath, ///< the file last opened, reopened at start
         LastSaveAsPath, ///< the file last chosen in the Save As dialog
         LastViewerSavePath, ///< the file a viewer's text was last saved to
         UserSizedColumns, ///< the tree columns the user has resized by hand, a bit each (ColumnFitter)
+        RecentFiles, ///< the "file:" URLs of the files last opened or saved, newest first (RecentFiles)
     };
 
     /// The full name of `key` in the settings.
@@ -35,6 +37,11 @@ public:
     /// reads as empty.
     static QString text(const QSettings &settings, Key key);
     static QString text(Key key);
+    /// A value that must be a list of texts without control characters (the settings file may give
+    /// a list of one as a plain text); anything else reads as empty.
+    static QStringList texts(Key key);
+    /// Stores `texts` (an empty list removes the value), written out at once.
+    static void writeTexts(Key key, const QStringList &texts);
     /// A value that must be bytes; a text is accepted too, as Qt may store bytes so.
     static QByteArray bytes(const QSettings &settings, Key key);
 

@@ -10,6 +10,7 @@
 #include "editorsettings.h"
 #include "findbar.h"
 #include "problemsdock.h"
+#include "recentfiles.h"
 #include "recovery.h"
 #include "statusline.h"
 #include "treeediting.h"
@@ -18,11 +19,15 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDockWidget>
+#include <QDragEnterEvent>
+#include <QDragMoveEvent>
+#include <QDropEvent>
 #include <QFontDialog>
 #include <QHeaderView>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QScreen>
 #include <QStatusBar>
 #include <QTextCursor>
@@ -32,6 +37,7 @@
 #include <QToolTip>
 #include <QUndoStack>
 #include <QUndoView>
+#include <QUrl>
 
 #include <utility>
 
@@ -110,6 +116,7 @@ EditorWindow::EditorWindow(QWidget *parent)
     connect(m_document, &EditorDocument::saved, this, &EditorWindow::saved);
     m_viewer = new CodeViewer(this, m_document);
     m_editing = new TreeEditing(this);
+    setUpFileOpening();
 
     FindBar *find = m_ui->m_wdg_find;
     find->hide();
@@ -462,6 +469,10 @@ QMenu *EditorWindow::treeContextMenu(const QModelIndex &index)
 // A floating dock never covers the menu bar, where it would take the clicks meant for the menus.
 bool EditorWindow::eventFilter(QObject *watched, QEvent *event)
 {
+    // A definitions file dropped onto the tree opens too; all other drops onto its cells are the
+    // tree's.
+    if (watched == m_ui->m_view->viewport() && takeFileDrop(event))
+        return true;
     auto *dock = qobject_cast<QDockWidget *>(watched);
     if (dock && dock->isFloating() && (event->type() == QEvent::Move || event->type() == QEvent::Show)) {
         const QWidget *bar = menuBar();
@@ -504,6 +515,7 @@ void EditorWindow::closeEvent(QCloseEvent *event)
         event->ignore();
         return;
     }
+    m_document->storeLastOpened();
     // Closed normally, whatever the answer: nothing is left for the next start.
     m_recovery->discard();
     QMainWindow::closeEvent(event);
@@ -512,6 +524,7 @@ void EditorWindow::closeEvent(QCloseEvent *event)
 void EditorWindow::terminate()
 {
     m_recovery->write();
+    m_document->storeLastOpened();
     // Not quit(): that closes the windows, and this one would ask about the unsaved changes.
     QCoreApplication::exit(0);
 }
@@ -610,6 +623,73 @@ void EditorWindow::onPreviousProblem()
 {
     m_problemsDock->show();
     showItem(m_problemsDock->step(m_ui->m_view->currentIndex(), false));
+}
+
+// Recent files, and definitions files dropped onto the window
+
+namespace {
+
+// The definitions file that a drag from a file manager carries: one local file whose name ends
+// in ".zatdef". Empty for anything else, which the window refuses and the tree takes as its own.
+QString definitionsFileIn(const QMimeData *data)
+{
+    if (!data || !data->hasUrls())
+        return QString();
+    const QList<QUrl> urls = data->urls();
+    // The name as the bytes it is, as a file named on the command line is taken.
+    const QString path = urls.size() == 1 ? RecentFiles::localPath(urls.first()) : QString();
+    return path.endsWith(QLatin1String(".zatdef"), Qt::CaseInsensitive) ? path : QString();
+}
+
+} // namespace
+
+void EditorWindow::setUpFileOpening()
+{
+    m_recentFiles = new RecentFiles(this);
+    QMenu *file = m_ui->m_menu_file;
+    const QList<QAction *> actions = file->actions();
+    file->insertMenu(actions.value(actions.indexOf(m_ui->m_act_open) + 1), m_recentFiles->menu());
+    connect(m_recentFiles, &RecentFiles::chosen, this, &EditorWindow::openFile);
+
+    setAcceptDrops(true);
+    m_ui->m_view->viewport()->installEventFilter(this);
+}
+
+bool EditorWindow::takeFileDrop(QEvent *event)
+{
+    if (event->type() != QEvent::DragEnter && event->type() != QEvent::DragMove && event->type() != QEvent::Drop)
+        return false;
+    // The enter and move events are drop events too.
+    auto *drop = static_cast<QDropEvent *>(event);
+    const QString path = definitionsFileIn(drop->mimeData());
+    // Never a move: the file manager would remove the file that was opened.
+    if (path.isEmpty() || !(drop->possibleActions() & Qt::CopyAction))
+        return false;
+    drop->setDropAction(Qt::CopyAction);
+    drop->accept();
+    // Once the drop has ended: the file manager waits for it while a question is open.
+    if (event->type() == QEvent::Drop)
+        QMetaObject::invokeMethod(
+            this, [this, path]() { openFile(path); }, Qt::QueuedConnection);
+    return true;
+}
+
+void EditorWindow::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (!takeFileDrop(event))
+        QMainWindow::dragEnterEvent(event);
+}
+
+void EditorWindow::dragMoveEvent(QDragMoveEvent *event)
+{
+    if (!takeFileDrop(event))
+        QMainWindow::dragMoveEvent(event);
+}
+
+void EditorWindow::dropEvent(QDropEvent *event)
+{
+    if (!takeFileDrop(event))
+        QMainWindow::dropEvent(event);
 }
 
 } // namespace ZAT16

@@ -25,6 +25,7 @@ class EditorModel;
 class FindBar;
 class ColumnFitter;
 class ProblemsDock;
+class RecentFiles;
 class Recovery;
 class StatusLine;
 
@@ -41,7 +42,7 @@ public:
     explicit EditorWindow(QWidget *parent = nullptr);
     ~EditorWindow() override;
 
-    /// Opens `path`, or the file last chosen in the Open dialog when `path` is empty. The title
+    /// Opens `path`, or the file last opened when `path` is empty. The title
     /// shows `displayName`, or the file's name when that is empty.
     void initialize(const QString &path, const QString &displayName) { m_document->initialize(path, displayName); }
 
@@ -53,6 +54,9 @@ public:
     bool dosave(const QString &path) { return m_document->dosave(path); }
     /// Asks before unsaved changes are lost; true when they may be dropped.
     bool canDiscard() { return m_document->canDiscard(); }
+    /// Opens `path` once unsaved changes may be dropped, as Open does with the file chosen in its
+    /// dialog (a recent file, a dropped file); true when it was opened.
+    bool openFile(const QString &path) { return m_document->openFile(path); }
     /// Ends the program without a question, for SIGTERM: unsaved changes go to the recovery
     /// file, which the next start offers.
     void terminate();
@@ -94,6 +98,7 @@ public:
     FindBar *findBar() const;
     ProblemsDock *problemsDock() const { return m_problemsDock; }
     Recovery *recovery() const { return m_recovery; }
+    RecentFiles *recentFiles() const { return m_recentFiles; }
 
 signals:
     void saved(ZAT16::Item *root, const QString &path);
@@ -147,6 +152,9 @@ protected:
     void closeEvent(QCloseEvent *event) override;
     void hideEvent(QHideEvent *event) override;
     void showEvent(QShowEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
@@ -159,6 +167,10 @@ private:
     // Expands the direct children of `index` that are not expanded yet.
     void expandChildren(const QModelIndex &index);
     void expandPending();
+    /// The submenu Open Recent, and the definitions files dropped onto the window.
+    void setUpFileOpening();
+    /// Takes a drag event that carries a definitions file; false for any other.
+    bool takeFileDrop(QEvent *event);
 
     Ui_ZAT16EditorWindow *m_ui;
     EditorModel *m_model;
@@ -184,6 +196,7 @@ private:
     // Top-level entries expanded in a burst, whose children are expanded when the loop is idle.
     QList<QPersistentModelIndex> m_pendingExpansions;
     bool m_expansionBurst = false;
+    RecentFiles *m_recentFiles = nullptr;
 };
 
 } // namespace ZAT16
