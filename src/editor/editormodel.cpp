@@ -306,6 +306,53 @@ void EditorModel::cmdInsertRow(Item *parent, Item *item, int row)
         rowChanged(parent, findRow(parent));
 }
 
+// The item leaves the counts of its old siblings and joins those of its new ones, which may mark
+// or unmark siblings on both sides, and itself where its parent changes; a parent that loses its
+// last child or gets its first changes its own marks. The view keeps the item's selection and
+// expansion, as it is the same item at another place.
+void EditorModel::cmdMoveRow(Item *from, int fromRow, Item *to, int toRow)
+{
+    if (from == to && fromRow == toRow)
+        return;
+    const bool wasEmpty = to->children.isEmpty();
+    // Qt counts the destination row in the list as it is before the move.
+    const int destination = from == to && toRow > fromRow ? toRow + 1 : toRow;
+    const bool moving = beginMoveRows(item2index(from), fromRow, fromRow, item2index(to), destination);
+    Q_ASSERT(moving);
+    Q_UNUSED(moving)
+    Changed left;
+    bool lostFrom = false;
+    SiblingIndex *fromCounts = m_collisions.forChange(from, &lostFrom);
+    Item *item = from->takeChild(fromRow);
+    if (fromCounts)
+        fromCounts->remove(fromRow, item, &left);
+    Changed joined;
+    bool lostTo = false;
+    SiblingIndex *toCounts = m_collisions.forChange(to, &lostTo);
+    to->insertChildBefore(toRow, item);
+    if (toCounts)
+        toCounts->insert(toRow, item, &joined);
+    endMoveRows();
+    if (from == to) {
+        // A sibling that loses a flag and gets it back is repainted once.
+        for (const Item *sibling : joined)
+            left.append(sibling);
+        rowsChanged(from, left);
+    } else {
+        rowsChanged(from, left);
+        rowsChanged(to, joined);
+        rowChanged(item, toRow);
+    }
+    if (lostFrom)
+        allRowsChanged(from);
+    if (lostTo && to != from)
+        allRowsChanged(to);
+    if (from != to && from->children.isEmpty() && from != m_root)
+        rowChanged(from, findRow(from));
+    if (wasEmpty && to != m_root)
+        rowChanged(to, findRow(to));
+}
+
 // The taken item leaves its siblings' counts, which may unmark a sibling; a last child changes
 // the parent's own marks.
 Item *EditorModel::cmdTakeRow(Item *parent, int row)

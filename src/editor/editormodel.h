@@ -118,6 +118,9 @@ public:
     // Primitive tree changes, called only by the undo commands
     void cmdInsertRow(Item *parent, Item *item, int row);
     Item *cmdTakeRow(Item *parent, int row);
+    /// Moves child `fromRow` of `from` to row `toRow` of `to`, that row counted in the list as it
+    /// is after the move; nothing when it stays where it is.
+    void cmdMoveRow(Item *from, int fromRow, Item *to, int toRow);
     void cmdItemChanged(Item *item);
     Item *cmdReplaceTags(Item *root);
     void cmdUndone(const QModelIndex &index);
