@@ -219,18 +219,42 @@ QStringList EditorModel::mimeTypes() const
     return QStringList(EditorClipboard::textMimeType());
 }
 
+// Beside the cell's text, the entry of the row, so that a drop into this model moves it.
 QMimeData *EditorModel::mimeData(const QModelIndexList &indexes) const
 {
     if (indexes.size() != 1)
         return nullptr;
-    return EditorClipboard::encode(nullptr, data(indexes.first(), Qt::EditRole).toString());
+    QMimeData *mime = EditorClipboard::encode(nullptr, data(indexes.first(), Qt::EditRole).toString());
+    m_moves.addEntry(mime, indexes.first());
+    return mime;
 }
 
+// What dropMimeData() would take, so that the view shows only places where a drop does something.
+bool EditorModel::canDropMimeData(
+    const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &parent) const
+{
+    if (action == Qt::IgnoreAction)
+        return true;
+    QModelIndex entry;
+    if (m_moves.isOwnDrag(data, &entry))
+        return m_moves.canDrop(entry, row, parent);
+    if (row >= 0 || column >= 0 || !parent.isValid())
+        return false;
+    return QAbstractItemModel::canDropMimeData(data, action, row, column, parent);
+}
+
+// A row dragged within this model moves its entry, whatever the drop action: the view offers
+// copying only, so it never removes the dragged row itself after the drop. Anything else (text
+// from another program, a row dragged from another window) sets the text of the cell it is
+// dropped onto.
 bool EditorModel::dropMimeData(
     const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &parent)
 {
     if (action == Qt::IgnoreAction)
         return true;
+    QModelIndex entry;
+    if (m_moves.isOwnDrag(data, &entry))
+        return m_moves.drop(entry, row, parent);
     // Only drops onto an item are taken, not between rows.
     if (row >= 0 || column >= 0)
         return false;
