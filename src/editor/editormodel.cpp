@@ -238,7 +238,9 @@ bool EditorModel::canDropMimeData(
     QModelIndex entry;
     if (m_moves.isOwnDrag(data, &entry))
         return m_moves.canDrop(entry, row, parent);
-    if (row >= 0 || column >= 0 || !parent.isValid())
+    // Text sets a cell of a tag, value or bit.
+    const Item *item = index2item(parent);
+    if (row >= 0 || column >= 0 || !parent.isValid() || !item || !item->isNamedKind())
         return false;
     return QAbstractItemModel::canDropMimeData(data, action, row, column, parent);
 }

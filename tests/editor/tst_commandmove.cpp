@@ -760,6 +760,8 @@ void TestCommandMove::canDropMimeData()
     QVERIFY(f.model.canDropMimeData(text.get(), Qt::CopyAction, -1, -1, f.index({ 3 })));
     QVERIFY(!f.model.canDropMimeData(text.get(), Qt::CopyAction, 1, 0, QModelIndex()));
     QVERIFY(!f.model.canDropMimeData(text.get(), Qt::CopyAction, -1, -1, QModelIndex()));
+    QVERIFY(!f.model.canDropMimeData(text.get(), Qt::CopyAction, -1, -1, f.index({ 0, 1 })));
+    QVERIFY(f.model.canDropMimeData(text.get(), Qt::CopyAction, -1, -1, f.index({ 0, 1, 2 }, 2)));
     QMimeData image;
     image.setData(QStringLiteral("image/png"), "png");
     QVERIFY(!f.model.canDropMimeData(&image, Qt::CopyAction, -1, -1, f.index({ 3 })));
