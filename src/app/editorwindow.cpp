@@ -165,6 +165,11 @@ EditorWindow::EditorWindow(QWidget *parent)
     });
     view->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(view, &QWidget::customContextMenuRequested, this, &EditorWindow::onTreeContextMenu);
+    // Move up and Move down are TreeEditing's, which also keeps them enabled or not; in the Edit
+    // menu they follow Delete.
+    m_ui->m_menu_edit->insertAction(m_ui->m_act_new, m_editing->moveUpAction());
+    m_ui->m_menu_edit->insertAction(m_ui->m_act_new, m_editing->moveDownAction());
+    m_ui->m_menu_edit->insertSeparator(m_ui->m_act_new);
 
     connect(m_ui->m_act_open, &QAction::triggered, this, &EditorWindow::onOpen);
     connect(m_ui->m_act_save, &QAction::triggered, this, &EditorWindow::onSave);

@@ -7,6 +7,7 @@
 #include "rowtreeview.h"
 #include "ui_editorwindow.h"
 
+#include <QAction>
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
@@ -18,7 +19,23 @@ TreeEditing::TreeEditing(EditorWindow *window)
     , m_window(window)
     , m_model(window->model())
     , m_view(window->ui()->m_view)
+    , m_act_move_up(new QAction(tr("Move up"), window))
+    , m_act_move_down(new QAction(tr("Move down"), window))
 {
+    m_act_move_up->setObjectName(QStringLiteral("m_act_move_up"));
+    m_act_move_up->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Up));
+    m_act_move_down->setObjectName(QStringLiteral("m_act_move_down"));
+    m_act_move_down->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Down));
+    connect(m_act_move_up, &QAction::triggered, this, &TreeEditing::moveUp);
+    connect(m_act_move_down, &QAction::triggered, this, &TreeEditing::moveDown);
+    // Whether the current entry can move depends on its row, which moves, insertions and
+    // deletions change without a change of the current index.
+    connect(m_view, &RowTreeView::currentIndexChanged, this, &TreeEditing::updateMoveActions);
+    connect(m_model, &QAbstractItemModel::rowsInserted, this, &TreeEditing::updateMoveActions);
+    connect(m_model, &QAbstractItemModel::rowsRemoved, this, &TreeEditing::updateMoveActions);
+    connect(m_model, &QAbstractItemModel::rowsMoved, this, &TreeEditing::updateMoveActions);
+    connect(m_model, &QAbstractItemModel::modelReset, this, &TreeEditing::updateMoveActions);
+    updateMoveActions();
 }
 
 void TreeEditing::cut()
@@ -60,6 +77,22 @@ void TreeEditing::remove()
     if (m_model->removeRow(row, parent))
         m_window->setCurrentItem(m_model->index(row, 0, parent));
     m_window->updateActions();
+}
+
+// The moved entry stays current and selected, as a whole row.
+void TreeEditing::moveBy(int offset)
+{
+    const QModelIndex moved = m_model->moveBy(m_view->currentIndex(), offset);
+    if (moved.isValid())
+        m_window->setCurrentItem(moved);
+    updateMoveActions();
+}
+
+void TreeEditing::updateMoveActions()
+{
+    const QModelIndex current = m_view->currentIndex();
+    m_act_move_up->setEnabled(m_model->canMoveBy(current, -1));
+    m_act_move_down->setEnabled(m_model->canMoveBy(current, 1));
 }
 
 void TreeEditing::edit(const QModelIndex &index)

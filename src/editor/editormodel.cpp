@@ -219,18 +219,44 @@ QStringList EditorModel::mimeTypes() const
     return QStringList(EditorClipboard::textMimeType());
 }
 
+// Beside the cell's text, the entry of the row, so that a drop into this model moves it.
 QMimeData *EditorModel::mimeData(const QModelIndexList &indexes) const
 {
     if (indexes.size() != 1)
         return nullptr;
-    return EditorClipboard::encode(nullptr, data(indexes.first(), Qt::EditRole).toString());
+    QMimeData *mime = EditorClipboard::encode(nullptr, data(indexes.first(), Qt::EditRole).toString());
+    m_moves.addEntry(mime, indexes.first());
+    return mime;
 }
 
+// What dropMimeData() would take, so that the view shows only places where a drop does something.
+bool EditorModel::canDropMimeData(
+    const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &parent) const
+{
+    if (action == Qt::IgnoreAction)
+        return true;
+    QModelIndex entry;
+    if (m_moves.isOwnDrag(data, &entry))
+        return m_moves.canDrop(entry, row, parent);
+    // Text sets a cell of a tag, value or bit.
+    const Item *item = index2item(parent);
+    if (row >= 0 || column >= 0 || !parent.isValid() || !item || !item->isNamedKind())
+        return false;
+    return QAbstractItemModel::canDropMimeData(data, action, row, column, parent);
+}
+
+// A row dragged within this model moves its entry, whatever the drop action: the view offers
+// copying only, so it never removes the dragged row itself after the drop. Anything else (text
+// from another program, a row dragged from another window) sets the text of the cell it is
+// dropped onto.
 bool EditorModel::dropMimeData(
     const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &parent)
 {
     if (action == Qt::IgnoreAction)
         return true;
+    QModelIndex entry;
+    if (m_moves.isOwnDrag(data, &entry))
+        return m_moves.drop(entry, row, parent);
     // Only drops onto an item are taken, not between rows.
     if (row >= 0 || column >= 0)
         return false;
@@ -304,6 +330,53 @@ void EditorModel::cmdInsertRow(Item *parent, Item *item, int row)
         allRowsChanged(parent);
     if (wasEmpty && parent != m_root)
         rowChanged(parent, findRow(parent));
+}
+
+// The item leaves the counts of its old siblings and joins those of its new ones, which may mark
+// or unmark siblings on both sides, and itself where its parent changes; a parent that loses its
+// last child or gets its first changes its own marks. The view keeps the item's selection and
+// expansion, as it is the same item at another place.
+void EditorModel::cmdMoveRow(Item *from, int fromRow, Item *to, int toRow)
+{
+    if (from == to && fromRow == toRow)
+        return;
+    const bool wasEmpty = to->children.isEmpty();
+    // Qt counts the destination row in the list as it is before the move.
+    const int destination = from == to && toRow > fromRow ? toRow + 1 : toRow;
+    const bool moving = beginMoveRows(item2index(from), fromRow, fromRow, item2index(to), destination);
+    Q_ASSERT(moving);
+    Q_UNUSED(moving)
+    Changed left;
+    bool lostFrom = false;
+    SiblingIndex *fromCounts = m_collisions.forChange(from, &lostFrom);
+    Item *item = from->takeChild(fromRow);
+    if (fromCounts)
+        fromCounts->remove(fromRow, item, &left);
+    Changed joined;
+    bool lostTo = false;
+    SiblingIndex *toCounts = m_collisions.forChange(to, &lostTo);
+    to->insertChildBefore(toRow, item);
+    if (toCounts)
+        toCounts->insert(toRow, item, &joined);
+    endMoveRows();
+    if (from == to) {
+        // A sibling that loses a flag and gets it back is repainted once.
+        for (const Item *sibling : joined)
+            left.append(sibling);
+        rowsChanged(from, left);
+    } else {
+        rowsChanged(from, left);
+        rowsChanged(to, joined);
+        rowChanged(item, toRow);
+    }
+    if (lostFrom)
+        allRowsChanged(from);
+    if (lostTo && to != from)
+        allRowsChanged(to);
+    if (from != to && from->children.isEmpty() && from != m_root)
+        rowChanged(from, findRow(from));
+    if (wasEmpty && to != m_root)
+        rowChanged(to, findRow(to));
 }
 
 // The taken item leaves its siblings' counts, which may unmark a sibling; a last child changes

@@ -2,6 +2,7 @@
 
 #include "collisioncache.h"
 #include "editoredits.h"
+#include "editormoves.h"
 #include "item.h"
 #include "itempresentation.h"
 
@@ -107,12 +108,30 @@ public:
     }
     bool removeRow(int row, const QModelIndex &parent = QModelIndex()) { return m_edits.removeRow(row, parent); }
 
+    // Moving entries (EditorMoves): each move is one undo step, the entry keeps its subtree
+    bool canMoveBy(const QModelIndex &index, int offset) const { return m_moves.canMoveBy(index, offset); }
+    /// Moves the entry by `offset` rows within its list (Move up: -1, Move down: 1); its new
+    /// index, or invalid when it cannot move so.
+    QModelIndex moveBy(const QModelIndex &index, int offset) { return m_moves.moveBy(index, offset); }
+    /// Moves the entry to where insertRow(row, parent, entry) would put it; its new index, or
+    /// invalid when it cannot go there or is there already.
+    QModelIndex moveTo(const QModelIndex &index, int row, const QModelIndex &parent)
+    {
+        return m_moves.moveTo(index, row, parent);
+    }
+    bool canMoveTo(const QModelIndex &index, int row, const QModelIndex &parent) const
+    {
+        return m_moves.canMoveTo(index, row, parent);
+    }
+
     // Clipboard and drag-and-drop
     QMimeData *copy(const QModelIndex &index) { return m_edits.copy(index); }
     QMimeData *cut(const QModelIndex &index) { return m_edits.cut(index); }
     QModelIndex paste(const QModelIndex &at, const QMimeData *data) { return m_edits.paste(at, data); }
     QStringList mimeTypes() const override;
     QMimeData *mimeData(const QModelIndexList &indexes) const override;
+    bool canDropMimeData(
+        const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &parent) const override;
     bool dropMimeData(
         const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &parent) override;
     Qt::DropActions supportedDropActions() const override;
@@ -121,6 +140,9 @@ public:
     // Primitive tree changes, called only by the undo commands
     void cmdInsertRow(Item *parent, Item *item, int row);
     Item *cmdTakeRow(Item *parent, int row);
+    /// Moves child `fromRow` of `from` to row `toRow` of `to`, that row counted in the list as it
+    /// is after the move; nothing when it stays where it is.
+    void cmdMoveRow(Item *from, int fromRow, Item *to, int toRow);
     void cmdItemChanged(Item *item);
     Item *cmdReplaceTags(Item *root);
     void cmdUndone(const QModelIndex &index);
@@ -142,6 +164,7 @@ private:
     CollisionCache m_collisions;
     ItemPresentation m_presentation;
     EditorEdits m_edits { *this };
+    EditorMoves m_moves { *this };
 };
 
 } // namespace ZAT16

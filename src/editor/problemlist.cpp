@@ -80,11 +80,12 @@ ProblemList::ProblemList(EditorModel *model, QObject *parent)
     connect(m_model, &QAbstractItemModel::rowsInserted, this, &ProblemList::onRowsInserted);
     connect(m_model, &QAbstractItemModel::rowsAboutToBeRemoved, this, &ProblemList::onRowsAboutToBeRemoved);
     connect(m_model, &QAbstractItemModel::rowsRemoved, this, &ProblemList::onRowsRemoved);
-    // A new document starts the list afresh; so would moved rows and a new layout, which the
-    // model does not make today.
+    connect(m_model, &QAbstractItemModel::rowsAboutToBeMoved, this, &ProblemList::onRowsAboutToBeMoved);
+    connect(m_model, &QAbstractItemModel::rowsMoved, this, &ProblemList::onRowsMoved);
+    // A new document starts the list afresh; so would a new layout, which the model does not
+    // make today.
     connect(m_model, &QAbstractItemModel::modelReset, this, &ProblemList::startAfresh);
     connect(m_model, &QAbstractItemModel::layoutChanged, this, &ProblemList::startAfresh);
-    connect(m_model, &QAbstractItemModel::rowsMoved, this, &ProblemList::startAfresh);
 }
 
 void ProblemList::startAfresh()
@@ -183,38 +184,44 @@ void ProblemList::onDataChanged(const QModelIndex &topLeft, const QModelIndex &b
 
 void ProblemList::onRowsInserted(const QModelIndex &parentIndex, int first, int last)
 {
-    if (!m_rebuild) {
-        const Item *parent = m_model->index2item(parentIndex);
-        SiblingIndex *counts = index(parent);
-        if (counts && counts->size() != parent->children.size() - (last - first + 1)) {
-            m_indexes.remove(parent);
-            counts = nullptr;
-        }
-        for (int row = first; row <= last; ++row) {
-            const Item *item = parent->children.at(row);
-            if (counts) {
-                SiblingIndex::Changed changed;
-                counts->insert(row, item, &changed);
-                markChanged(changed);
-            }
-            markDirty(item, true);
-        }
-        if (!counts)
-            m_unindexed.insert(parent);
-        // A first child makes an entry without name or code an incomplete parent.
-        markDirty(parent, false);
-        markRowDescribed(parent, last + 1);
-    }
+    if (!m_rebuild)
+        takeInserted(m_model->index2item(parentIndex), first, last);
     emit changed();
+}
+
+void ProblemList::takeInserted(const Item *parent, int first, int last)
+{
+    SiblingIndex *counts = index(parent);
+    if (counts && counts->size() != parent->children.size() - (last - first + 1)) {
+        m_indexes.remove(parent);
+        counts = nullptr;
+    }
+    for (int row = first; row <= last; ++row) {
+        const Item *item = parent->children.at(row);
+        if (counts) {
+            SiblingIndex::Changed changed;
+            counts->insert(row, item, &changed);
+            markChanged(changed);
+        }
+        markDirty(item, true);
+    }
+    if (!counts)
+        m_unindexed.insert(parent);
+    // A first child makes an entry without name or code an incomplete parent.
+    markDirty(parent, false);
+    markRowDescribed(parent, last + 1);
+}
+
+void ProblemList::onRowsAboutToBeRemoved(const QModelIndex &parentIndex, int first, int last)
+{
+    if (!m_rebuild)
+        takeLeaving(m_model->index2item(parentIndex), first, last);
 }
 
 // The rows are still there: their problems leave the list now, while their places in the
 // document still say where in the list they are.
-void ProblemList::onRowsAboutToBeRemoved(const QModelIndex &parentIndex, int first, int last)
+void ProblemList::takeLeaving(const Item *parent, int first, int last)
 {
-    if (m_rebuild)
-        return;
-    const Item *parent = m_model->index2item(parentIndex);
     SiblingIndex *counts = index(parent);
     if (counts && counts->size() != parent->children.size()) {
         m_indexes.remove(parent);
@@ -246,6 +253,48 @@ void ProblemList::onRowsRemoved(const QModelIndex &parentIndex, int first, int l
         // A last child leaves an entry without name or code complete again.
         markDirty(parent, false);
         markRowDescribed(parent, first);
+    }
+    emit changed();
+}
+
+// A moved entry leaves its list as a removed one does, and arrives as an inserted one: its
+// problems and those of its subtree are taken out of the list now and computed again at its new
+// place, which may be in another list.
+void ProblemList::onRowsAboutToBeMoved(const QModelIndex &sourceParent,
+                                       int first,
+                                       int last,
+                                       const QModelIndex &destinationParent,
+                                       int destinationRow)
+{
+    Q_UNUSED(destinationParent)
+    Q_UNUSED(destinationRow)
+    m_moving.clear();
+    if (m_rebuild)
+        return;
+    const Item *parent = m_model->index2item(sourceParent);
+    for (int row = first; row <= last; ++row)
+        m_moving.append(parent->children.at(row));
+    takeLeaving(parent, first, last);
+}
+
+void ProblemList::onRowsMoved(const QModelIndex &sourceParent,
+                              int first,
+                              int last,
+                              const QModelIndex &destinationParent,
+                              int destinationRow)
+{
+    Q_UNUSED(last)
+    Q_UNUSED(destinationRow)
+    const QList<const Item *> moved = std::exchange(m_moving, {});
+    if (!m_rebuild && !moved.isEmpty()) {
+        const Item *to = m_model->index2item(destinationParent);
+        const int at = moved.first()->row();
+        takeInserted(to, at, at + int(moved.size()) - 1);
+        // The list the rows left: a last child leaves an entry without name or code complete
+        // again, and the entries described by their rows below the old place move up.
+        const Item *from = m_model->index2item(sourceParent);
+        markDirty(from, false);
+        markRowDescribed(from, first);
     }
     emit changed();
 }

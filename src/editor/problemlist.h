@@ -64,6 +64,20 @@ private:
     void onRowsInserted(const QModelIndex &parent, int first, int last);
     void onRowsAboutToBeRemoved(const QModelIndex &parent, int first, int last);
     void onRowsRemoved(const QModelIndex &parent, int first, int last);
+    void onRowsAboutToBeMoved(const QModelIndex &sourceParent,
+                              int first,
+                              int last,
+                              const QModelIndex &destinationParent,
+                              int destinationRow);
+    void onRowsMoved(const QModelIndex &sourceParent,
+                     int first,
+                     int last,
+                     const QModelIndex &destinationParent,
+                     int destinationRow);
+    // The rows from `first` to `last` of `parent` have arrived: inserted or moved there.
+    void takeInserted(const Item *parent, int first, int last);
+    // The rows from `first` to `last` of `parent` are about to leave: removed or moved away.
+    void takeLeaving(const Item *parent, int first, int last);
 
     // Remembers `item` for update(); with `subtree`, every item below it too.
     void markDirty(const Item *item, bool subtree);
@@ -93,6 +107,7 @@ private:
     QSet<const Item *> m_unindexed;
     QSet<const Item *> m_rowDescribed; ///< listed entries that are described by their row
     QHash<const Item *, SiblingIndex> m_indexes;
+    QList<const Item *> m_moving; ///< the rows being moved, between the two signals of a move
 };
 
 } // namespace ZAT16

@@ -1,6 +1,10 @@
 #include "rowtreeview.h"
 
+#include <QDragMoveEvent>
+#include <QDropEvent>
+#include <QPainter>
 #include <QStack>
+#include <QStyleOption>
 
 RowTreeView::RowTreeView(QWidget *parent)
     : QTreeView(parent)
@@ -99,4 +103,79 @@ void RowTreeView::expandWholeTree()
         }
     }
     executeDelayedItemsLayout();
+}
+
+void RowTreeView::dragMoveEvent(QDragMoveEvent *event)
+{
+    QTreeView::dragMoveEvent(event);
+    QRect const previous = m_topLevelDropLine;
+    m_topLevelDropLine = QRect();
+    if (!event->isAccepted())
+        acceptTopLevelDrop(event);
+    if (m_topLevelDropLine != previous)
+        viewport()->update();
+}
+
+// QTreeView has just placed the drop (dropIndicatorPosition()) as its drop event will place it;
+// where that is between two rows of the root or below all rows, the model decides instead of the
+// root's flags.
+bool RowTreeView::acceptTopLevelDrop(QDragMoveEvent *event)
+{
+    QAbstractItemModel *itemModel = model();
+    if (!itemModel || !showDropIndicator())
+        return false;
+    QModelIndex const index = indexAt(event->position().toPoint());
+    int row = -1;
+    int column = -1;
+    QRect line;
+    if (index.isValid()) {
+        if (index.parent() != rootIndex())
+            return false;
+        QRect const rect = visualRect(index);
+        switch (dropIndicatorPosition()) {
+        case AboveItem:
+            row = index.row();
+            line = QRect(rect.left(), rect.top(), rect.width(), 0);
+            break;
+        case BelowItem:
+            row = index.row() + 1;
+            line = QRect(rect.left(), rect.bottom(), rect.width(), 0);
+            break;
+        default:
+            return false;
+        }
+        column = index.column();
+    } else if (dropIndicatorPosition() != OnViewport) {
+        return false;
+    }
+    if (!itemModel->canDropMimeData(event->mimeData(), event->dropAction(), row, column, rootIndex()))
+        return false;
+    event->acceptProposedAction();
+    m_topLevelDropLine = line;
+    return true;
+}
+
+void RowTreeView::dragLeaveEvent(QDragLeaveEvent *event)
+{
+    QTreeView::dragLeaveEvent(event);
+    m_topLevelDropLine = QRect();
+}
+
+void RowTreeView::dropEvent(QDropEvent *event)
+{
+    QTreeView::dropEvent(event);
+    m_topLevelDropLine = QRect();
+}
+
+// Drawn as QTreeView draws its own drop indicator.
+void RowTreeView::paintEvent(QPaintEvent *event)
+{
+    QTreeView::paintEvent(event);
+    if (m_topLevelDropLine.isNull() || state() != DraggingState)
+        return;
+    QPainter painter(viewport());
+    QStyleOption option;
+    option.initFrom(this);
+    option.rect = m_topLevelDropLine;
+    style()->drawPrimitive(QStyle::PE_IndicatorItemViewItemDrop, &option, &painter, this);
 }

@@ -4,6 +4,11 @@
 
 /// A tree view that reports selection and current-row changes as simple signals carrying model
 /// indexes, and that can expand or collapse a whole subtree at once.
+///
+/// Drops between the top-level rows, and onto the empty area below the rows, go to the model
+/// whenever its canDropMimeData() takes them there. QTreeView takes them only where the model
+/// flags its root (the invalid index) as drop-enabled, which a model may not do although it takes
+/// drops between its top-level rows.
 class RowTreeView : public QTreeView
 {
     Q_OBJECT
@@ -36,10 +41,21 @@ signals:
     /// The current index moved from \a previous to \a current.
     void currentIndexChanged(QModelIndex const &current, QModelIndex const &previous);
 
+protected:
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
 protected slots:
     void selectionChanged(QItemSelection const &selected, QItemSelection const &deselected) override;
     void currentChanged(QModelIndex const &current, QModelIndex const &previous) override;
 
 private:
+    // Takes a drop that QTreeView refused for the flags of the root; false if the model does not
+    // take it either.
+    bool acceptTopLevelDrop(QDragMoveEvent *event);
     void forEachBelow(QModelIndex const &index, void (QTreeView::*action)(QModelIndex const &));
+
+    QRect m_topLevelDropLine; ///< the drop indicator of such a drop between top-level rows
 };

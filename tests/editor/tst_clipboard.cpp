@@ -742,14 +742,16 @@ void TestClipboard::dragSeveralCells()
     QVERIFY(!f.model.mimeData({}));
 }
 
+// Cells dragged from another window: a row dragged within the same model moves its entry instead.
 void TestClipboard::dropOntoCell()
 {
     Fixture f(tree);
-    std::unique_ptr<QMimeData> drag(f.model.mimeData({ f.index({ 3, 0, 0 }) }));
+    Fixture other(tree);
+    std::unique_ptr<QMimeData> drag(other.model.mimeData({ other.index({ 3, 0, 0 }) }));
     QVERIFY(f.model.dropMimeData(drag.get(), Qt::CopyAction, -1, -1, f.index({ 5 })));
     QCOMPARE(f.at({ 5 })->name, QStringLiteral("A"));
     QCOMPARE(f.stack.text(0), QStringLiteral("Change name"));
-    std::unique_ptr<QMimeData> code(f.model.mimeData({ f.index({ 3, 0, 0 }, 1) }));
+    std::unique_ptr<QMimeData> code(other.model.mimeData({ other.index({ 3, 0, 0 }, 1) }));
     QVERIFY(f.model.dropMimeData(code.get(), Qt::CopyAction, -1, -1, f.index({ 0, 1, 1 }, 1)));
     QCOMPARE(f.at({ 0, 1, 1 })->id, quint64(0x10));
     QCOMPARE(f.stack.text(1), QStringLiteral("Change enum code"));

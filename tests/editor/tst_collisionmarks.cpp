@@ -56,12 +56,13 @@ public:
         connect(model, &QAbstractItemModel::rowsInserted, this, &ColourRecorder::onRowsInserted);
         connect(model, &QAbstractItemModel::rowsAboutToBeRemoved, this, &ColourRecorder::onRowsAboutToBeRemoved);
         connect(model, &QAbstractItemModel::modelReset, this, &ColourRecorder::recordAll);
-        // The model moves no rows and changes no layout; a recorder that does not know how a
-        // view would take such a signal says so rather than guess.
+        // A view lays itself out anew after moved rows, and reads every colour it shows again.
+        connect(model, &QAbstractItemModel::rowsMoved, this, &ColourRecorder::recordAll);
+        // The model changes no layout; a recorder that does not know how a view would take such
+        // a signal says so rather than guess.
         connect(model, &QAbstractItemModel::layoutChanged, this, [this] {
             unhandled = QStringLiteral("layoutChanged");
         });
-        connect(model, &QAbstractItemModel::rowsMoved, this, [this] { unhandled = QStringLiteral("rowsMoved"); });
         recordAll();
     }
 

@@ -1,12 +1,14 @@
 // A seeded random walk of edits over a definitions file: cell edits of all three columns, item
-// data, insertions of every kind, lists, deletions, copy, cut and paste, drops, new and replaced
-// documents, with undo and redo in between. The model tester watches every signal; at the end
+// data, insertions of every kind, lists, deletions, copy, cut and paste, drops of text and of
+// dragged rows, moves up, down and to where an insertion goes, new and replaced documents, with
+// undo and redo in between. The model tester watches every signal; at the end
 // undoing everything must give the original file byte for byte and redoing everything the final
 // one. Run in the sanitizer build it also shows that every item outside the tree is owned by
 // exactly one command and freed once. After every step the rows the items keep of themselves
 // and the problem list that follows the edits must equal what a search of the lists and a new
 // problem list say.
 
+#include "editormoves.h"
 #include "editortest.h"
 #include "problemlist.h"
 
@@ -24,24 +26,47 @@ class RandomWalk
 public:
     RandomWalk(Fixture &fixture, quint32 seed, const QString &path)
         : f(fixture)
-        , rng(seed)
+        , m_edits(seed)
+        , m_moves(seed ^ 4u)
         , m_path(path)
     {
     }
 
     void step();
+    /// The number of entries moved so far, by the walk's moves and by drops of dragged rows.
+    int moved = 0;
     bool checkCaches(QString *problem);
 
     QMap<QString, int> counts;
 
 private:
-    int bounded(int n) { return int(rng.bounded(quint32(n))); }
+    // The moves and the variants of drops draw from a generator of their own, so that the edits
+    // draw the same numbers as they did before there were moves.
+    class MoveDraws
+    {
+    public:
+        explicit MoveDraws(RandomWalk *walk)
+            : m_walk(walk)
+        {
+            m_walk->rng = &m_walk->m_moves;
+        }
+        ~MoveDraws() { m_walk->rng = &m_walk->m_edits; }
+
+    private:
+        RandomWalk *m_walk;
+    };
+
+    void edit();
+    void move();
+    int bounded(int n) { return int(rng->bounded(quint32(n))); }
     bool chance(int percent) { return bounded(100) < percent; }
 
     QList<Item *> items() const;
     Item *pickItem();
     QModelIndex pickIndex(int column);
     QModelIndex pickIndex() { return pickIndex(bounded(3)); }
+    // An entry of a list of the given kind, or of any kind when there is none of it.
+    QModelIndex pickListEntry(ItemType list);
     QString randomName();
     QString randomCode();
     QString randomComment();
@@ -49,10 +74,13 @@ private:
     void count(const QString &what) { ++counts[what]; }
 
     Fixture &f;
-    QRandomGenerator rng;
+    QRandomGenerator m_edits;
+    QRandomGenerator m_moves;
+    QRandomGenerator *rng = &m_edits;
     QString m_path;
     std::unique_ptr<QMimeData> m_clipboard;
     int m_clipboardKind = -1;
+    std::unique_ptr<QMimeData> m_drag; ///< a row dragged some steps ago
     int m_serial = 0;
 };
 
@@ -89,6 +117,18 @@ QModelIndex RandomWalk::pickIndex(int column)
         return QModelIndex();
     const QModelIndex index = f.model.item2index(item);
     return f.model.index(index.row(), column, index.parent());
+}
+
+QModelIndex RandomWalk::pickListEntry(ItemType list)
+{
+    QList<Item *> entries;
+    for (Item *item : items()) {
+        if (item->parent->type == list)
+            entries << item;
+    }
+    if (entries.isEmpty())
+        return pickIndex();
+    return f.model.item2index(entries.at(bounded(entries.size())));
 }
 
 QString RandomWalk::randomName()
@@ -210,7 +250,18 @@ Item *RandomWalk::randomItem(int depth)
     return item;
 }
 
+// An edit, and now and then a move after it.
 void RandomWalk::step()
+{
+    edit();
+    if (QTest::currentTestFailed())
+        return;
+    const MoveDraws draws(this);
+    if (chance(10))
+        move();
+}
+
+void RandomWalk::edit()
 {
     const int op = bounded(100);
     if (op < 12) {
@@ -237,7 +288,7 @@ void RandomWalk::step()
             break;
         case 1:
             data.hasId = !data.hasId;
-            data.id = item->type == Tag ? quint64(bounded(0x10000)) : quint64(rng.generate());
+            data.id = item->type == Tag ? quint64(bounded(0x10000)) : quint64(rng->generate());
             break;
         case 2:
             data.comment = randomComment();
@@ -317,15 +368,36 @@ void RandomWalk::step()
         if (f.model.paste(pickIndex(), &mime).isValid())
             count(QStringLiteral("paste text"));
     } else if (op < 90) {
+        // A row dragged within the model moves its entry; text, as from another program, sets a
+        // cell. A drag kept from an earlier step may name rows that hold other entries now.
         const QModelIndex source = pickIndex();
         std::unique_ptr<QMimeData> mime(f.model.mimeData({ source }));
         if (!mime)
             return;
+        {
+            const MoveDraws draws(this);
+            if (chance(25)) {
+                mime = std::make_unique<QMimeData>();
+                mime->setText(chance(50) ? randomName() : randomCode());
+            } else if (m_drag && chance(15)) {
+                mime = std::move(m_drag);
+            }
+        }
+        const bool row = mime->hasFormat(EditorMoves::entryMimeType());
         const int kind = bounded(10);
-        const int row = kind == 0 ? bounded(3) : -1;
+        const int between = kind == 0 ? bounded(3) : -1;
         const Qt::DropAction action = kind == 1 ? Qt::IgnoreAction : Qt::CopyAction;
-        if (f.model.dropMimeData(mime.get(), action, row, -1, pickIndex(source.column())))
+        const int before = f.stack.index();
+        if (f.model.dropMimeData(mime.get(), action, between, -1, pickIndex(source.column()))) {
             count(QStringLiteral("drop"));
+            if (action != Qt::IgnoreAction)
+                count(row ? QStringLiteral("drop row") : QStringLiteral("drop text"));
+            if (row && f.stack.index() > before)
+                ++moved;
+        }
+        const MoveDraws draws(this);
+        if (row && chance(30))
+            m_drag = std::move(mime);
     } else if (op < 91) {
         const int before = f.stack.count();
         f.model.undoableClear(pickIndex());
@@ -344,6 +416,40 @@ void RandomWalk::step()
         for (int i = 0, n = bounded(3) + 1; i < n && f.stack.canRedo(); ++i)
             f.stack.redo();
         count(QStringLiteral("redo"));
+    }
+}
+
+void RandomWalk::move()
+{
+    if (chance(60)) {
+        // Values and bits often: a file may have few of them.
+        const QModelIndex index = chance(40) ? pickListEntry(chance(50) ? Bits : Enums) : pickIndex();
+        const int offset = chance(80) ? (chance(50) ? -1 : 1) : bounded(7) - 3;
+        const bool can = f.model.canMoveBy(index, offset);
+        const int before = f.stack.index();
+        const QModelIndex moved = f.model.moveBy(index, offset);
+        QCOMPARE(moved.isValid(), can);
+        QCOMPARE(f.stack.index(), before + (can ? 1 : 0));
+        if (moved.isValid()) {
+            QCOMPARE(moved.row(), index.row() + offset);
+            count(QStringLiteral("move ") + TreeText::typeName(f.model.index2item(moved)->type));
+            ++this->moved;
+        }
+    } else {
+        const QModelIndex index = chance(40) ? pickListEntry(chance(50) ? Bits : Enums) : pickIndex();
+        const QModelIndex parent = pickIndex(0);
+        Item *parentItem = f.model.index2item(parent);
+        const int row = parentItem ? bounded(int(parentItem->children.size()) + 2) - 1 : 0;
+        const bool can = f.model.canMoveTo(index, row, parent);
+        const int before = f.stack.index();
+        const QModelIndex moved = f.model.moveTo(index, row, parent);
+        // one undo step, or none
+        QCOMPARE(moved.isValid(), can);
+        QCOMPARE(f.stack.index(), before + (can ? 1 : 0));
+        if (moved.isValid()) {
+            count(QStringLiteral("move to ") + TreeText::typeName(f.model.index2item(moved)->type));
+            ++this->moved;
+        }
     }
 }
 
@@ -460,6 +566,7 @@ void TestEditorRandom::randomEdits()
     ProblemList problems(&f.model);
     QSignalSpy rebuilt(&problems, &ProblemList::rebuilt);
     QSignalSpy replaced(&problems, &ProblemList::replaced);
+    QSignalSpy movedRows(&f.model, &QAbstractItemModel::rowsMoved);
     int listed = 0;
     RandomWalk walk(f, seed, path);
     for (int i = 0; i < steps; ++i) {
@@ -478,15 +585,18 @@ void TestEditorRandom::randomEdits()
             QVERIFY2(!f.dump().contains(QLatin1String("(wrong parent)")), qPrintable(QStringLiteral("step %1").arg(i)));
     }
 
-    // The list was kept up to date change by change; only new documents and the changes that
-    // touched many entries made it anew.
+    // The list was kept up to date change by change, moved rows too; only new documents and the
+    // changes that touched many entries made it anew.
     QVERIFY(listed > steps);
+    QVERIFY(walk.moved > steps / 50);
     QVERIFY2(replaced.count() > steps / 5, qPrintable(QString::number(replaced.count())));
-    QVERIFY2(rebuilt.count() < steps / 10, qPrintable(QString::number(rebuilt.count())));
-    qDebug("%d problems listed, %lld changes of the list, %lld lists made anew",
+    QVERIFY2(rebuilt.count() < steps / 10,
+             qPrintable(QStringLiteral("%1, %2 moved rows").arg(rebuilt.count()).arg(movedRows.count())));
+    qDebug("%d problems listed, %lld changes of the list, %lld lists made anew, %lld moved rows",
            listed,
            replaced.count(),
-           rebuilt.count());
+           rebuilt.count(),
+           movedRows.count());
 
     // Every kind of operation took place.
     const QStringList expected = {
@@ -515,6 +625,14 @@ void TestEditorRandom::randomEdits()
         QStringLiteral("paste Bits merged"),
         QStringLiteral("paste text"),
         QStringLiteral("drop"),
+        QStringLiteral("drop row"),
+        QStringLiteral("drop text"),
+        QStringLiteral("move Tag"),
+        QStringLiteral("move Enum"),
+        QStringLiteral("move Bit"),
+        QStringLiteral("move to Tag"),
+        QStringLiteral("move to Enum"),
+        QStringLiteral("move to Bit"),
         QStringLiteral("clear"),
         QStringLiteral("replace"),
         QStringLiteral("undo"),
