@@ -260,11 +260,8 @@ void ProblemList::onRowsRemoved(const QModelIndex &parentIndex, int first, int l
 // A moved entry leaves its list as a removed one does, and arrives as an inserted one: its
 // problems and those of its subtree are taken out of the list now and computed again at its new
 // place, which may be in another list.
-void ProblemList::onRowsAboutToBeMoved(const QModelIndex &sourceParent,
-                                       int first,
-                                       int last,
-                                       const QModelIndex &destinationParent,
-                                       int destinationRow)
+void ProblemList::onRowsAboutToBeMoved(
+    const QModelIndex &sourceParent, int first, int last, const QModelIndex &destinationParent, int destinationRow)
 {
     Q_UNUSED(destinationParent)
     Q_UNUSED(destinationRow)
@@ -277,11 +274,8 @@ void ProblemList::onRowsAboutToBeMoved(const QModelIndex &sourceParent,
     takeLeaving(parent, first, last);
 }
 
-void ProblemList::onRowsMoved(const QModelIndex &sourceParent,
-                              int first,
-                              int last,
-                              const QModelIndex &destinationParent,
-                              int destinationRow)
+void ProblemList::onRowsMoved(
+    const QModelIndex &sourceParent, int first, int last, const QModelIndex &destinationParent, int destinationRow)
 {
     Q_UNUSED(last)
     Q_UNUSED(destinationRow)

@@ -64,16 +64,10 @@ private:
     void onRowsInserted(const QModelIndex &parent, int first, int last);
     void onRowsAboutToBeRemoved(const QModelIndex &parent, int first, int last);
     void onRowsRemoved(const QModelIndex &parent, int first, int last);
-    void onRowsAboutToBeMoved(const QModelIndex &sourceParent,
-                              int first,
-                              int last,
-                              const QModelIndex &destinationParent,
-                              int destinationRow);
-    void onRowsMoved(const QModelIndex &sourceParent,
-                     int first,
-                     int last,
-                     const QModelIndex &destinationParent,
-                     int destinationRow);
+    void onRowsAboutToBeMoved(
+        const QModelIndex &sourceParent, int first, int last, const QModelIndex &destinationParent, int destinationRow);
+    void onRowsMoved(
+        const QModelIndex &sourceParent, int first, int last, const QModelIndex &destinationParent, int destinationRow);
     // The rows from `first` to `last` of `parent` have arrived: inserted or moved there.
     void takeInserted(const Item *parent, int first, int last);
     // The rows from `first` to `last` of `parent` are about to leave: removed or moved away.

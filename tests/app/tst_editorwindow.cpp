@@ -437,15 +437,8 @@ private slots:
         // Each menu holds its own actions first, then the later additions (find, problems,
         // comparison) after a separator.
         QCOMPARE(menuTexts(ui()->m_menu_file),
-                 QStringList({ "Open",
-                               "Open &Recent",
-                               "|",
-                               "Save",
-                               "Save as...",
-                               "|",
-                               "Close",
-                               "|",
-                               "Compare with file..." }));
+                 QStringList(
+                     { "Open", "Open &Recent", "|", "Save", "Save as...", "|", "Close", "|", "Compare with file..." }));
         // The stack's undo and redo actions come first; with nothing to undo Qt calls them so.
         QCOMPARE(menuTexts(ui()->m_menu_edit),
                  QStringList({ "Undo",
