@@ -458,6 +458,8 @@ QMenu *EditorWindow::treeContextMenu(const QModelIndex &index)
         menu->addSeparator();
         menu->addActions({ m_ui->m_act_cut, m_ui->m_act_copy, m_ui->m_act_paste, m_ui->m_act_delete });
         menu->addSeparator();
+        menu->addActions({ m_editing->moveUpAction(), m_editing->moveDownAction() });
+        menu->addSeparator();
         menu->addAction(m_ui->m_act_edit);
         m_ui->m_act_edit->setEnabled(m_model->index2item(index) && m_model->index2item(index)->isNamedKind());
         const bool parent = m_model->hasChildren(index.siblingAtColumn(0));

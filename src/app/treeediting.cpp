@@ -10,6 +10,7 @@
 #include <QAction>
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QIcon>
 #include <QMimeData>
 
 namespace ZAT16 {
@@ -23,6 +24,8 @@ TreeEditing::TreeEditing(EditorWindow *window)
     , m_act_move_down(new QAction(tr("Move down"), window))
 {
     m_act_move_up->setObjectName(QStringLiteral("m_act_move_up"));
+    m_act_move_up->setIcon(QIcon(QStringLiteral(":/icons/i16_move_up.png")));
+    m_act_move_down->setIcon(QIcon(QStringLiteral(":/icons/i16_move_down.png")));
     m_act_move_up->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Up));
     m_act_move_down->setObjectName(QStringLiteral("m_act_move_down"));
     m_act_move_down->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Down));

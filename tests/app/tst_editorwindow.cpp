@@ -1685,11 +1685,19 @@ private slots:
                                "Paste",
                                "Delete",
                                "|",
+                               "Move up",
+                               "Move down",
+                               "|",
                                "Edit...",
                                "Expand subtree",
                                "Collapse subtree" }));
         QVERIFY(ui()->m_act_expand_subtree->isEnabled());
         QVERIFY(ui()->m_act_edit->isEnabled());
+        const QList<QAction *> actions = menu->actions();
+        QCOMPARE(actions.at(11)->icon().pixmap(16).toImage(),
+                 QIcon(QStringLiteral(":/icons/i16_move_up.png")).pixmap(16).toImage());
+        QCOMPARE(actions.at(12)->icon().pixmap(16).toImage(),
+                 QIcon(QStringLiteral(":/icons/i16_move_down.png")).pixmap(16).toImage());
         // a tag without lists has nothing to expand
         menu.reset(m_window->treeContextMenu(model()->index(0, 0)));
         QVERIFY(!ui()->m_act_expand_subtree->isEnabled());
