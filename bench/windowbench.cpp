@@ -41,6 +41,8 @@ const Action actions[] = {
     { "delete-shown", "delete, Problems shown", "insert-shown", ShownEdit },
     { "paste-shown", "paste, Problems shown", "paste-shown", ShownEdit },
     { "cut-shown", "cut, Problems shown", "paste-shown", ShownEdit },
+    { "move-shown", "move down, Problems shown", "move-shown", ShownEdit },
+    { "undo-move-shown", "undo move, Problems shown", "move-shown", ShownEdit },
     { "rename-hidden", "rename, Problems hidden", "names-hidden", HiddenEdit },
     { "undo-hidden", "undo, Problems hidden", "names-hidden", HiddenEdit },
     { "redo-hidden", "redo, Problems hidden", "names-hidden", HiddenEdit },
@@ -48,6 +50,8 @@ const Action actions[] = {
     { "delete-hidden", "delete, Problems hidden", "insert-hidden", HiddenEdit },
     { "paste-hidden", "paste, Problems hidden", "paste-hidden", HiddenEdit },
     { "cut-hidden", "cut, Problems hidden", "paste-hidden", HiddenEdit },
+    { "move-hidden", "move down, Problems hidden", "move-hidden", HiddenEdit },
+    { "undo-move-hidden", "undo move, Problems hidden", "move-hidden", HiddenEdit },
     { "find-rare", "find next, rare match", "find-rare", Find },
     { "find-often", "find next, frequent match", "find-often", Find },
     { "expand", "expand all", "expand", Expand },
@@ -227,7 +231,7 @@ bool WindowBench::round(int column, bool record)
 
     // F8 shows the Problems dock for the edits that follow.
     if (!profiling || due(column, "f8") || due(column, "names-shown") || due(column, "insert-shown")
-        || due(column, "paste-shown"))
+        || due(column, "paste-shown") || due(column, "move-shown"))
         run("f8", [&] { driver.nextProblem(); });
 
     // Each group of edits starts on the tag in the middle of the file and ends with the document
@@ -259,6 +263,13 @@ bool WindowBench::round(int column, bool record)
             driver.copy();
             run(key("paste"), [&] { driver.paste(); });
             run(key("cut"), [&] { driver.cut(); });
+            driver.undoTo(start);
+        }
+        if (due(column, key("move"))) {
+            driver.selectEditedTag();
+            const int start = driver.undoIndex();
+            run(key("move"), [&] { driver.moveDown(); });
+            run(QByteArray("undo-move") + state, [&] { driver.undo(); });
             driver.undoTo(start);
         }
         if (failed())

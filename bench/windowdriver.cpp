@@ -157,6 +157,11 @@ void WindowDriver::cut()
     trigger("m_act_cut", 1);
 }
 
+void WindowDriver::moveDown()
+{
+    trigger("m_act_move_down", 1);
+}
+
 void WindowDriver::findNext()
 {
     trigger("m_act_find_next", 0);

@@ -55,6 +55,8 @@ public:
     void remove();
     void paste();
     void cut();
+    /// Move down (Ctrl+Shift+Down).
+    void moveDown();
     /// F3: one step of the find bar.
     void findNext();
     void expandAll();
