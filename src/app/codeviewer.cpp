@@ -8,9 +8,9 @@
 #include "editorwindow.h"
 #include "highlighterc.h"
 #include "highlighterlua.h"
+#include "recentfiles.h"
 #include "savesequence.h"
 #include "textsliceloader.h"
-#include "tools.h"
 
 #include <QClipboard>
 #include <QDialog>
@@ -85,7 +85,10 @@ QDialog *CodeViewer::createViewer(const QString &title, QSyntaxHighlighter *high
         outer->insertWidget(1, note);
     });
     connect(saveAs, &QPushButton::clicked, dialog, [this, dialog, text]() {
-        const QString start = EditorSettings::startPath(EditorSettings::LastViewerSavePath);
+        // The text's last place, else the folder of the file last opened or saved.
+        QString start = EditorSettings::text(EditorSettings::LastViewerSavePath);
+        if (start.isEmpty() || !QFileInfo(start).absoluteDir().exists())
+            start = RecentFiles::startFolder();
         const QString path = QFileDialog::getSaveFileName(dialog, EditorWindow::tr("Save generated text"), start);
         if (path.isEmpty())
             return;
@@ -128,8 +131,10 @@ QDialog *CodeViewer::showOutput(Outputs::Kind kind)
 void CodeViewer::compare()
 {
     const QString fileName = m_document->fileName();
-    QString start = fileName.isEmpty() ? EditorSettings::text(EditorSettings::LastOpenPath) : fileName;
-    start = start.isEmpty() ? Tools::documentsPath() : QFileInfo(start).absolutePath();
+    // The document's folder, else the folder of the file last opened or saved.
+    QString start = fileName.isEmpty() ? QString() : QFileInfo(fileName).absolutePath();
+    if (start.isEmpty() || !QFileInfo(start).isDir())
+        start = RecentFiles::startFolder();
     const QString path = QFileDialog::getOpenFileName(m_window,
                                                       EditorWindow::tr("Compare with an older version"),
                                                       start,

@@ -1,7 +1,5 @@
 #include "editorsettings.h"
 
-#include "tools.h"
-
 #include <QFont>
 #include <QSettings>
 #include <QVariant>
@@ -105,12 +103,6 @@ bool EditorSettings::readFont(Key key, QFont *font)
 void EditorSettings::writeFont(Key key, const QFont &font)
 {
     QSettings().setValue(EditorSettings::key(key), font.toString());
-}
-
-QString EditorSettings::startPath(Key key)
-{
-    const QString path = text(key);
-    return path.isEmpty() ? Tools::documentsPath() : path;
 }
 
 void EditorSettings::writePath(Key key, const QString &path)

@@ -50,8 +50,6 @@ public:
     static bool readFont(Key key, QFont *font);
     static void writeFont(Key key, const QFont &font);
 
-    /// Where a file dialog starts: the path stored under `key`, or the documents folder.
-    static QString startPath(Key key);
     /// Stores the path a file dialog gave, written out at once.
     static void writePath(Key key, const QString &path);
 };

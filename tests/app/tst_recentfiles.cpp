@@ -9,6 +9,7 @@
 #include "filedialog.h"
 #include "localfile.h"
 #include "modal.h"
+#include "opendialog.h"
 #include "recentfiles.h"
 #include "rowtreeview.h"
 #include "testfiles.h"
@@ -24,6 +25,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QStandardPaths>
@@ -33,6 +35,7 @@
 #include <QUrl>
 
 #include <fcntl.h>
+#include <functional>
 #include <memory>
 #include <unistd.h>
 
@@ -172,6 +175,12 @@ private:
     // started with; the dialog is cancelled.
     bool dialogStart(QAction *dialogAction, QString *folder, QString *name)
     {
+        return dialogStart([dialogAction] { dialogAction->trigger(); }, folder, name);
+    }
+
+    // The same for the file dialog that `open` opens.
+    bool dialogStart(const std::function<void()> &open, QString *folder, QString *name)
+    {
         bool shown = false;
         TestModal::onNextModalOf<QFileDialog>([&](QWidget *w) {
             auto *dialog = qobject_cast<QFileDialog *>(w);
@@ -180,8 +189,20 @@ private:
             *name = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->text();
             dialog->reject();
         });
-        dialogAction->trigger();
+        open();
         return shown;
+    }
+
+    // The file dialog of a viewer's "Save as...".
+    bool viewerSaveStart(QString *folder, QString *name)
+    {
+        QDialog *viewer = dialogOpenedBy(m_window, m_window->ui()->m_act_view_header);
+        if (!viewer)
+            return false;
+        const std::unique_ptr<QDialog> closed(viewer);
+        return dialogStart([viewer] { viewer->findChild<QPushButton *>(QStringLiteral("saveAsButton"))->click(); },
+                           folder,
+                           name);
     }
 
 private slots:
@@ -531,6 +552,37 @@ private slots:
         QString name;
         QVERIFY(dialogStart(saveAs ? m_window->ui()->m_act_save_as : m_window->ui()->m_act_open, &folder, &name));
         QCOMPARE(folder, m_home.path());
+        QCOMPARE(name, QString());
+    }
+
+    // The viewers' Save as and Compare with file start where Open does when they have no place
+    // of their own: never in a "Documents" folder that is not there.
+    void otherDialogsStartInAFolderThatExists()
+    {
+        QString folder;
+        QString name;
+        QVERIFY(viewerSaveStart(&folder, &name));
+        QCOMPARE(folder, m_home.path());
+        QCOMPARE(name, QString());
+        QVERIFY(dialogStart(m_window->ui()->m_act_compare, &folder, &name));
+        QCOMPARE(folder, m_home.path());
+        QCOMPARE(name, QString());
+
+        // A document's comparison starts in its folder, and so does a viewer's first Save as.
+        QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("sub")));
+        QVERIFY(m_window->openFile(makeFile(QStringLiteral("sub/a.zatdef"))));
+        QVERIFY(viewerSaveStart(&folder, &name));
+        QCOMPARE(folder, path(QStringLiteral("sub")));
+        QVERIFY(dialogStart(m_window->ui()->m_act_compare, &folder, &name));
+        QCOMPARE(folder, path(QStringLiteral("sub")));
+        QCOMPARE(name, QString());
+
+        // A viewer's text saved before into a folder that has gone since.
+        QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("gone")));
+        QSettings().setValue(QStringLiteral("ZAT16Editor/LastViewerSavePath"), path(QStringLiteral("gone/a.h")));
+        QVERIFY(QDir(path(QStringLiteral("gone"))).removeRecursively());
+        QVERIFY(viewerSaveStart(&folder, &name));
+        QCOMPARE(folder, path(QStringLiteral("sub")));
         QCOMPARE(name, QString());
     }
 
