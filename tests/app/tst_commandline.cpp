@@ -1,6 +1,8 @@
 // Runs the built zatedit: --help and --version without a display, the messages and the exit
 // status of bad usage, and a file named on the command line, which the editor opens.
 
+#include "processrun.h"
+
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -20,11 +22,7 @@ struct RemovedAtEnd {
     ~RemovedAtEnd() { ::unlink(name.constData()); }
 };
 
-struct Run {
-    int status = -1; ///< -1 when zatedit did not end by itself
-    QByteArray out;
-    QByteArray err;
-};
+using ProcessRun::Run;
 
 } // namespace
 
@@ -60,16 +58,7 @@ private:
         process.setProcessEnvironment(environment(display));
         process.setWorkingDirectory(m_dir.path());
         process.start(QStringLiteral(ZATEDIT_PATH), arguments);
-        Run result;
-        if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit) {
-            process.kill();
-            process.waitForFinished();
-            return result;
-        }
-        result.status = process.exitCode();
-        result.out = process.readAllStandardOutput();
-        result.err = process.readAllStandardError();
-        return result;
+        return ProcessRun::finish(process, 60000);
     }
 
     QString settingsFile() const { return path(QStringLiteral("config/zatedit/zatedit.conf")); }

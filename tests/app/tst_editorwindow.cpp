@@ -56,23 +56,7 @@ namespace {
 using TestFiles::readFile;
 using TestFiles::writeFile;
 
-const QByteArray defs = "<?xml version=\"1.0\" encoding=\"UTF-8\"?> <!-- -*- nxml -*- -->\n"
-                        "<zat16>\n"
-                        "  <tag name=\"Power\" id=\"0x2001\"/>\n"
-                        "  <tag name=\"Mode\" id=\"0x1002\">\n"
-                        "    <enums>\n"
-                        "      <enum name=\"Off\" id=\"0\"/>\n"
-                        "      <enum name=\"On\" id=\"1\"/>\n"
-                        "    </enums>\n"
-                        "  </tag>\n"
-                        "  <!-- a comment line -->\n"
-                        "\n"
-                        "  <tag name=\"Flags\" id=\"0x7001\">\n"
-                        "    <bits>\n"
-                        "      <bit name=\"Ready\" id=\"0\"/>\n"
-                        "    </bits>\n"
-                        "  </tag>\n"
-                        "</zat16>\n";
+const QByteArray &defs = TestFiles::windowDefinitions;
 
 QByteArray encode(const Item *root)
 {

@@ -29,23 +29,7 @@ namespace {
 
 // Rows of the root: 0 Power, 1 Mode { 0 enums {0 Off, 1 On} }, 2 comment line, 3 blank line,
 // 4 Flags { 0 bits {0 Ready} }.
-const QByteArray defs = "<?xml version=\"1.0\" encoding=\"UTF-8\"?> <!-- -*- nxml -*- -->\n"
-                        "<zat16>\n"
-                        "  <tag name=\"Power\" id=\"0x2001\"/>\n"
-                        "  <tag name=\"Mode\" id=\"0x1002\">\n"
-                        "    <enums>\n"
-                        "      <enum name=\"Off\" id=\"0\"/>\n"
-                        "      <enum name=\"On\" id=\"1\"/>\n"
-                        "    </enums>\n"
-                        "  </tag>\n"
-                        "  <!-- a comment line -->\n"
-                        "\n"
-                        "  <tag name=\"Flags\" id=\"0x7001\">\n"
-                        "    <bits>\n"
-                        "      <bit name=\"Ready\" id=\"0\"/>\n"
-                        "    </bits>\n"
-                        "  </tag>\n"
-                        "</zat16>\n";
+const QByteArray &defs = TestFiles::windowDefinitions;
 
 // The names of the children of `item`, comment lines as "#", blank lines as "-", lists by kind.
 QString rows(const Item *item)

@@ -2,6 +2,8 @@
 
 // Runs the built zatgen binary (ZATGEN_PATH) and collects its exit status and output.
 
+#include "processrun.h"
+
 #include <QByteArray>
 #include <QProcess>
 #include <QString>
@@ -11,26 +13,8 @@
 
 namespace ZatgenRun {
 
-struct Run {
-    int status = -1; ///< -1 when zatgen did not end by itself within the time given
-    QByteArray out;
-    QByteArray err;
-};
-
-/// Waits for `process` to end by itself within `timeoutMs` and collects what it gave.
-inline Run finish(QProcess &process, int timeoutMs)
-{
-    Run result;
-    if (!process.waitForFinished(timeoutMs) || process.exitStatus() != QProcess::NormalExit) {
-        process.kill();
-        process.waitForFinished();
-        return result;
-    }
-    result.status = process.exitCode();
-    result.out = process.readAllStandardOutput();
-    result.err = process.readAllStandardError();
-    return result;
-}
+using ProcessRun::finish;
+using ProcessRun::Run;
 
 /// Runs zatgen with `arguments`; `childSetup`, when given, runs in the child before zatgen
 /// starts (to set resource limits, say).
