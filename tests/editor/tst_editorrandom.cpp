@@ -274,7 +274,10 @@ void RandomWalk::edit()
             count(QStringLiteral("edit code"));
     } else if (op < 32) {
         const QModelIndex index = pickIndex(2);
-        if (f.model.setData(index, randomComment(), chance(95) ? Qt::EditRole : Qt::DisplayRole))
+        // One random number after the other, in the same order whatever the compiler: the order in
+        // which a call's arguments are evaluated is not fixed.
+        const int role = chance(95) ? Qt::EditRole : Qt::DisplayRole;
+        if (f.model.setData(index, randomComment(), role))
             count(QStringLiteral("edit comment"));
     } else if (op < 38) {
         const QModelIndex index = pickIndex();
@@ -328,7 +331,8 @@ void RandomWalk::edit()
             delete item;
         }
     } else if (op < 58) {
-        if (f.model.insertList(pickIndex(), chance(50) ? Enums : Bits).isValid())
+        const ItemType list = chance(50) ? Enums : Bits;
+        if (f.model.insertList(pickIndex(), list).isValid())
             count(QStringLiteral("list"));
     } else if (op < 65) {
         const QModelIndex index = pickIndex();
