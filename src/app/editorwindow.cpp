@@ -55,6 +55,8 @@ EditorWindow::EditorWindow(QWidget *parent)
     connect(m_undoStack, &QUndoStack::cleanChanged, this, &EditorWindow::updateCleanState);
     m_model->setUndoStack(m_undoStack);
     connect(m_model, &EditorModel::undone, this, &EditorWindow::setCurrentItem);
+    // A dropped row is selected whole at its new place, as after Move up or down.
+    connect(m_model, &EditorModel::entryDropped, this, &EditorWindow::setCurrentItem);
     // Until a file is opened the window shows an empty document, to which the first tag can be
     // added.
     auto *empty = new Item;

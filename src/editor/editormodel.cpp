@@ -255,8 +255,12 @@ bool EditorModel::dropMimeData(
     if (action == Qt::IgnoreAction)
         return true;
     QModelIndex entry;
-    if (m_moves.isOwnDrag(data, &entry))
-        return m_moves.drop(entry, row, parent);
+    if (m_moves.isOwnDrag(data, &entry)) {
+        const QModelIndex moved = m_moves.drop(entry, row, parent);
+        if (moved.isValid())
+            emit entryDropped(moved);
+        return moved.isValid();
+    }
     // Only drops onto an item are taken, not between rows.
     if (row >= 0 || column >= 0)
         return false;

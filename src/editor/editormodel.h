@@ -150,6 +150,8 @@ public:
 signals:
     /// A command has been undone; `index` is what it wants selected again.
     void undone(const QModelIndex &index);
+    /// A row dragged within the model was dropped: its entry moved to `index`.
+    void entryDropped(const QModelIndex &index);
 
 private:
     // Siblings whose collision flags a change turned on or off.

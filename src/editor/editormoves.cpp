@@ -217,7 +217,7 @@ bool EditorMoves::canDrop(const QModelIndex &entry, int row, const QModelIndex &
         && destination(m_model.index2item(entry), parentItem, position, &to);
 }
 
-bool EditorMoves::drop(const QModelIndex &entry, int row, const QModelIndex &parent)
+QModelIndex EditorMoves::drop(const QModelIndex &entry, int row, const QModelIndex &parent)
 {
     Item *parentItem = nullptr;
     int position = 0;
@@ -225,9 +225,8 @@ bool EditorMoves::drop(const QModelIndex &entry, int row, const QModelIndex &par
     Item *item = m_model.index2item(entry);
     if (!entry.isValid() || !dropPlace(row, parent, &parentItem, &position)
         || !destination(item, parentItem, position, &to))
-        return false;
-    move(item, to);
-    return true;
+        return QModelIndex();
+    return move(item, to);
 }
 
 } // namespace ZAT16

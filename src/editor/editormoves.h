@@ -48,7 +48,8 @@ public:
     /// between rows (`row` at least 0) or onto the entry `parent` (onto the empty area below the
     /// rows when `parent` is invalid).
     bool canDrop(const QModelIndex &entry, int row, const QModelIndex &parent) const;
-    bool drop(const QModelIndex &entry, int row, const QModelIndex &parent);
+    /// The moved entry's new index, or invalid when the drop moved nothing.
+    QModelIndex drop(const QModelIndex &entry, int row, const QModelIndex &parent);
 
 private:
     // Where a moved entry goes: a row of an existing parent, or the first row of a new list.

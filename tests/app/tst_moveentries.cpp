@@ -276,6 +276,10 @@ private slots:
         QCOMPARE(rows(model()->root()->child(1)), QStringLiteral("Bits"));
         QCOMPARE(m_window->undoStack()->count(), 1);
         QCOMPARE(m_window->undoStack()->text(0), QStringLiteral("Move tag"));
+        // The moved row is current and selected whole, as after Move up or down.
+        QCOMPARE(view()->currentIndex().siblingAtColumn(0), top(1));
+        QCOMPARE(view()->selectionModel()->selectedIndexes().size(), model()->columnCount());
+        QVERIFY(view()->selectionModel()->isRowSelected(1, QModelIndex()));
 
         // A value onto another tag goes into its list, made for it.
         view()->expand(top(2));
