@@ -1,5 +1,6 @@
 // zatedit: the ZAT16 tag definitions editor. Exit status: 0 when the window was closed, and after
-// --help and --version; 2 bad usage (an unknown option, more than one file).
+// --help and --version; 1 no display to show the window on; 2 bad usage (an unknown option, more
+// than one file).
 
 #include "editorwindow.h"
 #include "localfile.h"
@@ -16,6 +17,7 @@ namespace {
 
 enum ExitStatus {
     Success = 0,
+    NoDisplay = 1,
     BadUsage = 2,
 };
 
@@ -50,7 +52,11 @@ int main(int argc, char *argv[])
     // starts all the same, without a screen, as it takes its own options (-style, -platform)
     // out of the arguments.
     const bool textOnly = asksForText(argc, argv);
-    if (textOnly)
+    // Without a display the toolkit would end the program as it starts, before a wrong option
+    // could be named: the arguments are read offscreen all the same, and the window is not opened.
+    const bool noDisplay = qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")
+        && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+    if (textOnly || noDisplay)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("zatedit"));
@@ -94,6 +100,11 @@ int main(int argc, char *argv[])
     if (textOnly) {
         printErr(QStringLiteral("zatedit: --help or --version was given as the value of an option\n"));
         return BadUsage;
+    }
+    if (noDisplay) {
+        printErr(
+            QStringLiteral("zatedit: no display to show the window on (neither DISPLAY nor WAYLAND_DISPLAY is set)\n"));
+        return NoDisplay;
     }
 
     auto *window = new ZAT16::EditorWindow;

@@ -144,6 +144,13 @@ private slots:
             << QByteArray("zatedit: Unknown option 'frobnicate'.\n");
         QTest::newRow("two files") << QStringList { QStringLiteral("a.zatdef"), QStringLiteral("b.zatdef") } << true
                                    << QByteArray("zatedit: only one file can be opened\n");
+        // Without a display the toolkit used to end the program as it started, before the usage
+        // was looked at.
+        QTest::newRow("unknown option without a display") << QStringList { QStringLiteral("--frobnicate") } << false
+                                                          << QByteArray("zatedit: Unknown option 'frobnicate'.\n");
+        QTest::newRow("two files without a display")
+            << QStringList { QStringLiteral("a.zatdef"), QStringLiteral("b.zatdef") } << false
+            << QByteArray("zatedit: only one file can be opened\n");
         // Qt takes "--help" as the title of the window: no window opens where no screen is.
         QTest::newRow("--help as the value of a Qt option")
             << QStringList { QStringLiteral("-qwindowtitle"), QStringLiteral("--help") } << false
@@ -158,6 +165,25 @@ private slots:
         const Run result = run(arguments, display);
         QCOMPARE(result.status, 2);
         QCOMPARE(result.err, message);
+        QCOMPARE(result.out, QByteArray());
+    }
+
+    // Without a display the editor says so, rather than the toolkit's advice about its plugins.
+    void noDisplay_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::newRow("no file") << QStringList();
+        QTest::newRow("a file") << QStringList { QStringLiteral("defs.zatdef") };
+    }
+
+    void noDisplay()
+    {
+        QFETCH(QStringList, arguments);
+        const Run result = run(arguments, false);
+        QCOMPARE(result.status, 1);
+        QCOMPARE(result.err,
+                 QByteArray(
+                     "zatedit: no display to show the window on (neither DISPLAY nor WAYLAND_DISPLAY is set)\n"));
         QCOMPARE(result.out, QByteArray());
     }
 
