@@ -13,6 +13,7 @@
 #include "problems.h"
 #include "readbackcheck.h"
 #include "savesequence.h"
+#include "writerjson.h"
 #include "writerxml.h"
 
 #include <QCommandLineParser>
@@ -213,6 +214,13 @@ QList<OutputKind> outputKinds()
           [](const ZAT16::Item *root, const QString &path, bool checkOnly, QString *error) {
               ZAT16::WriterXml writer;
               return produce(writer, true, root, path, checkOnly, error);
+          } },
+        { QStringLiteral("json"),
+          QStringLiteral("Write the definitions as a JSON document, the model that plugins read, to <path> (- for "
+                         "standard output)."),
+          [](const ZAT16::Item *root, const QString &path, bool checkOnly, QString *error) {
+              ZAT16::WriterJson writer;
+              return produce(writer, false, root, path, checkOnly, error);
           } },
     };
     for (int kind = 0; kind < ZAT16::Outputs::KindCount; ++kind) {
