@@ -63,8 +63,13 @@ void JsonOutput::endArray()
 
 void JsonOutput::key(QLatin1String name)
 {
+    key(QStringView(QString(name)));
+}
+
+void JsonOutput::key(QStringView name)
+{
     beforeValue();
-    appendString(m_text, QString(name));
+    appendString(m_text, name);
     m_text += QLatin1String(": ");
     m_afterKey = true;
 }

@@ -20,6 +20,7 @@ public:
     void endArray();
     /// The name of the next member of the object being written.
     void key(QLatin1String name);
+    void key(QStringView name);
 
     void value(QStringView text);
     void value(QLatin1String text) { value(QStringView(QString(text))); }
