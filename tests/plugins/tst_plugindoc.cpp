@@ -14,6 +14,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -148,6 +149,15 @@ class TestPluginDoc : public QObject
     Q_OBJECT
 
 private slots:
+    // The plugins are Python 3 scripts.
+    void initTestCase()
+    {
+        if (QStandardPaths::findExecutable(QStringLiteral("python3")).isEmpty())
+            QSKIP("python3 is not installed");
+        if (QStandardPaths::findExecutable(QStringLiteral("xmllint")).isEmpty())
+            QSKIP("xmllint is not installed");
+    }
+
     void examples_data()
     {
         QTest::addColumn<QString>("name");

@@ -8,6 +8,7 @@
 #include "zatgenrun.h"
 
 #include <QDir>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -127,6 +128,13 @@ class TestPluginPython : public QObject
     Q_OBJECT
 
 private slots:
+    // The plugins are Python 3 scripts.
+    void initTestCase()
+    {
+        if (QStandardPaths::findExecutable(QStringLiteral("python3")).isEmpty())
+            QSKIP("python3 is not installed");
+    }
+
     void examples()
     {
         QTemporaryDir dir;
