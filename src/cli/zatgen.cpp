@@ -240,6 +240,40 @@ QList<OutputKind> outputKinds()
     return kinds;
 }
 
+// The files the plugins made, written or compared as the other outputs are; an exit status.
+int writePluginFiles(const QList<ZAT16::Plugin> &plugins, const ZAT16::Item *root, bool checkOnly, bool *outOfDate)
+{
+    for (const ZAT16::Plugin &plugin : std::as_const(plugins)) {
+        for (const ZAT16::Plugin::File &file : plugin.files) {
+            const QFileInfo info(file.path);
+            OutputResult result = OutputResult::Unchanged;
+            QString error;
+            // An empty file is compared here: the writer frame gives no bytes for a failure too.
+            if (!file.content.isEmpty() || !info.isFile() || info.size() != 0) {
+                if (!checkOnly && !QDir().mkpath(info.absolutePath())) {
+                    printErr(QStringLiteral("Error writing %1:\n  the folder could not be made\n").arg(file.path));
+                    return WriteFailed;
+                }
+                ZAT16::WriterPluginFile writer(file.content);
+                result = produce(writer, false, root, file.path, checkOnly, &error);
+            }
+            switch (result) {
+            case OutputResult::Written:
+            case OutputResult::Unchanged:
+                break;
+            case OutputResult::OutOfDate:
+                printErr(QStringLiteral("zatgen: out of date: %1\n").arg(file.path));
+                *outOfDate = true;
+                break;
+            case OutputResult::Failed:
+                printErr(error + QLatin1Char('\n'));
+                return WriteFailed;
+            }
+        }
+    }
+    return Success;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -404,33 +438,8 @@ int main(int argc, char *argv[])
             }
         }
     }
-    for (const ZAT16::Plugin &plugin : std::as_const(plugins)) {
-        for (const ZAT16::Plugin::File &file : plugin.files) {
-            const QFileInfo info(file.path);
-            OutputResult result = OutputResult::Unchanged;
-            QString error;
-            // An empty file is compared here: the writer frame gives no bytes for a failure too.
-            if (!file.content.isEmpty() || !info.isFile() || info.size() != 0) {
-                if (!checkOnly && !QDir().mkpath(info.absolutePath())) {
-                    printErr(QStringLiteral("Error writing %1:\n  the folder could not be made\n").arg(file.path));
-                    return WriteFailed;
-                }
-                ZAT16::WriterPluginFile writer(file.content);
-                result = produce(writer, false, root.get(), file.path, checkOnly, &error);
-            }
-            switch (result) {
-            case OutputResult::Written:
-            case OutputResult::Unchanged:
-                break;
-            case OutputResult::OutOfDate:
-                printErr(QStringLiteral("zatgen: out of date: %1\n").arg(file.path));
-                outOfDate = true;
-                break;
-            case OutputResult::Failed:
-                printErr(error + QLatin1Char('\n'));
-                return WriteFailed;
-            }
-        }
-    }
+    const int pluginStatus = writePluginFiles(plugins, root.get(), checkOnly, &outOfDate);
+    if (pluginStatus != Success)
+        return pluginStatus;
     return outOfDate ? OutOfDate : Success;
 }
