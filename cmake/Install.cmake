@@ -7,7 +7,8 @@
 #
 # The programs themselves are installed where they are built (src/app, src/cli); zatgen joins the
 # export set zat16Targets there, which becomes the imported target zat16::zatgen of the package.
-# Without the editor (ZAT16_EDITOR OFF) only zatgen, its man page and the CMake package are installed.
+# Without the editor (ZAT16_EDITOR OFF) only zatgen, its plugins, its man page and the CMake package
+# are installed. The plugins are installed where they are kept (plugins/).
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -80,8 +81,10 @@ string(CONCAT CPACK_PACKAGE_DESCRIPTION
     "\n"
     "zatgen is its headless generator: it writes the C header, the C++\n"
     "enumerations and lookup tables, the C# enumerations and the Lua tables\n"
-    "of a definitions file. The CMake package find_package(zat16) runs it\n"
-    "during a build through the function zat16_generate().")
+    "of a definitions file, and runs generator plugins for other outputs;\n"
+    "zatgen-python (a Python module) and zatgen-doc (Markdown and HTML\n"
+    "documentation) come with it. The CMake package find_package(zat16)\n"
+    "runs it during a build through the function zat16_generate().")
 set(CPACK_PACKAGE_INSTALL_DIRECTORY zatedit)
 set(CPACK_GENERATOR DEB)
 set(CPACK_STRIP_FILES ON)
@@ -94,5 +97,7 @@ if(ZAT16_EDITOR)
     set(CPACK_DEBIAN_PACKAGE_DEPENDS "qt6-qpa-plugins")
 endif()
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "cmake")
+# The plugins that come with zatgen are Python 3 scripts; zatgen itself does not need it.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "python3")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 include(CPack)

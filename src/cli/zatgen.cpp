@@ -2,7 +2,7 @@
 // source, without a display; lists the file's problems (--check) or compares it with an older
 // version (--compare). Exit status: 0 success, 1 bad input, 2 bad usage, 3 an output could not be
 // written, 4 --check-outputs found an output file that is not up to date, 5 --compare found a
-// change that breaks programs built from the older version.
+// change that breaks programs built from the older version, 6 a plugin failed.
 
 #include "codewriter.h"
 #include "compatibility.h"
@@ -10,14 +10,19 @@
 #include "localfile.h"
 #include "outputs.h"
 #include "parser.h"
+#include "plugin.h"
 #include "problems.h"
 #include "readbackcheck.h"
 #include "savesequence.h"
+#include "writerjson.h"
+#include "writerpluginfile.h"
 #include "writerxml.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <cerrno>
 #include <cstdio>
@@ -36,6 +41,7 @@ enum ExitStatus {
     WriteFailed = 3,
     OutOfDate = 4,
     Breaking = 5,
+    PluginFailed = 6,
 };
 
 // Messages quote file names; those come out as the bytes the file system has.
@@ -214,6 +220,13 @@ QList<OutputKind> outputKinds()
               ZAT16::WriterXml writer;
               return produce(writer, true, root, path, checkOnly, error);
           } },
+        { QStringLiteral("json"),
+          QStringLiteral("Write the definitions as a JSON document, the model that plugins read, to <path> (- for "
+                         "standard output)."),
+          [](const ZAT16::Item *root, const QString &path, bool checkOnly, QString *error) {
+              ZAT16::WriterJson writer;
+              return produce(writer, false, root, path, checkOnly, error);
+          } },
     };
     for (int kind = 0; kind < ZAT16::Outputs::KindCount; ++kind) {
         const ZAT16::Outputs::Output &output = ZAT16::Outputs::output(ZAT16::Outputs::Kind(kind));
@@ -225,6 +238,40 @@ QList<OutputKind> outputKinds()
                        } });
     }
     return kinds;
+}
+
+// The files the plugins made, written or compared as the other outputs are; an exit status.
+int writePluginFiles(const QList<ZAT16::Plugin> &plugins, const ZAT16::Item *root, bool checkOnly, bool *outOfDate)
+{
+    for (const ZAT16::Plugin &plugin : std::as_const(plugins)) {
+        for (const ZAT16::Plugin::File &file : plugin.files) {
+            const QFileInfo info(file.path);
+            OutputResult result = OutputResult::Unchanged;
+            QString error;
+            // An empty file is compared here: the writer frame gives no bytes for a failure too.
+            if (!file.content.isEmpty() || !info.isFile() || info.size() != 0) {
+                if (!checkOnly && !QDir().mkpath(info.absolutePath())) {
+                    printErr(QStringLiteral("Error writing %1:\n  the folder could not be made\n").arg(file.path));
+                    return WriteFailed;
+                }
+                ZAT16::WriterPluginFile writer(file.content);
+                result = produce(writer, false, root, file.path, checkOnly, &error);
+            }
+            switch (result) {
+            case OutputResult::Written:
+            case OutputResult::Unchanged:
+                break;
+            case OutputResult::OutOfDate:
+                printErr(QStringLiteral("zatgen: out of date: %1\n").arg(file.path));
+                *outOfDate = true;
+                break;
+            case OutputResult::Failed:
+                printErr(error + QLatin1Char('\n'));
+                return WriteFailed;
+            }
+        }
+    }
+    return Success;
 }
 
 } // namespace
@@ -265,6 +312,26 @@ int main(int argc, char *argv[])
     const QList<OutputKind> kinds = outputKinds();
     for (const OutputKind &kind : kinds)
         cmd.addOption(QCommandLineOption(kind.option, kind.description, QStringLiteral("path")));
+    const QCommandLineOption pluginOption(
+        QStringLiteral("plugin"),
+        QStringLiteral("Run the generator plugin <command> (found beside zatgen, then on PATH) and write the files it "
+                       "makes under the --plugin-out that follows; may be given more than once."),
+        QStringLiteral("command"));
+    const QCommandLineOption pluginOutOption(QStringLiteral("plugin-out"),
+                                             QStringLiteral("The folder of the files of the --plugin before it."),
+                                             QStringLiteral("dir"));
+    const QCommandLineOption pluginOptOption(QStringLiteral("plugin-opt"),
+                                             QStringLiteral("An option for the --plugin before it."),
+                                             QStringLiteral("key=value"));
+    const QCommandLineOption pluginTimeoutOption(QStringLiteral("plugin-timeout"),
+                                                 QStringLiteral(
+                                                     "Stop a plugin that runs longer than <seconds> (default %1).")
+                                                     .arg(ZAT16::Plugin::defaultTimeoutSeconds()),
+                                                 QStringLiteral("seconds"));
+    cmd.addOption(pluginOption);
+    cmd.addOption(pluginOutOption);
+    cmd.addOption(pluginOptOption);
+    cmd.addOption(pluginTimeoutOption);
     cmd.addPositionalArgument(QStringLiteral("input"),
                               QStringLiteral("The definitions file (.zatdef); with --compare, its new version."));
 
@@ -290,9 +357,25 @@ int main(int argc, char *argv[])
     }
 
     const QString input = inputs.first();
+    QList<ZAT16::Plugin> plugins;
+    QString pluginUsage;
+    if (!ZAT16::Plugin::fromCommandLine(cmd, &plugins, &pluginUsage)) {
+        printErr(QStringLiteral("zatgen: %1\n").arg(pluginUsage));
+        return BadUsage;
+    }
+    double pluginSeconds = ZAT16::Plugin::defaultTimeoutSeconds();
+    if (cmd.isSet(pluginTimeoutOption)) {
+        bool ok = false;
+        pluginSeconds = cmd.value(pluginTimeoutOption).toDouble(&ok);
+        if (!ok || !(pluginSeconds > 0) || pluginSeconds > 86400) {
+            printErr(QStringLiteral("zatgen: --plugin-timeout needs a number of seconds above 0: %1\n")
+                         .arg(cmd.value(pluginTimeoutOption)));
+            return BadUsage;
+        }
+    }
 
     if (cmd.isSet(compareOption)) {
-        bool outputs = cmd.isSet(checkOption) || cmd.isSet(checkOutputsOption);
+        bool outputs = cmd.isSet(checkOption) || cmd.isSet(checkOutputsOption) || !plugins.isEmpty();
         for (const OutputKind &kind : kinds)
             outputs = outputs || cmd.isSet(kind.option);
         if (outputs) {
@@ -326,6 +409,15 @@ int main(int argc, char *argv[])
     if (cmd.isSet(werrorOption) && warned)
         return BadInput;
 
+    // Plugins run before anything is written, so that a plugin that fails leaves every output
+    // as it was.
+    for (ZAT16::Plugin &plugin : plugins) {
+        if (!plugin.run(root.get(), input, int(pluginSeconds * 1000))) {
+            printErr(QStringLiteral("zatgen: %1\n").arg(plugin.errorMessage()));
+            return PluginFailed;
+        }
+    }
+
     const bool checkOnly = cmd.isSet(checkOutputsOption);
     bool outOfDate = false;
     for (const OutputKind &kind : kinds) {
@@ -346,5 +438,8 @@ int main(int argc, char *argv[])
             }
         }
     }
+    const int pluginStatus = writePluginFiles(plugins, root.get(), checkOnly, &outOfDate);
+    if (pluginStatus != Success)
+        return pluginStatus;
     return outOfDate ? OutOfDate : Success;
 }

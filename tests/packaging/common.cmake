@@ -77,6 +77,8 @@ endfunction()
 set(ZAT16_INSTALLED_FILES
     bin/zatedit
     bin/zatgen
+    bin/zatgen-python
+    bin/zatgen-doc
     share/applications/zatedit.desktop
     share/mime/packages/zatedit.xml
     share/icons/hicolor/16x16/apps/zatedit.png

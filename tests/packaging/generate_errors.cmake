@@ -26,6 +26,11 @@ expect_contains("valid call" "${log}"
     "-- outputs: ${b}/canonical.zatdef;${b}/tags.h;${b}/tags.lua;${b}/enums.hpp;${b}/lookup.hpp;${b}/Tags.cs\n"
     "-- sources: ${b}/canonical.zatdef;${b}/tags.h;${b}/tags.lua;${b}/enums.hpp;${b}/lookup.hpp;${b}/Tags.cs\n")
 
+configure("plugin" result log)
+expect_equal("exit status of a configuration with a plugin" "${result}" "0")
+set(b "${WORK_DIR}/2")
+expect_contains("call with a plugin" "${log}" "-- outputs: ${b}/model.json;${b}/py/tags.py\n")
+
 foreach(row
         "no definitions|zat16_generate: DEFINITIONS <file.zatdef> is required"
         "no output|zat16_generate: no output asked for; name at least one of HEADER, LUA, CPP, CPP_LUT, CS or XML"
@@ -34,7 +39,10 @@ foreach(row
         "same file twice|zat16_generate: WORK/gen/tags.h is named for more than one output"
         "no such target|zat16_generate: TARGET nosuch is not a target"
         "target of another directory|zat16_generate: TARGET there is defined in SOURCE/sub; call zat16_generate() in that directory"
-        "version too new|compatible with requested version \"1.0\"")
+        "version too new|compatible with requested version \"1.0\""
+        "plugin without folder|zat16_generate: PLUGIN zatgen-python needs PLUGIN_OUT <dir>"
+        "plugin without files|zat16_generate: PLUGIN zatgen-python needs PLUGIN_FILES, the files it makes"
+        "plugin files without plugin|zat16_generate: PLUGIN_OUT, PLUGIN_FILES and PLUGIN_OPTIONS need a PLUGIN")
     string(REGEX REPLACE "\\|.*" "" case "${row}")
     string(REGEX REPLACE "^[^|]*\\|" "" expected "${row}")
     math(EXPR next "${index} + 1")
