@@ -31,7 +31,7 @@ MASK64 = (1 << 64) - 1
 # The outputs: zatgen's option, the name the problems give them.
 OUTPUTS = [
     ("header", "the C header"),
-    ("lua", "the Lua tables"),
+    ("lua", "the Lua script"),
     ("cpp", "the C++ enums header"),
     ("cpp-lut", "the C++ lookup-table header"),
     ("cs", "the C# file"),
@@ -420,7 +420,7 @@ def check_native(files, work, jobs, kind):
     c = kind == "header"
     ext = "c" if c else "cpp"
     compiler = "cc" if c else "c++"
-    flags = ["-std=c11", "-pedantic-errors", "-w"] if c else ["-std=c++20", "-pedantic-errors", "-w"]
+    flags = ["-std=c11", "-pedantic-errors"] if c else ["-std=c++20", "-pedantic-errors"]
     printf = 'int printf(const char *, ...);\n' if c else 'extern "C" int printf(const char *, ...);\n'
     sources = []
     expectations = {}
@@ -519,7 +519,10 @@ def judge_native(kind, checks, lines):
         got.setdefault(table, []).append((name, int(value)))
     for table, entries in tables:
         have = got.get(table, [])
-        if len(have) != len(entries) + 1:
+        # Without a row, the end row of the top-level table follows the comment of its first row on
+        # the same line, as the format has it: the table then holds its first row alone.
+        ends = 0 if table == "ToplevelTags" and len(entries) == 1 else 1
+        if len(have) != len(entries) + ends:
             return "nameLookup%s has %d rows" % (table, len(have))
         for (name, value), (hname, hvalue) in zip(entries, have):
             if name != hname or not same(hvalue, value):
