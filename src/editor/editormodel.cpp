@@ -108,7 +108,37 @@ QVariant EditorModel::data(const QModelIndex &index, int role) const
 QVariant EditorModel::highlightData(const Item *item, int row, int column, int role) const
 {
     Q_UNUSED(row)
-    return m_presentation.highlight(item, column, role, [this, item] { return findCollision(item); });
+    return m_presentation.highlight(
+        item,
+        column,
+        role,
+        [this, item] { return findCollision(item); },
+        !m_outputMarks.isEmpty() && m_outputMarks.contains(item));
+}
+
+void EditorModel::setOutputMarks(const QList<const Item *> &items)
+{
+    QSet<const Item *> marks(items.cbegin(), items.cend());
+    if (marks == m_outputMarks)
+        return;
+    std::swap(marks, m_outputMarks);
+    // The rows that gained or lost the mark; an item is the same one while it is in the tree.
+    for (const QSet<const Item *> *set : { &marks, &m_outputMarks }) {
+        const QSet<const Item *> &other = set == &marks ? m_outputMarks : marks;
+        for (const Item *item : *set) {
+            if (!other.contains(item))
+                rowChanged(item, findRow(item));
+        }
+    }
+}
+
+void EditorModel::forgetOutputMarks(const Item *item)
+{
+    if (m_outputMarks.isEmpty())
+        return;
+    m_outputMarks.remove(item);
+    for (const Item *child : item->children)
+        forgetOutputMarks(child);
 }
 
 Item::CollisionFlags EditorModel::findCollision(const Item *item) const
@@ -317,6 +347,7 @@ Item *EditorModel::cmdTakeRow(Item *parent, int row)
     Item *item = parent->takeChild(row);
     if (item) {
         m_collisions.forget(item);
+        forgetOutputMarks(item);
         if (counts)
             counts->remove(row, item, &changed);
     }
@@ -354,6 +385,7 @@ Item *EditorModel::cmdReplaceTags(Item *root)
     Item *previous = m_root;
     m_root = root;
     m_collisions.clear();
+    m_outputMarks.clear();
     endResetModel();
     return previous;
 }
