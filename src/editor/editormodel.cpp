@@ -122,13 +122,27 @@ void EditorModel::setOutputMarks(const QList<const Item *> &items)
     if (marks == m_outputMarks)
         return;
     std::swap(marks, m_outputMarks);
-    // The rows that gained or lost the mark; an item is the same one while it is in the tree.
+    // Only colours change. A few rows are repainted one by one, many by one signal over the
+    // top-level rows, on which a view repaints what it shows.
+    const QList<int> roles { Qt::BackgroundRole, Qt::ForegroundRole };
+    QList<const Item *> changed;
     for (const QSet<const Item *> *set : { &marks, &m_outputMarks }) {
         const QSet<const Item *> &other = set == &marks ? m_outputMarks : marks;
         for (const Item *item : *set) {
             if (!other.contains(item))
-                rowChanged(item, findRow(item));
+                changed.append(item);
         }
+    }
+    if (changed.size() > 32 && m_root && !m_root->children.isEmpty()) {
+        const QList<Item *> &tags = m_root->children;
+        emit dataChanged(createIndex(0, 0, tags.first()), createIndex(int(tags.size()), 3, tags.last()), roles);
+        return;
+    }
+    for (const Item *item : std::as_const(changed)) {
+        const int row = findRow(item);
+        emit dataChanged(createIndex(row, 0, const_cast<Item *>(item)),
+                         createIndex(row, 3, const_cast<Item *>(item)),
+                         roles);
     }
 }
 
