@@ -68,9 +68,10 @@ ProblemsDock::ProblemsDock(EditorModel *model, QWidget *parent)
         if (visible && m_problems->isStale())
             m_timer->start();
         // The marks of the generated code belong to the dock: hidden, it shows none.
-        if (!visible)
+        if (!visible) {
+            m_outputTimer->stop();
             markOutputs(false);
-        else if (m_outputStale)
+        } else if (m_outputStale)
             m_outputTimer->start();
         else
             markOutputs(true);
