@@ -43,7 +43,7 @@ void CppLutRules::run()
         write(lists.tag);
         const int count = lists.enums->enumCount();
         for (const Item *entry : values)
-            number(entry, enumText(entry, count), NumberReading::C, true);
+            enumNumber(entry, count, NumberReading::C, true);
     }
     for (const TagListing::Lists &lists : m_listing.withLists()) {
         const QList<const Item *> bits = validEntries(lists.bits, Bit);
@@ -51,7 +51,7 @@ void CppLutRules::run()
             continue;
         write(lists.tag);
         for (const Item *bit : bits)
-            number(bit, decimal(bit->id), NumberReading::C, true);
+            bitNumber(bit, false, NumberReading::C, true);
     }
     // Every tag with a list has a row in tagLookup that names its table.
     for (const TagListing::Lists &lists : m_listing.withLists()) {

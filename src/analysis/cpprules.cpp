@@ -60,7 +60,7 @@ void CppRules::run()
                 add(entry, failure() + QStringLiteral("EnumCount is the name of the count of the values"));
             else
                 names.append({ entry, entry->name });
-            number(entry, enumText(entry, count), NumberReading::C);
+            enumNumber(entry, count, NumberReading::C);
         }
         members(names, lists.tag->name + QStringLiteral("::"), "value");
     }
@@ -74,7 +74,7 @@ void CppRules::run()
         QList<std::pair<const Item *, QString>> names;
         for (const Item *bit : bits) {
             names.append({ bit, bit->name });
-            number(bit, decimal(bit->id), NumberReading::C);
+            bitNumber(bit, false, NumberReading::C);
             mask32(bit, digits);
         }
         members(names, lists.tag->name + QStringLiteral("Bits::"), "bit");

@@ -42,7 +42,7 @@ void CsRules::run()
         QList<std::pair<const Item *, QString>> names;
         for (const Item *entry : values) {
             names.append({ entry, entry->name });
-            number(entry, enumText(entry, count), NumberReading::CSharp);
+            enumNumber(entry, count, NumberReading::CSharp);
         }
         members(names, type + QLatin1Char('.'), "value");
     }
@@ -56,7 +56,7 @@ void CsRules::run()
         QList<std::pair<const Item *, QString>> names;
         for (const Item *bit : bits) {
             names.append({ bit, bit->name });
-            number(bit, decimal(bit->id), NumberReading::CSharp);
+            bitNumber(bit, false, NumberReading::CSharp);
             const QString mask = CodeText::maskText(digits, bit->id);
             if (bit->id % 64 == 31) {
                 add(bit,

@@ -14,28 +14,92 @@ LuaRules::LuaRules(const TagListing &listing, QList<Found> *found)
 
 void LuaRules::run()
 {
+    // One entry of a table constructor: its key, the value the file means, and the value Lua
+    // reads from what is written (as a 64-bit pattern, when it is an integer).
     struct Entry {
-        int table; ///< the index of its table constructor
         QString key;
-        QString text;
-        quint64 meant; ///< the value the file means
         const Item *item;
+        quint64 meant;
+        quint64 read;
+        bool integer;
     };
-    QList<QString> tables { QStringLiteral("lutTag") };
-    QList<const Item *> tableOwners { nullptr };
-    QList<Entry> entries;
+    // A table constructor, and what it holds once it has run: the last entry of each key.
+    struct Table {
+        QString name;
+        const Item *owner;
+        QList<Entry> entries;
+    };
     auto checkKey
         = [&](const Item *item, const QString &name, const char *what) { return !refusedName(item, name, what); };
+    auto readEnum = [&](const Item *entry, int count, Entry *out) {
+        if (plainNumber(entry, !count)) {
+            out->read = entry->id;
+            out->integer = true;
+            return;
+        }
+        const QString text = enumText(entry, count);
+        number(entry, text, NumberReading::Lua);
+        const NumberReading::Reading reading = NumberReading::read(text, NumberReading::Lua);
+        out->read = reading.value;
+        out->integer = reading.outcome == NumberReading::Exact;
+    };
+
+    // The tables in the order of the script; those of one name are looked at together at the
+    // end, the others as soon as they are complete.
+    QHash<QString, int> tableCount { { QStringLiteral("lutTag"), 1 } };
+    for (const TagListing::Lists &lists : m_listing.withLists()) {
+        if (lists.enums)
+            ++tableCount[QStringLiteral("lut") + lists.tag->name];
+        if (lists.bits)
+            ++tableCount[QStringLiteral("lutBit") + lists.tag->name];
+    }
+    // In one table constructor the last entry of a key is the one that stays.
+    auto keysAgain = [&](const Table &table) {
+        const QList<Entry> &entries = table.entries;
+        QHash<QString, qsizetype> last;
+        const bool small = entries.size() <= 16;
+        if (!small) {
+            for (qsizetype i = 0; i < entries.size(); ++i)
+                last.insert(entries.at(i).key, i);
+        }
+        for (qsizetype i = 0; i < entries.size(); ++i) {
+            const Entry &entry = entries.at(i);
+            qsizetype held = i;
+            if (small) {
+                for (qsizetype j = i + 1; j < entries.size(); ++j) {
+                    if (entries.at(j).key == entry.key)
+                        held = j;
+                }
+            } else {
+                held = last.value(entry.key);
+            }
+            const Entry &holder = entries.at(held);
+            if (held == i || (holder.integer && holder.read == entry.meant))
+                continue;
+            add(entry.item,
+                QStringLiteral("writes the key %1 of zat16.%2 again with another value for %3")
+                    .arg(entry.key, table.name, Problems::describe(holder.item)));
+        }
+    };
+    QHash<QString, QList<Table>> repeatedTables;
+    auto finish = [&](Table &&table) {
+        if (tableCount.value(table.name) > 1)
+            repeatedTables[table.name].append(std::move(table));
+        else
+            keysAgain(table);
+    };
+
+    Table tags { QStringLiteral("lutTag"), nullptr, {} };
     for (const Item *tag : m_listing.pairs() + m_listing.nested() + m_listing.plain()) {
         if (checkKey(tag, tag->name, "tag"))
-            entries.append({ 0, tag->name, tag2hex(quint32(tag->id)), tag->id, tag });
+            tags.entries.append({ tag->name, tag, tag->id, tag->id, true });
     }
+    finish(std::move(tags));
     for (const TagListing::Lists &lists : m_listing.withLists()) {
         if (!lists.enums)
             continue;
         const int count = lists.enums->enumCount();
-        tables.append(QStringLiteral("lut") + lists.tag->name);
-        tableOwners.append(lists.tag);
+        Table table { QStringLiteral("lut") + lists.tag->name, lists.tag, {} };
         for (const Item *entry : lists.enums->children) {
             if (!entry->hasId || (entry->name.isEmpty() && entry->comment.isEmpty()))
                 continue;
@@ -56,16 +120,16 @@ void LuaRules::run()
             } else if (!checkKey(entry, key, "value")) {
                 continue;
             }
-            const QString text = enumText(entry, count);
-            number(entry, text, NumberReading::Lua);
-            entries.append({ int(tables.size() - 1), key, text, entry->id, entry });
+            Entry written { key, entry, entry->id, 0, false };
+            readEnum(entry, count, &written);
+            table.entries.append(written);
         }
+        finish(std::move(table));
     }
     for (const TagListing::Lists &lists : m_listing.withLists()) {
         if (!lists.bits)
             continue;
-        tables.append(QStringLiteral("lutBit") + lists.tag->name);
-        tableOwners.append(lists.tag);
+        Table table { QStringLiteral("lutBit") + lists.tag->name, lists.tag, {} };
         for (const Item *bit : lists.bits->children) {
             if (!bit->hasId || !checkKey(bit, bit->name, "bit"))
                 continue;
@@ -77,36 +141,29 @@ void LuaRules::run()
                         .arg(decimal(bit->id), QString::number(mask)));
             }
             const quint64 meant = bit->id < 64 ? quint64(1) << bit->id : 0;
-            entries.append({ int(tables.size() - 1), bit->name, QString::number(mask), meant, bit });
+            table.entries.append({ bit->name, bit, meant, quint64(qint64(mask)), true });
         }
+        finish(std::move(table));
     }
-    // What stays: the last table of each name, in it the last entry of each key.
-    QHash<QString, int> lastTable;
-    for (int i = 0; i < tables.size(); ++i)
-        lastTable.insert(tables.at(i), i);
-    QHash<QString, int> lastEntry;
-    for (int i = 0; i < entries.size(); ++i)
-        lastEntry.insert(QString::number(entries.at(i).table) + QLatin1Char(' ') + entries.at(i).key, i);
-    for (const Entry &entry : std::as_const(entries)) {
-        const QString &table = tables.at(entry.table);
-        const int kept = lastTable.value(table);
-        const auto holder = lastEntry.constFind(QString::number(kept) + QLatin1Char(' ') + entry.key);
-        const Entry *other = holder == lastEntry.constEnd() ? nullptr : &entries.at(*holder);
-        if (other == &entry)
-            continue;
-        if (other) {
-            const NumberReading::Reading reading = NumberReading::read(other->text, NumberReading::Lua);
-            if (reading.outcome == NumberReading::Exact && reading.value == entry.meant)
-                continue;
-        }
-        if (kept != entry.table) {
-            add(entry.item,
-                QStringLiteral("writes zat16.%1 again for %2, which replaces the table of this entry")
-                    .arg(table, Problems::describe(tableOwners.at(kept))));
-        } else {
-            add(entry.item,
-                QStringLiteral("writes the key %1 of zat16.%2 again with another value for %3")
-                    .arg(entry.key, table, Problems::describe(other->item)));
+
+    // A table written again replaces the earlier ones of its name: their entries are right only
+    // where the last one holds their key with their value.
+    for (auto it = repeatedTables.cbegin(); it != repeatedTables.cend(); ++it) {
+        const QList<Table> &tables = it.value();
+        const Table &kept = tables.last();
+        keysAgain(kept);
+        QHash<QString, const Entry *> held;
+        for (const Entry &entry : kept.entries)
+            held.insert(entry.key, &entry);
+        for (qsizetype i = 0; i + 1 < tables.size(); ++i) {
+            for (const Entry &entry : tables.at(i).entries) {
+                const Entry *holder = held.value(entry.key);
+                if (holder && holder->integer && holder->read == entry.meant)
+                    continue;
+                add(entry.item,
+                    QStringLiteral("writes zat16.%1 again for %2, which replaces the table of this entry")
+                        .arg(it.key(), Problems::describe(kept.owner)));
+            }
         }
     }
 }

@@ -6,6 +6,7 @@
 #include <QHash>
 
 #include <algorithm>
+#include <limits>
 
 namespace ZAT16 {
 
@@ -81,6 +82,34 @@ void OutputRules::number(const Item *item, const QString &text, NumberReading::L
         add(item, failure() + text + QStringLiteral(" does not fit in the long long of a row"));
 }
 
+void OutputRules::enumNumber(const Item *entry, int count, NumberReading::Language language, bool longLong)
+{
+    if (!plainNumber(entry, !count))
+        number(entry, enumText(entry, count), language, longLong);
+}
+
+void OutputRules::bitNumber(const Item *bit, bool displayed, NumberReading::Language language, bool longLong)
+{
+    if (!plainNumber(bit, displayed))
+        number(bit, displayed ? bit->formatId() : decimal(bit->id), language, longLong);
+}
+
+bool OutputRules::plainNumber(const Item *entry, bool displayed)
+{
+    constexpr qint64 intMin = std::numeric_limits<qint32>::min();
+    constexpr qint64 intMax = std::numeric_limits<qint32>::max();
+    if (!displayed)
+        return entry->id <= quint64(intMax);
+    // No zeros of a padding; decimal, or hexadecimal (which every language reads as written).
+    const DisplayMode &mode = entry->displayMode();
+    if (mode.digits > 1 || mode.mode == 4 || mode.mode == 5)
+        return false;
+    if (mode.mode == 2 || mode.mode == 3)
+        return entry->id <= quint64(intMax);
+    const qint64 value = qint64(entry->id);
+    return value >= intMin && value <= intMax;
+}
+
 bool OutputRules::refusedName(const Item *item, const QString &name, const char *what)
 {
     QString reason;
@@ -104,15 +133,26 @@ void OutputRules::members(const QList<std::pair<const Item *, QString>> &entries
                           const QString &scope,
                           const char *what)
 {
+    // Most lists are short: a look along the names before is cheaper than a hash.
+    const bool small = entries.size() <= 16;
     QHash<QString, const Item *> first;
-    for (const auto &[item, name] : entries) {
+    for (qsizetype i = 0; i < entries.size(); ++i) {
+        const auto &[item, name] = entries.at(i);
         if (refusedName(item, name, what))
             continue;
-        const Item *holder = first.value(name);
-        if (!holder) {
-            first.insert(name, item);
-            continue;
+        const Item *holder = nullptr;
+        if (small) {
+            for (qsizetype j = 0; j < i && !holder; ++j) {
+                if (entries.at(j).second == name)
+                    holder = entries.at(j).first;
+            }
+        } else {
+            holder = first.value(name);
+            if (!holder)
+                first.insert(name, item);
         }
+        if (!holder)
+            continue;
         const QString member = scope + name;
         add(item, failure() + member + QStringLiteral(" is also written for ") + Problems::describe(holder));
         add(holder, failure() + member + QStringLiteral(" is also written for ") + Problems::describe(item));

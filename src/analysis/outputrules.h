@@ -44,6 +44,14 @@ protected:
     /// The problems of the value `text` that the output writes for `item`, read as `language`
     /// reads it; with `longLong` the value must fit in a long long too.
     void number(const Item *item, const QString &text, NumberReading::Language language, bool longLong = false);
+    /// The problems of an enumeration value as the output writes it (enumText()).
+    void enumNumber(const Item *entry, int count, NumberReading::Language language, bool longLong = false);
+    /// The problems of a bit number, written in decimal or, `displayed`, as the bit displays it.
+    void bitNumber(const Item *bit, bool displayed, NumberReading::Language language, bool longLong = false);
+    /// Whether the text of `entry`'s value, in decimal or, `displayed`, as the entry displays it,
+    /// is a plain number in the range of an int, which every language reads as written and every
+    /// type holds: most values are, and they need no text to be made and read.
+    static bool plainNumber(const Item *entry, bool displayed);
     /// Whether `name` cannot be an identifier of the language (empty, a keyword, reserved); if
     /// so, reports it. `what` names the entry: "tag", "value", "bit".
     bool refusedName(const Item *item, const QString &name, const char *what);
