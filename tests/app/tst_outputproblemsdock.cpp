@@ -147,7 +147,13 @@ private slots:
         QVERIFY(!background(tag(1)).isValid());
         m_window->showProblems();
         QTRY_VERIFY(dock()->isVisible());
+        dock()->problems();
+        QCoreApplication::processEvents();
+        const int refreshes = dock()->refreshCount();
         dock()->refreshOutputs();
+        // New colours are no edit: the other problems are not looked for again.
+        QCoreApplication::processEvents();
+        QCOMPARE(dock()->refreshCount(), refreshes);
         for (int column = 0; column < 3; ++column) {
             QCOMPARE(background(tag(1, column)), amber);
             QCOMPARE(tag(1, column).data(Qt::ForegroundRole).value<QColor>(), QColor(Qt::black));
