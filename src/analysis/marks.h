@@ -30,11 +30,14 @@ public:
     };
     Q_DECLARE_FLAGS(Reasons, Reason)
 
-    /// What a cell shows: nothing, the colour of a comment line, or the red of a marked entry.
+    /// What a cell shows: nothing, the colour of a comment line, the red of a marked entry, or
+    /// the amber of an entry that keeps a generated output from compiling or from holding the
+    /// file's values (OutputProblems), where no red or comment colour is shown.
     enum CellMark {
         NoMark,
         CommentMark,
         ProblemMark,
+        OutputMark,
     };
 
     /// Whether `item` is an entry: a tag, enumeration value or bit that is not a comment line.

@@ -5,9 +5,11 @@
 #include "problemlist.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QListWidget>
 #include <QStyle>
 #include <QTimer>
+#include <QVBoxLayout>
 
 #include <algorithm>
 
@@ -19,12 +21,39 @@ ProblemsDock::ProblemsDock(EditorModel *model, QWidget *parent)
     , m_problems(new ProblemList(model, this))
     , m_list(new QListWidget(this))
     , m_timer(new QTimer(this))
+    , m_lbl_output(new QLabel(tr("Generated code"), this))
+    , m_outputList(new QListWidget(this))
+    , m_outputTimer(new QTimer(this))
 {
     setObjectName(QStringLiteral("ProblemsDock"));
     m_list->setObjectName(QStringLiteral("m_problems"));
     m_list->setUniformItemSizes(true);
     m_list->setSelectionMode(QAbstractItemView::SingleSelection);
-    setWidget(m_list);
+    m_lbl_output->setObjectName(QStringLiteral("m_lbl_output"));
+    QFont heading = m_lbl_output->font();
+    heading.setBold(true);
+    m_lbl_output->setFont(heading);
+    m_outputList->setObjectName(QStringLiteral("m_output_problems"));
+    m_outputList->setUniformItemSizes(true);
+    m_outputList->setSelectionMode(QAbstractItemView::SingleSelection);
+    // The heading and its list are shown only when there is something under it.
+    m_lbl_output->hide();
+    m_outputList->hide();
+    auto *content = new QWidget(this);
+    auto *layout = new QVBoxLayout(content);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_list, 2);
+    layout->addWidget(m_lbl_output);
+    layout->addWidget(m_outputList, 1);
+    setWidget(content);
+
+    m_outputTimer->setSingleShot(true);
+    m_outputTimer->setInterval(outputDelayMs);
+    connect(m_outputTimer, &QTimer::timeout, this, &ProblemsDock::refreshOutputs);
+    connect(m_problems, &ProblemList::changed, this, &ProblemsDock::scheduleOutputRefresh);
+    connect(m_model, &QAbstractItemModel::modelReset, this, &ProblemsDock::scheduleOutputRefresh);
+    connect(m_outputList, &QAbstractItemView::activated, this, &ProblemsDock::onOutputActivated);
+    connect(m_outputList, &QAbstractItemView::doubleClicked, this, &ProblemsDock::onOutputActivated);
 
     m_timer->setSingleShot(true);
     m_timer->setInterval(0);
@@ -38,8 +67,80 @@ ProblemsDock::ProblemsDock(EditorModel *model, QWidget *parent)
     connect(this, &QDockWidget::visibilityChanged, this, [this](bool visible) {
         if (visible && m_problems->isStale())
             m_timer->start();
+        // The marks of the generated code belong to the dock: hidden, it shows none.
+        if (!visible) {
+            m_outputTimer->stop();
+            markOutputs(false);
+        } else if (m_outputStale)
+            m_outputTimer->start();
+        else
+            markOutputs(true);
     });
     scheduleRefresh();
+}
+
+const QList<OutputProblems::Problem> &ProblemsDock::outputProblems()
+{
+    if (m_outputStale)
+        refreshOutputs();
+    return m_outputProblems;
+}
+
+void ProblemsDock::scheduleOutputRefresh()
+{
+    // Repainting the marked rows is no change of the document.
+    if (m_markingOutputs)
+        return;
+    m_outputStale = true;
+    // Every change starts the wait again, so that typing is not held up by a look at the whole
+    // document.
+    if (isVisible())
+        m_outputTimer->start();
+}
+
+void ProblemsDock::refreshOutputs()
+{
+    m_outputTimer->stop();
+    m_outputStale = false;
+    m_outputProblems = OutputProblems::find(m_model->root());
+    QStringList texts;
+    texts.reserve(m_outputProblems.size());
+    for (const OutputProblems::Problem &problem : std::as_const(m_outputProblems))
+        texts.append(problem.message);
+    m_outputList->setUpdatesEnabled(false);
+    m_outputList->clear();
+    m_outputList->addItems(texts);
+    const QIcon problemIcon = style()->standardIcon(QStyle::SP_MessageBoxCritical);
+    for (int i = 0; i < m_outputList->count(); ++i)
+        m_outputList->item(i)->setIcon(problemIcon);
+    m_outputList->setUpdatesEnabled(true);
+    m_lbl_output->setVisible(!texts.isEmpty());
+    m_outputList->setVisible(!texts.isEmpty());
+    markOutputs(isVisible());
+}
+
+void ProblemsDock::markOutputs(bool shown)
+{
+    QList<const Item *> items;
+    if (shown) {
+        items.reserve(m_outputProblems.size());
+        for (const OutputProblems::Problem &problem : std::as_const(m_outputProblems))
+            items.append(problem.item);
+    }
+    m_markingOutputs = true;
+    m_model->setOutputMarks(items);
+    m_markingOutputs = false;
+}
+
+void ProblemsDock::onOutputActivated(const QModelIndex &row)
+{
+    // An entry of a list made before the last change may have left the document.
+    if (m_outputStale) {
+        refreshOutputs();
+        return;
+    }
+    if (row.isValid() && row.row() < m_outputProblems.size())
+        emit itemChosen(m_model->item2index(m_outputProblems.at(row.row()).item));
 }
 
 const QList<Problems::Problem> &ProblemsDock::problems()

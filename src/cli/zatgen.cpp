@@ -1,13 +1,15 @@
 // zatgen: reads a definitions file and writes it back in the canonical layout or as generated
-// source, without a display; lists the file's problems (--check) or compares it with an older
-// version (--compare). Exit status: 0 success, 1 bad input, 2 bad usage, 3 an output could not be
-// written, 4 --check-outputs found an output file that is not up to date, 5 --compare found a
-// change that breaks programs built from the older version, 6 a plugin failed.
+// source, without a display; lists the file's problems and those of the generated outputs
+// (--check, --check-output) or compares it with an older version (--compare). Exit status: 0
+// success, 1 bad input, 2 bad usage, 3 an output could not be written, 4 --check-outputs found an
+// output file that is not up to date, 5 --compare found a change that breaks programs built from
+// the older version, 6 a plugin failed.
 
 #include "codewriter.h"
 #include "compatibility.h"
 #include "item.h"
 #include "localfile.h"
+#include "outputproblems.h"
 #include "outputs.h"
 #include "parser.h"
 #include "plugin.h"
@@ -94,6 +96,42 @@ int printProblems(const QString &path, const ZAT16::Item *root)
     }
     printErr(text);
     return int(problems.size());
+}
+
+// One line per problem of the generated outputs in `outputs`, as printProblems() writes them.
+int printOutputProblems(const QString &path, const ZAT16::Item *root, ZAT16::OutputProblems::OutputSet outputs)
+{
+    if (!outputs)
+        return 0;
+    const QList<ZAT16::OutputProblems::Problem> problems = ZAT16::OutputProblems::find(root, outputs);
+    QString text;
+    for (const ZAT16::OutputProblems::Problem &problem : problems)
+        text += path + QStringLiteral(": problem: ") + problem.message + QLatin1Char('\n');
+    printErr(text);
+    return int(problems.size());
+}
+
+// The outputs named by --check-output: an output's option without the dashes, or "all". False
+// with a message for a name that is neither.
+bool checkedOutputs(const QStringList &names, ZAT16::OutputProblems::OutputSet *outputs)
+{
+    *outputs = 0;
+    for (const QString &name : names) {
+        if (name == QLatin1String("all")) {
+            *outputs |= ZAT16::OutputProblems::AllOutputs;
+            continue;
+        }
+        int kind = 0;
+        while (kind < ZAT16::Outputs::KindCount
+               && name != QLatin1String(ZAT16::Outputs::output(ZAT16::Outputs::Kind(kind)).option))
+            ++kind;
+        if (kind == ZAT16::Outputs::KindCount) {
+            printErr(QStringLiteral("zatgen: unknown output for --check-output: %1\n").arg(name));
+            return false;
+        }
+        *outputs |= 1u << kind;
+    }
+    return true;
 }
 
 enum class OutputResult {
@@ -305,7 +343,16 @@ int main(int argc, char *argv[])
         QStringLiteral("Write nothing; name every output file whose content differs from what would be generated, "
                        "and exit with status 4 if there is one. Output files that are up to date are never rewritten, "
                        "so their modification time stays."));
+    const QCommandLineOption checkOutputOption(
+        QStringLiteral("check-output"),
+        QStringLiteral("Also list the problems that make the generated output <format> (header, lua, cpp, cpp-lut, cs, "
+                       "or all of them) fail to compile or load, or hold a value other than the file's, one line "
+                       "each: \"<input>: problem: <message>\". Repeatable. With --check these come after the other "
+                       "problems; without it they are listed before the outputs are written, and with --werror they "
+                       "fail the run before anything is written."),
+        QStringLiteral("format"));
     cmd.addOption(checkOption);
+    cmd.addOption(checkOutputOption);
     cmd.addOption(werrorOption);
     cmd.addOption(checkOutputsOption);
     cmd.addOption(compareOption);
@@ -374,7 +421,15 @@ int main(int argc, char *argv[])
         }
     }
 
+    ZAT16::OutputProblems::OutputSet checkedKinds = 0;
+    if (!checkedOutputs(cmd.values(checkOutputOption), &checkedKinds))
+        return BadUsage;
+
     if (cmd.isSet(compareOption)) {
+        if (cmd.isSet(checkOutputOption)) {
+            printErr(QStringLiteral("zatgen: --compare cannot be combined with --check-output\n"));
+            return BadUsage;
+        }
         bool outputs = cmd.isSet(checkOption) || cmd.isSet(checkOutputsOption) || !plugins.isEmpty();
         for (const OutputKind &kind : kinds)
             outputs = outputs || cmd.isSet(kind.option);
@@ -403,10 +458,12 @@ int main(int argc, char *argv[])
     if (!root)
         return BadInput;
     if (cmd.isSet(checkOption)) {
-        const int problems = printProblems(input, root.get());
+        int problems = printProblems(input, root.get());
+        problems += printOutputProblems(input, root.get(), checkedKinds);
         return cmd.isSet(werrorOption) && (warned || problems > 0) ? BadInput : Success;
     }
-    if (cmd.isSet(werrorOption) && warned)
+    const int outputProblems = printOutputProblems(input, root.get(), checkedKinds);
+    if (cmd.isSet(werrorOption) && (warned || outputProblems > 0))
         return BadInput;
 
     // Plugins run before anything is written, so that a plugin that fails leaves every output

@@ -108,7 +108,51 @@ QVariant EditorModel::data(const QModelIndex &index, int role) const
 QVariant EditorModel::highlightData(const Item *item, int row, int column, int role) const
 {
     Q_UNUSED(row)
-    return m_presentation.highlight(item, column, role, [this, item] { return findCollision(item); });
+    return m_presentation.highlight(
+        item,
+        column,
+        role,
+        [this, item] { return findCollision(item); },
+        !m_outputMarks.isEmpty() && m_outputMarks.contains(item));
+}
+
+void EditorModel::setOutputMarks(const QList<const Item *> &items)
+{
+    QSet<const Item *> marks(items.cbegin(), items.cend());
+    if (marks == m_outputMarks)
+        return;
+    std::swap(marks, m_outputMarks);
+    // Only colours change. A few rows are repainted one by one, many by one signal over the
+    // top-level rows, on which a view repaints what it shows.
+    const QList<int> roles { Qt::BackgroundRole, Qt::ForegroundRole };
+    QList<const Item *> changed;
+    for (const QSet<const Item *> *set : { &marks, &m_outputMarks }) {
+        const QSet<const Item *> &other = set == &marks ? m_outputMarks : marks;
+        for (const Item *item : *set) {
+            if (!other.contains(item))
+                changed.append(item);
+        }
+    }
+    if (changed.size() > 32 && m_root && !m_root->children.isEmpty()) {
+        const QList<Item *> &tags = m_root->children;
+        emit dataChanged(createIndex(0, 0, tags.first()), createIndex(int(tags.size()), 3, tags.last()), roles);
+        return;
+    }
+    for (const Item *item : std::as_const(changed)) {
+        const int row = findRow(item);
+        emit dataChanged(createIndex(row, 0, const_cast<Item *>(item)),
+                         createIndex(row, 3, const_cast<Item *>(item)),
+                         roles);
+    }
+}
+
+void EditorModel::forgetOutputMarks(const Item *item)
+{
+    if (m_outputMarks.isEmpty())
+        return;
+    m_outputMarks.remove(item);
+    for (const Item *child : item->children)
+        forgetOutputMarks(child);
 }
 
 Item::CollisionFlags EditorModel::findCollision(const Item *item) const
@@ -394,6 +438,7 @@ Item *EditorModel::cmdTakeRow(Item *parent, int row)
     Item *item = parent->takeChild(row);
     if (item) {
         m_collisions.forget(item);
+        forgetOutputMarks(item);
         if (counts)
             counts->remove(row, item, &changed);
     }
@@ -431,6 +476,7 @@ Item *EditorModel::cmdReplaceTags(Item *root)
     Item *previous = m_root;
     m_root = root;
     m_collisions.clear();
+    m_outputMarks.clear();
     endResetModel();
     return previous;
 }

@@ -8,6 +8,7 @@
 
 #include <QAbstractItemModel>
 #include <QFont>
+#include <QSet>
 
 class QUndoCommand;
 class QUndoStack;
@@ -57,6 +58,12 @@ public:
 
     /// The root item of the document (may be null); the model owns it.
     Item *root() const { return m_root; }
+
+    /// Marks `items`, and only them, as entries that keep a generated output from compiling or
+    /// from holding the file's values (the Problems dock finds them); their rows are repainted.
+    /// An item that leaves the document loses its mark, a new document has none.
+    void setOutputMarks(const QList<const Item *> &items);
+    bool hasOutputMark(const Item *item) const { return m_outputMarks.contains(item); }
 
     // Fonts and the stack
     QFont fixedFont() const { return m_presentation.fixedFont(); }
@@ -154,6 +161,8 @@ signals:
     void entryDropped(const QModelIndex &index);
 
 private:
+    // Forgets the output marks of `item` and its subtree, which leave the document.
+    void forgetOutputMarks(const Item *item);
     // Siblings whose collision flags a change turned on or off.
     using Changed = SiblingIndex::Changed;
     // Ask the views to repaint rows, all columns.
@@ -164,6 +173,7 @@ private:
     Item *m_root = nullptr;
     QUndoStack *m_undoStack = nullptr;
     CollisionCache m_collisions;
+    QSet<const Item *> m_outputMarks;
     ItemPresentation m_presentation;
     EditorEdits m_edits { *this };
     EditorMoves m_moves { *this };

@@ -162,6 +162,9 @@ QVariant ItemPresentation::colour(Marks::CellMark mark, int role)
         return background ? QColor(222, 255, 222) : QColor(0, 0, 0);
     case Marks::ProblemMark:
         return background ? QColor(192, 0, 0) : QColor(255, 255, 255);
+    case Marks::OutputMark:
+        // Amber with black text: apart from the red, and readable in a dark palette as in a light one.
+        return background ? QColor(255, 191, 71) : QColor(0, 0, 0);
     case Marks::NoMark:
         break;
     }

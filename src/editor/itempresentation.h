@@ -30,13 +30,17 @@ public:
     QVariant tooltip(const Item *item, int column, const std::function<Item::CollisionFlags()> &collisions) const;
     QVariant font(const Item *item, int column) const;
     /// The background or foreground colour of a cell; `collisions` gives the item's collision
-    /// flags and is called only when no other rule has decided.
+    /// flags and is called only when no other rule has decided. An entry that `breaksOutput` (a
+    /// generated output would not compile or would hold another value by it) shows the output
+    /// mark in the cells that no other mark colours.
     QVariant highlight(const Item *item,
                        int column,
                        int role,
-                       const std::function<Item::CollisionFlags()> &collisions) const
+                       const std::function<Item::CollisionFlags()> &collisions,
+                       bool breaksOutput = false) const
     {
-        return colour(Marks::cellMark(item, column, collisions), role);
+        const Marks::CellMark mark = Marks::cellMark(item, column, collisions);
+        return colour(mark == Marks::NoMark && breaksOutput ? Marks::OutputMark : mark, role);
     }
 
     QFont fixedFont() const { return m_fixedFont; }

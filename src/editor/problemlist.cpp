@@ -146,8 +146,11 @@ void ProblemList::update()
     }
 }
 
-void ProblemList::onDataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight)
+void ProblemList::onDataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight, const QList<int> &roles)
 {
+    // New colours alone (the output marks) change no problem.
+    if (!roles.isEmpty() && !roles.contains(Qt::DisplayRole) && !roles.contains(Qt::EditRole))
+        return;
     if (!m_rebuild) {
         const Item *first = m_model->index2item(topLeft);
         const Item *parent = first ? first->parent : nullptr;

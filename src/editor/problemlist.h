@@ -60,7 +60,7 @@ private:
     void invalidate();
     void startAfresh();
     void rebuild();
-    void onDataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight);
+    void onDataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight, const QList<int> &roles);
     void onRowsInserted(const QModelIndex &parent, int first, int last);
     void onRowsAboutToBeRemoved(const QModelIndex &parent, int first, int last);
     void onRowsRemoved(const QModelIndex &parent, int first, int last);

@@ -86,3 +86,19 @@ expect_contains("check_header" "${out}" "FAIL: TAG_ChargeCurrent is 4359 (0x1107
 run(COMMAND "${build}/check_lookup" STDOUT out RESULT result)
 expect_equal("exit status of check_lookup" "${result}" "1")
 expect_contains("check_lookup" "${out}" "FAIL: ChargeCurrent is 4359 (0x1107), expected 4356 (0x1104)")
+
+# zat16_generate() checks the outputs it generates: a tag with both an enumeration list and a bit
+# list breaks the C++ enums header, whose rule has WERROR, so the build stops with the problem.
+string(REPLACE "<tag name=\"ChargeCurrent\" id=\"0x1107\" comment=\"Charge current in mA\"/>"
+    "<tag name=\"ChargeCurrent\" id=\"0x1107\" comment=\"Charge current in mA\"><enums><enum name=\"Low\" id=\"0\"/></enums><bits><bit name=\"Fast\" id=\"1\"/></bits></tag>"
+    both "${changed}")
+if(both STREQUAL changed)
+    message(FATAL_ERROR "The changed tag ChargeCurrent was not found in ${definitions}")
+endif()
+file(WRITE "${definitions}" "${both}")
+run(COMMAND "${CMAKE_COMMAND}" --build "${build}" OUTPUT log RESULT result)
+if(result EQUAL 0)
+    message(FATAL_ERROR "A tag with both lists did not fail the build of the C++ outputs:\n${log}")
+endif()
+expect_contains("build with both lists on a tag" "${log}"
+    "problem: Tag ChargeCurrent (0x1107): the C++ enums header will not compile: the tag has both an enumeration list and a bit list")
