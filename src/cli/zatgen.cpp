@@ -345,11 +345,12 @@ int main(int argc, char *argv[])
                        "so their modification time stays."));
     const QCommandLineOption checkOutputOption(
         QStringLiteral("check-output"),
-        QStringLiteral("Also list the problems that make the generated output <format> (header, lua, cpp, cpp-lut, cs, "
+        QStringLiteral("List the problems that make the generated output <format> (header, lua, cpp, cpp-lut, cs, "
                        "or all of them) fail to compile or load, or hold a value other than the file's, one line "
-                       "each: \"<input>: problem: <message>\". Repeatable. With --check these come after the other "
-                       "problems; without it they are listed before the outputs are written, and with --werror they "
-                       "fail the run before anything is written."),
+                       "each: \"<input>: problem: <message>\". Repeatable. --check lists those of every output "
+                       "after the other problems; this option limits them to the outputs named. Without --check "
+                       "they are listed before the outputs are written, and with --werror they fail the run before "
+                       "anything is written."),
         QStringLiteral("format"));
     cmd.addOption(checkOption);
     cmd.addOption(checkOutputOption);
@@ -458,8 +459,12 @@ int main(int argc, char *argv[])
     if (!root)
         return BadInput;
     if (cmd.isSet(checkOption)) {
+        // Every output is checked, unless the project named the ones it uses.
         int problems = printProblems(input, root.get());
-        problems += printOutputProblems(input, root.get(), checkedKinds);
+        problems
+            += printOutputProblems(input,
+                                   root.get(),
+                                   cmd.isSet(checkOutputOption) ? checkedKinds : ZAT16::OutputProblems::AllOutputs);
         return cmd.isSet(werrorOption) && (warned || problems > 0) ? BadInput : Success;
     }
     const int outputProblems = printOutputProblems(input, root.get(), checkedKinds);

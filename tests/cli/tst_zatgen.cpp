@@ -292,15 +292,27 @@ private slots:
                   + path + QStringLiteral(": problem: Tag in row 4: has entries but no name and no code\n") + path
                   + QStringLiteral(": warning: Tag end (0x1005): name is a keyword of Lua\n"))
                   .toUtf8();
+        // Then those of the generated outputs.
+        const QByteArray outputProblems
+            = QString(path
+                      + QStringLiteral(": problem: Enum (5) of Tag Level (0x1003): the C++ enums header will not "
+                                       "compile: the value has no name\n")
+                      + path
+                      + QStringLiteral(": problem: Enum (5) of Tag Level (0x1003): the C# file will not compile: the "
+                                       "value has no name\n")
+                      + path
+                      + QStringLiteral(": problem: Tag end (0x1005): the Lua script will not load: end is a keyword "
+                                       "of Lua\n"))
+                  .toUtf8();
 
         Run run = ZatgenRun::run({ QStringLiteral("--check"), path });
         QCOMPARE(run.status, 0);
-        QCOMPARE(run.err, warnings + problems);
+        QCOMPARE(run.err, warnings + problems + outputProblems);
         QVERIFY(run.out.isEmpty());
 
         run = ZatgenRun::run({ QStringLiteral("--check"), QStringLiteral("--werror"), path });
         QCOMPARE(run.status, 1);
-        QCOMPARE(run.err, warnings + problems);
+        QCOMPARE(run.err, warnings + problems + outputProblems);
 
         // Without --check the problems are not looked for.
         run = ZatgenRun::run({ QStringLiteral("--xml"), QStringLiteral("-"), path });
@@ -314,6 +326,24 @@ private slots:
         QVERIFY(writeFile(path, "<zat16>\n  <tag name=\"class\" id=\"0x1001\"/>\n</zat16>\n"));
         Run run = ZatgenRun::run({ QStringLiteral("--check"), path });
         QCOMPARE(run.status, 0);
+        QCOMPARE(run.err,
+                 QString(path + QStringLiteral(": warning: Tag class (0x1001): name is a keyword of C++ and C#\n")
+                         + path
+                         + QStringLiteral(": problem: Tag class (0x1001): the C++ enums header will not compile: "
+                                          "class is a keyword of C++\n")
+                         + path
+                         + QStringLiteral(": problem: Tag class (0x1001): the C# file will not compile: class is a "
+                                          "keyword of C#\n"))
+                     .toUtf8());
+        // The outputs a project uses decide: for Lua and the C header the keyword is only a warning.
+        run = ZatgenRun::run({ QStringLiteral("--check"),
+                               QStringLiteral("--werror"),
+                               QStringLiteral("--check-output"),
+                               QStringLiteral("lua"),
+                               QStringLiteral("--check-output"),
+                               QStringLiteral("header"),
+                               path });
+        QCOMPARE(run.status, 1);
         QCOMPARE(run.err,
                  QString(path + QStringLiteral(": warning: Tag class (0x1001): name is a keyword of C++ and C#\n"))
                      .toUtf8());
