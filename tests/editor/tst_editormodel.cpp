@@ -97,6 +97,7 @@ private slots:
     void tooltip_data();
     void tooltip();
     void markedCellsSayWhatIsWrong();
+    void outputMarksRepaintTheirRows();
     void font_data();
     void font();
     void defaultFonts();
@@ -1882,6 +1883,55 @@ void TestEditorModel::collisionCountsFollowEdits()
             QCOMPARE(f.model.findRow(each), each->row());
         }
     }
+}
+
+// Entries that break a generated output are coloured amber where no other mark colours a cell;
+// the rows that gain or lose the mark are repainted, with the colour roles alone, their ranges
+// reaching one past the last column as the model's other repaints do.
+void TestEditorModel::outputMarksRepaintTheirRows()
+{
+    QByteArray body;
+    for (int i = 0; i < 40; ++i)
+        body += QStringLiteral("  <tag name=\"T%1\" id=\"0x1%2\"/>\n").arg(i).arg(i, 3, 10, QLatin1Char('0')).toUtf8();
+    Fixture f(document(body + "  <tag name=\"Same\" id=\"0x2001\"/>\n  <tag name=\"Same\" id=\"0x2002\"/>\n"));
+    const Item *root = f.model.root();
+    QSignalSpy spy(&f.model, &QAbstractItemModel::dataChanged);
+    const QColor amber(255, 191, 71);
+
+    f.model.setOutputMarks({ root->child(3), root->child(40) });
+    QCOMPARE(spy.count(), 2);
+    QStringList lines = signalText(spy).split(QLatin1Char('\n'));
+    lines.sort();
+    QCOMPARE(lines, QStringList({ "dataChanged 3,0-3,3 T3", "dataChanged 40,0-40,3 Same" }));
+    for (const QList<QVariant> &arguments : std::as_const(spy))
+        QCOMPARE(arguments.at(2).value<QList<int>>(), QList<int>({ Qt::BackgroundRole, Qt::ForegroundRole }));
+    QCOMPARE(f.model.data(f.model.index(3, 0), Qt::BackgroundRole).value<QColor>(), amber);
+    QCOMPARE(f.model.data(f.model.index(3, 2), Qt::ForegroundRole).value<QColor>(), QColor(Qt::black));
+    QVERIFY(!f.model.data(f.model.index(4, 0), Qt::BackgroundRole).isValid());
+    // The name collision's red comes first; the code cell, which it leaves alone, is amber.
+    QCOMPARE(f.model.data(f.model.index(40, 0), Qt::BackgroundRole).value<QColor>(), QColor(192, 0, 0));
+    QCOMPARE(f.model.data(f.model.index(40, 1), Qt::BackgroundRole).value<QColor>(), amber);
+
+    // The same marks again repaint nothing; many changes repaint the top-level rows at once.
+    spy.clear();
+    f.model.setOutputMarks({ root->child(3), root->child(40) });
+    QCOMPARE(spy.count(), 0);
+    QList<const Item *> all;
+    for (const Item *tag : root->children)
+        all.append(tag);
+    f.model.setOutputMarks(all);
+    QCOMPARE(signalText(spy), QStringLiteral("dataChanged 0,0-42,3 (two items) T0"));
+
+    // A removed entry loses its mark; a new document has none.
+    QVERIFY(f.model.removeRow(5));
+    QVERIFY(!f.model.hasOutputMark(all.at(5)));
+    QVERIFY(f.model.hasOutputMark(root->child(5)));
+    f.stack.undo();
+    QVERIFY(f.model.hasOutputMark(all.at(4)));
+    QVERIFY(!f.model.hasOutputMark(root->child(5)));
+    f.model.setTags(parseText(document("  <tag name=\"A\" id=\"0x1001\"/>\n")));
+    QVERIFY(!f.model.hasOutputMark(all.at(4)));
+    QVERIFY(!f.model.data(f.model.index(0, 0), Qt::BackgroundRole).isValid());
 }
 
 QTEST_MAIN(TestEditorModel)
