@@ -204,6 +204,13 @@ bool Parser::addElement(Item *parent, ItemType type)
         tagCodes.insert(code);
         tagNames.insert(item->name);
         item->sortChildrenByType();
+        // Sorting brings together blank lines that other children stood between; the file keeps
+        // one blank line for any number of them, and so does the tree, or the next save would
+        // write lines that the next reading takes as one.
+        for (int row = int(item->children.size()) - 1; row > 0; --row) {
+            if (item->children.at(row)->isNewline() && item->children.at(row - 1)->isNewline())
+                item->removeChild(row);
+        }
     }
 
     for (Item *child : std::as_const(item->children))

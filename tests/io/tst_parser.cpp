@@ -191,6 +191,7 @@ private slots:
     void unknownAttributesWarned();
     void tagWithoutId();
     void tagsSortedByType();
+    void blankLinesBroughtTogetherBySortingAreOne();
     void topElementTag();
     void topElementEnums();
     void byteOrderMark();
@@ -1450,6 +1451,19 @@ void TestParser::tagsSortedByType()
                  "    Enums E1\n"
                  "    Enums E2\n"
                  "    Enums E3\n");
+}
+
+void TestParser::blankLinesBroughtTogetherBySortingAreOne()
+{
+    // The top element's blank lines are not trimmed; sorted behind the lists they would stand
+    // side by side, and a save would write two blank lines that the next reading takes as one.
+    const Result result = parseText("<tag name=\"A\" id=\"0x1001\">\n"
+                                    "  <enums/>\n"
+                                    "\n"
+                                    "  <bits/>\n"
+                                    "\n"
+                                    "</tag>\n");
+    CHECK_RESULT(result, true, "", "", "Tag A id=0x1001\n  Bits\n  Enums\n  Tag blank\n");
 }
 
 void TestParser::topElementTag()
