@@ -204,11 +204,12 @@ bool Parser::addElement(Item *parent, ItemType type)
         tagCodes.insert(code);
         tagNames.insert(item->name);
         item->sortChildrenByType();
-        // Sorting brings together blank lines that other children stood between; the file keeps
-        // one blank line for any number of them, and so does the tree, or the next save would
-        // write lines that the next reading takes as one.
-        for (int row = int(item->children.size()) - 1; row > 0; --row) {
-            if (item->children.at(row)->isNewline() && item->children.at(row - 1)->isNewline())
+        // Sorting brings together blank lines that other children stood between, and may put one
+        // first. Reading makes neither: it keeps one blank line for any number of them, and none
+        // before the first child. The tree keeps to that, or the next save would write lines that
+        // the next reading takes otherwise.
+        for (int row = int(item->children.size()) - 1; row >= 0; --row) {
+            if (item->children.at(row)->isNewline() && (row == 0 || item->children.at(row - 1)->isNewline()))
                 item->removeChild(row);
         }
     }

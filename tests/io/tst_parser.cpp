@@ -1464,6 +1464,16 @@ void TestParser::blankLinesBroughtTogetherBySortingAreOne()
                                     "\n"
                                     "</tag>\n");
     CHECK_RESULT(result, true, "", "", "Tag A id=0x1001\n  Bits\n  Enums\n  Tag blank\n");
+
+    // An empty bit reads as a blank line; it sorts before the root element that came before it,
+    // and a blank line first is one that no reading makes.
+    const Result first = parseText("<tag name=\"A\" id=\"0x1001\"><zat16/><bit/></tag>");
+    CHECK_RESULT(first,
+                 true,
+                 "",
+                 "Warning: data, Line 1, Column 34:\n  Element <zat16> not expected.\n"
+                 "Warning: data, Line 1, Column 40:\n  Element <bit> not expected.\n",
+                 "Tag A id=0x1001\n  Root\n");
 }
 
 void TestParser::topElementTag()
