@@ -1,6 +1,7 @@
 // The tree under a dark palette (Fusion style, dark window and base, light text): every text stays
 // readable on the colours the model gives, and the selection covers coloured cells as any other.
 
+#include "contrast.h"
 #include "editordelegate.h"
 #include "editormodel.h"
 #include "item.h"
@@ -44,21 +45,6 @@ QPalette darkPalette()
     palette.setColor(QPalette::Highlight, highlight);
     palette.setColor(QPalette::HighlightedText, Qt::white);
     return palette;
-}
-
-// WCAG 2 relative luminance of an sRGB colour.
-double luminance(const QColor &color)
-{
-    auto channel = [](double c) { return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4); };
-    return 0.2126 * channel(color.redF()) + 0.7152 * channel(color.greenF()) + 0.0722 * channel(color.blueF());
-}
-
-// WCAG 2 contrast ratio, 1 to 21; text wants at least 4.5.
-double contrast(const QColor &a, const QColor &b)
-{
-    const double la = luminance(a);
-    const double lb = luminance(b);
-    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
 }
 
 // A style that highlights only a selected item's text, as some desktop styles do; the view then
@@ -166,8 +152,8 @@ QRect TestDarkPalette::cellRect(const QModelIndex &index) const
 void TestDarkPalette::paletteTextIsUnreadableOnTheColours()
 {
     QCOMPARE(QApplication::palette().color(QPalette::Text), lightText);
-    QVERIFY(contrast(lightText, commentGreen) < 1.5);
-    QVERIFY(contrast(darkBase, commentGreen) >= 4.5);
+    QVERIFY(Contrast::ratio(lightText, commentGreen) < 1.5);
+    QVERIFY(Contrast::ratio(darkBase, commentGreen) >= 4.5);
 }
 
 void TestDarkPalette::commentRowHasDarkText()
@@ -178,8 +164,9 @@ void TestDarkPalette::commentRowHasDarkText()
         const QColor text = cell.data(Qt::ForegroundRole).value<QColor>();
         QVERIFY(text.isValid());
         QCOMPARE(text.alpha(), 255);
-        QVERIFY2(luminance(text) < 0.05, qPrintable(text.name()));
-        QVERIFY2(contrast(text, commentGreen) >= 4.5, qPrintable(QString::number(contrast(text, commentGreen))));
+        QVERIFY2(Contrast::luminance(text) < 0.05, qPrintable(text.name()));
+        QVERIFY2(Contrast::ratio(text, commentGreen) >= 4.5,
+                 qPrintable(QString::number(Contrast::ratio(text, commentGreen))));
     }
 }
 
@@ -203,7 +190,7 @@ void TestDarkPalette::markedCellsHaveReadableText()
     const QColor text = cell.data(Qt::ForegroundRole).value<QColor>();
     QVERIFY(text.isValid());
     QCOMPARE(text.alpha(), 255);
-    const double ratio = contrast(text, markRed);
+    const double ratio = Contrast::ratio(text, markRed);
     QVERIFY2(ratio >= 4.5, qPrintable(QString::number(ratio)));
     // the other cells of the row are not coloured
     QVERIFY(!row(r, 2).data(Qt::BackgroundRole).isValid());
@@ -224,7 +211,7 @@ void TestDarkPalette::commentTextIsDrawnDark()
     for (int y = cell.top(); y <= cell.bottom(); ++y) {
         for (int x = cell.left(); x <= cell.right(); ++x) {
             const QColor pixel = image.pixelColor(x, y);
-            darkest = std::min(darkest, luminance(pixel));
+            darkest = std::min(darkest, Contrast::luminance(pixel));
             if (pixel == commentGreen)
                 ++green;
         }

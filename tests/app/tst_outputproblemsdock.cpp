@@ -3,6 +3,7 @@
 // a collision, readable in a dark palette too) while the dock is shown, following edits, and a
 // double-click taking the tree to the entry.
 
+#include "contrast.h"
 #include "editormodel.h"
 #include "editorwindow.h"
 #include "item.h"
@@ -20,7 +21,6 @@
 #include <QTest>
 #include <QUndoStack>
 
-#include <cmath>
 
 using namespace ZAT16;
 
@@ -63,20 +63,6 @@ QStringList rows(QListWidget *list)
     for (int i = 0; i < list->count(); ++i)
         texts << list->item(i)->text();
     return texts;
-}
-
-// WCAG 2 relative luminance and contrast ratio.
-double luminance(const QColor &color)
-{
-    auto channel = [](double c) { return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4); };
-    return 0.2126 * channel(color.redF()) + 0.7152 * channel(color.greenF()) + 0.0722 * channel(color.blueF());
-}
-
-double contrast(const QColor &a, const QColor &b)
-{
-    const double la = luminance(a);
-    const double lb = luminance(b);
-    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
 }
 
 } // namespace
@@ -169,8 +155,8 @@ private slots:
 
         // Not the red, and black text on it reads well, also where the palette is dark.
         QVERIFY(amber != markRed);
-        QVERIFY(contrast(QColor(Qt::black), amber) >= 4.5);
-        QVERIFY(contrast(darkBase, amber) >= 4.5);
+        QVERIFY(Contrast::ratio(QColor(Qt::black), amber) >= 4.5);
+        QVERIFY(Contrast::ratio(darkBase, amber) >= 4.5);
 
         // Hidden, the dock marks nothing.
         dock()->hide();
