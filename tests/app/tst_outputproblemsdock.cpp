@@ -21,7 +21,6 @@
 #include <QTest>
 #include <QUndoStack>
 
-
 using namespace ZAT16;
 
 namespace {
